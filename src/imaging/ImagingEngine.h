@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace orvane {
+
+/// The drawing a control shows. The program only ever takes it away, by writing nothing to
+/// `ImagingEngine::Picture`.
+class ImagePicture;
+
+/// What the program asks of one imaging instance. An instance holds at most one loaded page, the
+/// path it came from and a set of save settings, which keep their values until written again.
+///
+/// An operation fails in one of two ways. It throws Failure, with path and reason in the text, and
+/// sets `ImagError`: a file that cannot be loaded or saved at all. Or it records a number in
+/// `ImagError` and returns: a page that loads but whose image data is damaged. `ImagError` holds
+/// until the instance is cleared or loads anew.
+class ImagingEngine {
+ public:
+  virtual ~ImagingEngine() = default;
+
+  /// Loads page `PageNumber` of the file and replaces what was loaded; "" unloads.
+  virtual void SourceFile(const std::wstring& path) = 0;
+  /// The path last written.
+  virtual std::wstring SourceFile() const = 0;
+  /// The page, from 1, that the next write of `SourceFile` loads.
+  virtual void PageNumber(std::int32_t page) = 0;
+
+  /// Bits of one pixel of the loaded page, all samples together; 0 when nothing is loaded.
+  virtual std::int16_t BitsPerPixel() const = 0;
+  /// Width of the loaded page in pixels.
+  virtual std::int32_t ImageWidth() const = 0;
+  /// Height of the loaded page in pixels.
+  virtual std::int32_t ImageHeight() const = 0;
+  /// The number of pages of a file, which need not be loaded.
+  virtual std::int32_t FilePageCount(const std::wstring& path) = 0;
+
+  /// The file that `SaveFile` writes.
+  virtual void TargetFile(const std::wstring& path) = 0;
+  /// The form of the file: a `SaveType`.
+  virtual void OutputType(std::int32_t type) = 0;
+  /// The compression in a TIFF file: a `TiffCode`.
+  virtual void TiffCompression(std::int32_t code) = 0;
+  /// The compression in a PDF file: a `PdfCode`.
+  virtual void PdfCompression(std::int32_t code) = 0;
+  /// Luminance factor, 0 to 100: the luminance quality is 100 minus it. 20 at first.
+  virtual void JpegFactorMajor(std::int16_t factor) = 0;
+  /// Chrominance factor, 0 to 100: the chrominance quality is 100 minus it. 16 at first.
+  virtual void JpegFactorMinor(std::int16_t factor) = 0;
+  /// True: `SaveFile` adds the page at the end of `TargetFile`, which is created when missing.
+  /// False: it writes `TargetFile` anew with this one page.
+  virtual void SaveMultiPage(bool append) = 0;
+  /// Horizontal resolution of a PDF page in dots per inch; once written it wins over the source's.
+  virtual void OutputResolutionX(double dotsPerInch) = 0;
+  /// Vertical resolution of a PDF page in dots per inch.
+  virtual void OutputResolutionY(double dotsPerInch) = 0;
+  /// Writes the loaded page to `TargetFile` under the current settings.
+  virtual void SaveFile() = 0;
+
+  /// The last error of the instance; 0 means none.
+  virtual std::int32_t ImagError() const = 0;
+  /// Repaints the control; no effect on data.
+  virtual void Refresh() = 0;
+  /// Drops the picture when nullptr is written, and with it what is loaded.
+  virtual void Picture(ImagePicture* picture) = 0;
+
+  /// Cuts the loaded page down to a rectangle in pixels. Throws when nothing is left.
+  virtual void CropImage(std::int32_t left, std::int32_t top, std::int32_t width,
+                         std::int32_t height) = 0;
+  /// Turns the loaded page by `angle` degrees, to the left when positive. Exact for multiples
+  /// of 90.
+  virtual void RotateImage(double angle) = 0;
+  /// Measures the skew of the loaded page.
+  virtual void DeskewFirstStep() = 0;
+  /// Turns the page by the measured skew; its size stays. `mode` is always 0.
+  virtual void DeskewSecondStep(std::int32_t mode) = 0;
+  /// Sharpens a gray or colour page (strength 0 to 1, half-width in pixels); removes single-pixel
+  /// specks from a 1-bit page.
+  virtual void FinishingFilter(float strength, std::int16_t halfWidth) = 0;
+  /// A handle to a copy of the loaded bitmap, for `hDIB` of another instance.
+  virtual std::int32_t CopyDIB() = 0;
+  /// Takes over the bitmap behind a handle of `CopyDIB` as the loaded page.
+  virtual void hDIB(std::int32_t handle) = 0;
+  /// Scales the loaded page to a size in pixels. Throws for a width or height below 1.
+  virtual void ResizeImage(std::int32_t width, std::int32_t height) = 0;
+
+  /// Removes a page, from 1, from a file on disk (TIFF, or a PDF file that this program wrote).
+  virtual void DeletePageFromFile(const std::wstring& path, std::int32_t page) = 0;
+};
+
+/// Codes of `OutputType`.
+enum SaveType : std::int32_t {
+  kSaveTiff = 4,           ///< compression as `TiffCompression` says
+  kSaveJpeg = 8,           ///< a JPEG file
+  kSaveTiffBilevel = 15,   ///< TIFF of a 1-bit page, with kTiffGroup4
+  kSaveTiffMultiBit = 18,  ///< TIFF of a page of more than 1 bit, with kTiffJpeg
+  kSavePdf = 40,           ///< compression as `PdfCompression` says
+};
+
+/// Codes of `TiffCompression`.
+enum TiffCode : std::int32_t { kTiffNone = 0, kTiffGroup4 = 3, kTiffLzw = 4, kTiffJpeg = 6 };
+
+/// Codes of `PdfCompression`.
+enum PdfCode : std::int32_t { kPdfNone = 0, kPdfGroup4 = 4, kPdfJpeg = 6 };
+
+}  // namespace orvane

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "imaging/codecs/lossless.h"
+#include "imaging/page/EncodedImage.h"
+
+namespace orvane {
+
+/// Writes TIFF files: classic TIFF 6.0, little-endian when made here. One object serves one imaging
+/// instance and remembers the end of the file that grows under it, so that an append costs the same
+/// for every page; it checks before each append that the file is still as it left it, and else
+/// finds the end by walking the directories.
+class TiffFile {
+ public:
+  /// Writes `path` anew with one page. An older file of that name is replaced, never written into.
+  /// A failed write leaves no file.
+  void create(const std::wstring& path, const EncodedImage& image);
+
+  /// Adds a page at the end of `path`, creating it when it is missing. The earlier pages' bytes
+  /// stay. A failed append, an append to a file that is no TIFF, and one that would pass 4 GiB in a
+  /// classic TIFF throw Failure and leave the file as it was.
+  void append(const std::wstring& path, const EncodedImage& image);
+
+  /// The byte order that 16-bit samples need when they are appended to `path`: the file's own.
+  SampleOrder sampleOrder(const std::wstring& path) const;
+
+  /// Removes page `page`, from 1, and its data: the file shrinks, the other pages keep their strips
+  /// byte for byte. Written aside, then renamed. Throws Failure for a page that is not there and
+  /// for the only page of a file.
+  static void deletePage(const std::wstring& path, std::int32_t page);
+
+ private:
+  struct End {  ///< the remembered end of a growing file
+    std::wstring path;
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::uint64_t size = 0;
+    std::int64_t modifiedNs = 0;
+    std::uint64_t nextLink = 0;  ///< where the offset of the next directory goes
+    std::uint32_t pages = 0;
+  };
+  End end_;
+};
+
+}  // namespace orvane

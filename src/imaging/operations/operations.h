@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+
+#include "imaging/page/Raster.h"
+
+/// Changes of a loaded page. A 1-bit page stays 1-bit; a 16-bit colour page is worked on in 8 bits
+/// where an operation needs arithmetic on its pixels (all but `crop`).
+namespace orvane {
+
+/// The part of a raster inside a rectangle, in pixels. Exact at every depth. Throws Failure when
+/// the rectangle holds no pixel of the page.
+Raster crop(const Raster& raster, std::int32_t left, std::int32_t top, std::int32_t width,
+            std::int32_t height);
+
+/// Turns a raster by `degrees`, to the left when positive. Multiples of 90 are exact; any other
+/// angle enlarges the page to hold all of it, with paper-coloured corners.
+Raster rotate(Raster raster, double degrees);
+
+/// The skew of a page in degrees: the angle by which `straighten` has to turn it (to the left when
+/// positive); 0 when no skew can be measured.
+double measureSkew(const Raster& raster);
+
+/// Turns a page by a small angle about its centre, to the left when positive, its size unchanged,
+/// the corners paper-coloured. An angle of 0 changes nothing, bit for bit.
+Raster straighten(Raster raster, double degrees);
+
+/// An unsharp mask for gray and colour (strength 0 to 1, half-width in pixels, at least 1); the
+/// removal of single-pixel specks for 1-bit pages.
+Raster finish(Raster raster, float strength, std::int16_t halfWidth);
+
+/// Scales a page to a size in pixels: area mapping down, interpolation up; a 1-bit page becomes
+/// gray when it shrinks. Throws Failure for a width or height below 1.
+Raster resize(Raster raster, std::int32_t width, std::int32_t height);
+
+}  // namespace orvane

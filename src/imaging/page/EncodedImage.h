@@ -1,0 +1,45 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "imaging/page/Bytes.h"
+#include "imaging/page/Resolution.h"
+
+namespace orvane {
+
+/// Compression of an image's strips, by its TIFF 6.0 tag value.
+enum class Compression : std::uint16_t { None = 1, Group4 = 4, Lzw = 5, Jpeg = 7 };
+
+/// PhotometricInterpretation by its TIFF 6.0 tag value.
+enum class Photometric : std::uint16_t {
+  MinIsWhite = 0,
+  MinIsBlack = 1,
+  Rgb = 2,
+  Palette = 3,
+  Cmyk = 5,
+  YCbCr = 6,
+};
+
+/// A page as a container embeds it: encoded strips and what a reader must know of them. A page is
+/// encoded once; containers only place its bytes. Group 4 strips have fill order 1 and no options;
+/// a JPEG strip is a complete JPEG stream with its own tables.
+struct EncodedImage {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::uint16_t bitsPerSample = 1;
+  std::uint16_t samplesPerPixel = 1;
+  Photometric photometric = Photometric::MinIsWhite;
+  Compression compression = Compression::None;
+  bool horizontalPredictor = false;                      ///< TIFF 6.0 section 14, Lzw only
+  std::optional<std::uint16_t> extraSample;              ///< TIFF 6.0 ExtraSamples value
+  std::vector<std::uint16_t> palette;                    ///< TIFF 6.0 ColorMap
+  std::array<std::uint16_t, 2> chromaSubsampling{1, 1};  ///< YCbCr only
+  std::uint32_t rowsPerStrip = 0;                        ///< the last strip may be shorter
+  std::vector<Bytes> strips;
+  Resolution resolution;
+};
+
+}  // namespace orvane

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "imaging/page/Bytes.h"
+
+namespace orvane {
+
+/// What the sample values of a raster mean.
+enum class ColourModel {
+  MinIsWhite,  ///< gray or bilevel, 0 is white
+  MinIsBlack,  ///< gray or bilevel, 0 is black
+  Palette,     ///< index into `Raster::palette`
+  Rgb,
+  Cmyk,
+};
+
+/// What the one extra sample behind the colour samples means.
+enum class ExtraSample { None, Unspecified, AssociatedAlpha, UnassociatedAlpha };
+
+/// The decoded pixels of one page, upright, with the sample values of the file.
+struct Raster {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::uint16_t bitsPerSample = 1;    ///< 1, 2, 4, 8 or 16
+  std::uint16_t samplesPerPixel = 1;  ///< with the extra sample, if there is one
+  ColourModel model = ColourModel::MinIsWhite;
+  ExtraSample extraSample = ExtraSample::None;
+  /// TIFF 6.0 ColorMap: all reds, all greens, all blues, 0 to 65535. Only for Palette.
+  std::vector<std::uint16_t> palette;
+  /// Row after row from the top; a row begins on a byte, samples are interleaved, the first one in
+  /// the most significant bits; 16-bit samples in the byte order of the machine. Padding bits are
+  /// 0.
+  Bytes pixels;
+
+  std::uint16_t bitsPerPixel() const {
+    return static_cast<std::uint16_t>(bitsPerSample * samplesPerPixel);
+  }
+  std::size_t rowBytes() const {
+    return (static_cast<std::size_t>(width) * bitsPerPixel() + 7) / 8;
+  }
+  std::uint8_t* row(std::uint32_t y) { return pixels.data() + y * rowBytes(); }
+  const std::uint8_t* row(std::uint32_t y) const { return pixels.data() + y * rowBytes(); }
+};
+
+/// A raster of the form of `like` (depth, model, palette) with another size, all bits 0.
+Raster emptyRaster(const Raster& like, std::uint32_t width, std::uint32_t height);
+
+}  // namespace orvane

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "imaging/page/EncodedImage.h"
+#include "imaging/page/Raster.h"
+
+namespace orvane {
+
+/// What a page says of itself, seen upright.
+struct PageInfo {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::uint16_t bitsPerPixel = 0;
+  Resolution resolution;
+};
+
+/// The pixels of a page, and what was wrong with its data. Where data was missing the pixels are
+/// paper (white).
+struct DecodedPage {
+  Raster raster;
+  std::optional<std::string> damage;  ///< why the image data is damaged, in UTF-8
+};
+
+/// One page of a TIFF file (classic or BigTIFF), opened and not yet decoded. Its file stays open as
+/// long as the object lives.
+class TiffPage {
+ public:
+  /// Opens page `page`, from 1. Throws Failure with path and reason for a file that is missing, is
+  /// no TIFF, has no such page, or whose page would need more than 1 GiB decoded.
+  TiffPage(const std::wstring& path, std::int32_t page);
+  TiffPage(TiffPage&&) noexcept;
+  TiffPage& operator=(TiffPage&&) noexcept;
+  ~TiffPage();
+
+  const PageInfo& info() const;
+
+  /// The untouched strips of an upright page that is encoded as one or more Group 4 strips, brought
+  /// to fill order 1 and not yet verified; nothing for every other page, and for one whose strips
+  /// cannot be read whole.
+  std::optional<EncodedImage> group4Strips() const;
+
+  /// Decodes the page and brings it upright (TIFF 6.0 Orientation). Damage is reported in the
+  /// result; a page that cannot be decoded at all throws Failure.
+  DecodedPage decode() const;
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+/// The number of pages of a TIFF file. Throws Failure with path and reason.
+std::int32_t tiffPageCount(const std::wstring& path);
+
+}  // namespace orvane
