@@ -1,0 +1,203 @@
+#include "imaging/ImagingControl.h"
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "foundation/Failure.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/path_text.h"
+#include "imaging/BitmapHandles.h"
+#include "imaging/containers/JpegFile.h"
+#include "imaging/encode_page.h"
+#include "imaging/operations/operations.h"
+
+namespace orvane {
+
+template <typename Operation>
+auto ImagingControl::guarded(Operation operation) {
+  try {
+    return operation();
+  } catch (...) {
+    imagError_ = kFailed;
+    throw;
+  }
+}
+
+LoadedPage& ImagingControl::loaded() {
+  if (!page_) throw Failure("no page is loaded");
+  return *page_;
+}
+
+void ImagingControl::noteDamage() {
+  if (page_ && page_->damage()) imagError_ = kDamagedData;
+}
+
+void ImagingControl::SourceFile(const std::wstring& path) {
+  page_.reset();
+  skew_ = 0;
+  imagError_ = kNoImagError;
+  sourceFile_ = path;
+  if (path.empty()) return;
+  guarded([&] { page_.emplace(path, pageNumber_); });
+}
+
+std::int16_t ImagingControl::BitsPerPixel() const {
+  return page_ ? static_cast<std::int16_t>(page_->bitsPerPixel()) : std::int16_t{0};
+}
+
+std::int32_t ImagingControl::ImageWidth() const {
+  return page_ ? static_cast<std::int32_t>(page_->width()) : 0;
+}
+
+std::int32_t ImagingControl::ImageHeight() const {
+  return page_ ? static_cast<std::int32_t>(page_->height()) : 0;
+}
+
+std::int32_t ImagingControl::FilePageCount(const std::wstring& path) {
+  return guarded(
+      [&] { return PdfFile::isPdf(path) ? PdfFile::pageCount(path) : tiffPageCount(path); });
+}
+
+void ImagingControl::Picture(ImagePicture* picture) {
+  if (picture == nullptr) page_.reset();
+}
+
+void ImagingControl::SaveFile() {
+  guarded([&] {
+    loaded();
+    if (!saveMultiPage_ && targetIsSource()) {
+      saveOverSource();
+    } else {
+      saveTo(targetFile_);
+    }
+    noteDamage();
+  });
+}
+
+void ImagingControl::saveTo(const std::wstring& path) {
+  switch (settings_.outputType) {
+    case kSaveTiff:
+    case kSaveTiffBilevel:
+    case kSaveTiffMultiBit:
+      if (saveMultiPage_) {
+        tiffFile_.append(path, encodeForTiff(*page_, settings_, tiffFile_.sampleOrder(path)));
+      } else {
+        tiffFile_.create(path, encodeForTiff(*page_, settings_, SampleOrder::LittleEndian));
+      }
+      return;
+    case kSavePdf:
+      if (saveMultiPage_) {
+        pdfFile_.append(path, encodeForPdf(*page_, settings_));
+      } else {
+        pdfFile_.create(path, encodeForPdf(*page_, settings_));
+      }
+      return;
+    case kSaveJpeg:
+      if (saveMultiPage_ && mdlFolderAndFile::FileExist(path)) {
+        throw Failure(path + L": a JPEG file holds one page, no page can be added");
+      }
+      writeJpegFile(path, encodeForJpeg(*page_, settings_));
+      return;
+    default:
+      throw Failure("no file form has the code " + std::to_string(settings_.outputType));
+  }
+}
+
+bool ImagingControl::targetIsSource() const {
+  if (sourceFile_.empty()) return false;
+  std::error_code ignored;
+  return std::filesystem::equivalent(nativePath(sourceFile_), nativePath(targetFile_), ignored);
+}
+
+// The source is only given up for a finished file.
+void ImagingControl::saveOverSource() {
+  const std::wstring aside = targetFile_ + L".new";
+  try {
+    saveTo(aside);
+    std::filesystem::rename(nativePath(aside), nativePath(targetFile_));
+  } catch (...) {
+    std::error_code ignored;
+    std::filesystem::remove(nativePath(aside), ignored);
+    throw;
+  }
+}
+
+void ImagingControl::CropImage(std::int32_t left, std::int32_t top, std::int32_t width,
+                               std::int32_t height) {
+  guarded([&] {
+    Raster& pixels = loaded().changeablePixels();
+    pixels = crop(pixels, left, top, width, height);
+    noteDamage();
+  });
+}
+
+void ImagingControl::RotateImage(double angle) {
+  guarded([&] {
+    Raster& pixels = loaded().changeablePixels();
+    pixels = rotate(std::move(pixels), angle);
+    noteDamage();
+  });
+}
+
+void ImagingControl::DeskewFirstStep() {
+  guarded([&] {
+    skew_ = measureSkew(loaded().changeablePixels());
+    noteDamage();
+  });
+}
+
+void ImagingControl::DeskewSecondStep(std::int32_t) {
+  guarded([&] {
+    LoadedPage& page = loaded();
+    const double skew = std::exchange(skew_, 0);
+    if (skew == 0) return;
+    Raster& pixels = page.changeablePixels();
+    pixels = straighten(std::move(pixels), skew);
+    noteDamage();
+  });
+}
+
+void ImagingControl::FinishingFilter(float strength, std::int16_t halfWidth) {
+  guarded([&] {
+    Raster& pixels = loaded().changeablePixels();
+    pixels = finish(std::move(pixels), strength, halfWidth);
+    noteDamage();
+  });
+}
+
+std::int32_t ImagingControl::CopyDIB() {
+  return guarded([&] {
+    Bitmap bitmap{loaded().pixels(), page_->resolution()};
+    noteDamage();
+    return bitmapHandles().put(std::move(bitmap));
+  });
+}
+
+void ImagingControl::hDIB(std::int32_t handle) {
+  guarded([&] {
+    Bitmap bitmap = bitmapHandles().take(handle);
+    page_.emplace(std::move(bitmap.pixels), bitmap.resolution);
+    imagError_ = kNoImagError;
+  });
+}
+
+void ImagingControl::ResizeImage(std::int32_t width, std::int32_t height) {
+  guarded([&] {
+    Raster& pixels = loaded().changeablePixels();
+    pixels = resize(std::move(pixels), width, height);
+    noteDamage();
+  });
+}
+
+void ImagingControl::DeletePageFromFile(const std::wstring& path, std::int32_t page) {
+  guarded([&] {
+    if (PdfFile::isPdf(path)) {
+      PdfFile::deletePage(path, page);
+    } else {
+      TiffFile::deletePage(path, page);
+    }
+  });
+}
+
+}  // namespace orvane

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "imaging/ImagingEngine.h"
+#include "imaging/LoadedPage.h"
+#include "imaging/SaveSettings.h"
+#include "imaging/containers/PdfFile.h"
+#include "imaging/containers/TiffFile.h"
+
+namespace orvane {
+
+/// Values of `ImagError`.
+enum ImagErrorCode : std::int32_t {
+  kNoImagError = 0,
+  kFailed = 1,       ///< an operation threw: nothing was loaded, changed or saved
+  kDamagedData = 2,  ///< the page's image data is damaged; what could be decoded was used
+};
+
+/// The imaging instance of this system. It ties the layers together: what is loaded (LoadedPage),
+/// its encoding (encode_page), and the files it goes to (containers).
+class ImagingControl final : public ImagingEngine {
+ public:
+  ImagingControl() = default;
+  ImagingControl(const ImagingControl&) = delete;
+  ImagingControl& operator=(const ImagingControl&) = delete;
+
+  void SourceFile(const std::wstring& path) override;
+  std::wstring SourceFile() const override { return sourceFile_; }
+  void PageNumber(std::int32_t page) override { pageNumber_ = page; }
+
+  std::int16_t BitsPerPixel() const override;
+  std::int32_t ImageWidth() const override;
+  std::int32_t ImageHeight() const override;
+  std::int32_t FilePageCount(const std::wstring& path) override;
+
+  void TargetFile(const std::wstring& path) override { targetFile_ = path; }
+  void OutputType(std::int32_t type) override { settings_.outputType = type; }
+  void TiffCompression(std::int32_t code) override { settings_.tiffCompression = code; }
+  void PdfCompression(std::int32_t code) override { settings_.pdfCompression = code; }
+  void JpegFactorMajor(std::int16_t factor) override { settings_.jpegFactors.major = factor; }
+  void JpegFactorMinor(std::int16_t factor) override { settings_.jpegFactors.minor = factor; }
+  void SaveMultiPage(bool append) override { saveMultiPage_ = append; }
+  void OutputResolutionX(double dotsPerInch) override { settings_.resolutionX = dotsPerInch; }
+  void OutputResolutionY(double dotsPerInch) override { settings_.resolutionY = dotsPerInch; }
+  void SaveFile() override;
+
+  std::int32_t ImagError() const override { return imagError_; }
+  void Refresh() override {}
+  void Picture(ImagePicture* picture) override;
+
+  void CropImage(std::int32_t left, std::int32_t top, std::int32_t width,
+                 std::int32_t height) override;
+  void RotateImage(double angle) override;
+  void DeskewFirstStep() override;
+  void DeskewSecondStep(std::int32_t mode) override;
+  void FinishingFilter(float strength, std::int16_t halfWidth) override;
+  std::int32_t CopyDIB() override;
+  void hDIB(std::int32_t handle) override;
+  void ResizeImage(std::int32_t width, std::int32_t height) override;
+
+  void DeletePageFromFile(const std::wstring& path, std::int32_t page) override;
+
+ private:
+  /// Runs an operation; one that throws sets `ImagError` on its way out.
+  template <typename Operation>
+  auto guarded(Operation operation);
+
+  LoadedPage& loaded();
+  void noteDamage();
+  void saveTo(const std::wstring& path);
+  void saveOverSource();
+  bool targetIsSource() const;
+
+  std::wstring sourceFile_;
+  std::wstring targetFile_;
+  std::int32_t pageNumber_ = 1;
+  bool saveMultiPage_ = false;
+  SaveSettings settings_;
+  std::optional<LoadedPage> page_;
+  double skew_ = 0;  ///< degrees, from DeskewFirstStep to DeskewSecondStep
+  std::int32_t imagError_ = kNoImagError;
+  TiffFile tiffFile_;
+  PdfFile pdfFile_;
+};
+
+}  // namespace orvane

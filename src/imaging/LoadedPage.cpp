@@ -1,0 +1,49 @@
+#include "imaging/LoadedPage.h"
+
+#include <utility>
+
+#include "imaging/codecs/group4.h"
+
+namespace orvane {
+
+LoadedPage::LoadedPage(const std::wstring& path, std::int32_t pageNumber)
+    : file_(std::in_place, path, pageNumber), resolution_(file_->info().resolution) {}
+
+LoadedPage::LoadedPage(Raster pixels, const Resolution& resolution)
+    : changed_(std::move(pixels)), resolution_(resolution) {}
+
+std::uint32_t LoadedPage::width() const {
+  return changed_ ? changed_->width : file_->info().width;
+}
+
+std::uint32_t LoadedPage::height() const {
+  return changed_ ? changed_->height : file_->info().height;
+}
+
+std::uint16_t LoadedPage::bitsPerPixel() const {
+  return changed_ ? changed_->bitsPerPixel() : file_->info().bitsPerPixel;
+}
+
+std::optional<EncodedImage> LoadedPage::wholeGroup4Strips() const {
+  if (changed_) return std::nullopt;
+  std::optional<EncodedImage> strips = file_->group4Strips();
+  if (strips && findGroup4Damage(*strips)) return std::nullopt;
+  return strips;
+}
+
+Raster LoadedPage::pixels() {
+  return changed_ ? *changed_ : decode();
+}
+
+Raster& LoadedPage::changeablePixels() {
+  if (!changed_) changed_ = decode();
+  return *changed_;
+}
+
+Raster LoadedPage::decode() {
+  DecodedPage decoded = file_->decode();
+  if (decoded.damage) damage_ = std::move(decoded.damage);
+  return std::move(decoded.raster);
+}
+
+}  // namespace orvane

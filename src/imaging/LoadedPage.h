@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "imaging/page/EncodedImage.h"
+#include "imaging/page/Raster.h"
+#include "imaging/page/TiffPage.h"
+
+namespace orvane {
+
+/// The page that an instance holds: untouched as it lies in its file, or pixels that an operation
+/// has changed. A page that is only re-saved is never turned to pixels when its strips will do.
+class LoadedPage {
+ public:
+  /// A page of a file. Throws Failure as TiffPage does.
+  LoadedPage(const std::wstring& path, std::int32_t pageNumber);
+  /// A bitmap taken over from another instance.
+  LoadedPage(Raster pixels, const Resolution& resolution);
+
+  std::uint32_t width() const;
+  std::uint32_t height() const;
+  std::uint16_t bitsPerPixel() const;
+  const Resolution& resolution() const { return resolution_; }
+
+  /// The page's own Group 4 strips, when nothing has changed it and they are whole.
+  std::optional<EncodedImage> wholeGroup4Strips() const;
+
+  /// The pixels, for a reader that keeps them: decoded anew from the file, or a copy of the changed
+  /// ones. Damage met on the way is noted.
+  Raster pixels();
+
+  /// The pixels, to be changed in place.
+  Raster& changeablePixels();
+
+  /// Why the page's image data is damaged, as far as it has been looked at.
+  const std::optional<std::string>& damage() const { return damage_; }
+
+ private:
+  Raster decode();
+
+  std::optional<TiffPage> file_;
+  std::optional<Raster> changed_;
+  Resolution resolution_;
+  std::optional<std::string> damage_;
+};
+
+}  // namespace orvane
