@@ -1,0 +1,79 @@
+#include "export/RunOutPutBatch.h"
+
+#include "batchdb/Recordset.h"
+#include "batchdb/mdlDataBase.h"
+#include "export/BatchBody.h"
+#include "export/OutputNaming.h"
+#include "foundation/Failure.h"
+#include "foundation/WindowServices.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/program.h"
+
+namespace orvane {
+namespace {
+
+constexpr const wchar_t* kBatchQuery =
+    L"select top 1 * from T_BatchInfo where BatchState='完成扫描' order by  CreateDate";
+constexpr int kFailedOpensToEnd = 3;
+
+bool checkOutputFolder(const std::wstring& SavePath) {
+  if (SavePath.empty()) {
+    windowServices().showBox(L"成果输出文件夹不能为空！", L"提醒", BoxIcon::Critical);
+    return false;
+  }
+  if (!mdlFolderAndFile::FolderExist(SavePath)) {
+    windowServices().showBox(L"成果输出文件夹不存在！", L"提醒", BoxIcon::Critical);
+    return false;
+  }
+  return true;
+}
+
+void showRunning(RunHost& frmMain, bool running) {
+  frmMain.enableBtnRun(!running);
+  frmMain.RefreshRunButtons();
+}
+
+void handleAnswer(RunHost& frmMain, Recordset& record, const std::wstring& PageNumberMask) {
+  if (record.RecordCount() < 1) {
+    frmMain.listProcessLog().addItem(L" 没有扫描完成的档案！");
+    frmMain.setIsStopRequested(true);
+    return;
+  }
+  exportBatch(frmMain, record, PageNumberMask);
+}
+
+// Every pass asks the table anew: a batch that failed is the oldest one again.
+void runPasses(RunHost& frmMain, const std::wstring& PageNumberMask) {
+  Recordset record;
+  int failedOpens = 0;
+  do {
+    if (mdlDataBase::OpenRecordset(record, kBatchQuery, true)) {
+      failedOpens = 0;
+      handleAnswer(frmMain, record, PageNumberMask);
+    } else {
+      ++failedOpens;
+      for (int i = 0; i < 3; ++i) windowServices().yield();
+    }
+    windowServices().yield();
+  } while (!frmMain.IsStopRequested() && failedOpens < kFailedOpensToEnd);
+}
+
+}  // namespace
+
+void RunOutPutBatch(RunHost& frmMain) {
+  bool running = false;
+  try {
+    if (!checkOutputFolder(frmMain.settings().SavePath)) return;
+    const std::wstring PageNumberMask = pageNumberMask(frmMain.txtLiuShui());
+    running = true;
+    frmMain.setIsStopRequested(false);
+    showRunning(frmMain, true);
+    runPasses(frmMain, PageNumberMask);
+  } catch (const std::exception& failure) {
+    mdlFolderAndFile::LogWrite(L"RunOutPutBatch Err:" + description(failure),
+                               std::wstring(kApplicationTitle) + L"[mdlDataBase]", true);
+  }
+  if (running) showRunning(frmMain, false);
+}
+
+}  // namespace orvane

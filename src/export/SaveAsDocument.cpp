@@ -1,0 +1,83 @@
+#include "export/SaveAsDocument.h"
+
+#include "docstore/Document.h"
+#include "docstore/ScanTree.h"
+#include "export/OutputNaming.h"
+#include "export/ScanTreeGuard.h"
+#include "foundation/Failure.h"
+#include "foundation/WindowServices.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/program.h"
+#include "imaging/ImagingInstances.h"
+#include "imaging/mdlImageProcess.h"
+
+namespace orvane::mdlDocumentHelper {
+namespace {
+
+using PageSaver = decltype(&mdlImageProcess::SaveImage);
+
+// A JPEG file holds one page, so a multi-page JPEG goes out as PDF under its ".jpg" name.
+PageSaver pageSaver(std::int16_t SaveFileType, bool IsPageFile) {
+  const bool asImage = SaveFileType == 0 || (SaveFileType == 1 && IsPageFile);
+  return asImage ? &mdlImageProcess::SaveImage : &mdlImageProcess::SavePDF;
+}
+
+void clearAfterError(ImagingEngine& instance) {
+  if (instance.ImagError() != 0) ClearControl(instance);
+}
+
+void logFailure(const std::wstring& text) {
+  mdlFolderAndFile::LogWrite(L"DocumentHelper-SaveAsDocument-" + text, kApplicationTitle);
+}
+
+}  // namespace
+
+bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingEngine& ImgPageCount,
+                    const std::wstring& DocumentID, std::int16_t SaveFileType, bool IsPageFile,
+                    std::int16_t CompressionType, std::int16_t CompressionRatios,
+                    const std::wstring& SavePath, const std::wstring& SubFolderType,
+                    const std::wstring& NewDocumentID) {
+  std::wstring multiPageFile;  // set once it is known to be safe to write and to delete
+  try {
+    clearAfterError(ImgPageCount);
+    clearAfterError(ImgMerge);
+    Document document;
+    if (!document.LoadDocument(DocumentID)) return false;
+
+    const OutputGuard guard(SavePath, DocumentID);
+    mdlFolderAndFile::MakeFolderPath(mdlFolderAndFile::AppendBackslash(SavePath));
+    if (!IsPageFile) {
+      const std::wstring file = multiPageFilePath(SavePath, NewDocumentID, SaveFileType);
+      guard.check(file);
+      multiPageFile = file;
+    }
+
+    const PageSaver savePage = pageSaver(SaveFileType, IsPageFile);
+    const int pageCount = document.PageCount();
+    for (int index = 1; index <= pageCount; ++index) {
+      const auto page = static_cast<std::int16_t>(index);
+      std::wstring target = multiPageFile;
+      if (IsPageFile) {
+        target = pageFilePath(SavePath, NewDocumentID, page, SubFolderType, SaveFileType);
+        guard.check(target);
+      }
+      const std::wstring source = GetPagePath(document.DocName(), document.GetPage(page));
+      const bool append = !IsPageFile && index > 1;
+      if (!savePage(ImgControl, source, 1, target, CompressionType == 0, CompressionRatios,
+                    append)) {
+        mdlFolderAndFile::FileDelete(target);
+        logFailure((IsPageFile ? L"按页保存时出错。页码：" : L"按多页文件保存时出错。页码：") +
+                   std::to_wstring(index));
+        return false;
+      }
+      windowServices().yield();
+    }
+    return true;
+  } catch (const std::exception& failure) {
+    if (!multiPageFile.empty()) mdlFolderAndFile::FileDelete(multiPageFile);
+    logFailure(description(failure));
+    return false;
+  }
+}
+
+}  // namespace orvane::mdlDocumentHelper
