@@ -1,0 +1,31 @@
+#include "foundation/Failure.h"
+
+#include <cstring>
+
+#include "foundation/utf8_text.h"
+
+namespace orvane {
+namespace {
+
+std::string errorText(int error) {
+  char buffer[256];
+  return strerror_r(error, buffer, sizeof buffer);  // the GNU form, which returns the text
+}
+
+}  // namespace
+
+Failure::Failure(std::wstring_view text) : std::runtime_error(toUtf8(text)) {}
+
+Failure systemFailure(int error) {
+  return Failure(errorText(error));
+}
+
+Failure systemFailure(int error, std::wstring_view path) {
+  return Failure(toUtf8(path) + ": " + errorText(error));
+}
+
+std::wstring description(const std::exception& failure) {
+  return fromUtf8(failure.what());
+}
+
+}  // namespace orvane

@@ -1,0 +1,104 @@
+#include "foundation/ansi_text.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <iconv.h>
+
+#include "foundation/Failure.h"
+
+namespace orvane {
+namespace {
+
+// One conversion of iconv. Each call of the functions below opens its own, so threads share none.
+class Converter {
+ public:
+  Converter(const char* to, const char* from) : handle_(iconv_open(to, from)) {
+    // iconv reports a failure by the value (iconv_t)-1.
+    if (handle_ == reinterpret_cast<iconv_t>(-1)) throw systemFailure(errno);
+  }
+  ~Converter() { iconv_close(handle_); }
+  Converter(const Converter&) = delete;
+  Converter& operator=(const Converter&) = delete;
+
+  // Converts until the input ends or meets something that is no character of the source or has no
+  // place in the target; returns the number of bytes of `input` that were converted.
+  std::size_t convert(std::string_view input, std::string& output) {
+    char* in = const_cast<char*>(input.data());  // iconv takes char** and changes only the pointer
+    std::size_t inLeft = input.size();
+    for (;;) {
+      char buffer[4096];
+      char* out = buffer;
+      std::size_t outLeft = sizeof buffer;
+      const std::size_t result = iconv(handle_, &in, &inLeft, &out, &outLeft);
+      const int error = errno;
+      output.append(buffer, sizeof buffer - outLeft);
+      if (result != static_cast<std::size_t>(-1) || error != E2BIG) break;
+    }
+    return input.size() - inLeft;
+  }
+
+ private:
+  iconv_t handle_;
+};
+
+constexpr const char* kAnsiCodePage = "CP936";
+constexpr const char* kWideText = "WCHAR_T";
+
+std::string_view bytesOf(std::wstring_view text) {
+  return {reinterpret_cast<const char*>(text.data()), text.size() * sizeof(wchar_t)};
+}
+
+void appendWide(std::wstring& text, const std::string& bytes) {
+  const std::size_t oldSize = text.size();
+  text.resize(oldSize + bytes.size() / sizeof(wchar_t));
+  bytes.copy(reinterpret_cast<char*>(text.data() + oldSize), bytes.size());
+}
+
+// The length of what cannot be decoded at the front of `bytes`: a pair that has the form of one but
+// is no character, or a single byte. A byte that no pair can end in is left for the text to come.
+std::size_t malformedLength(std::string_view bytes) {
+  if (bytes.size() < 2) return 1;
+  const auto lead = static_cast<unsigned char>(bytes[0]);
+  const auto trail = static_cast<unsigned char>(bytes[1]);
+  const bool isPair =
+      lead >= 0x81 && lead <= 0xFE && trail >= 0x40 && trail <= 0xFE && trail != 0x7F;
+  return isPair ? 2 : 1;
+}
+
+}  // namespace
+
+std::wstring fromAnsi(std::string_view bytes) {
+  std::wstring text;
+  Converter converter(kWideText, kAnsiCodePage);
+  while (!bytes.empty()) {
+    std::string wide;
+    bytes.remove_prefix(converter.convert(bytes, wide));
+    appendWide(text, wide);
+    if (bytes.empty()) break;
+    text += L'\uFFFD';
+    bytes.remove_prefix(malformedLength(bytes));
+  }
+  return text;
+}
+
+std::string toAnsi(std::wstring_view text) {
+  std::string bytes;
+  Converter converter(kAnsiCodePage, kWideText);
+  while (!text.empty()) {
+    text.remove_prefix(converter.convert(bytesOf(text), bytes) / sizeof(wchar_t));
+    if (text.empty()) break;
+    bytes += '?';
+    text.remove_prefix(1);
+  }
+  return bytes;
+}
+
+std::string toAnsiStrict(std::wstring_view text) {
+  std::string bytes;
+  Converter converter(kAnsiCodePage, kWideText);
+  const std::string_view input = bytesOf(text);
+  if (converter.convert(input, bytes) != input.size()) throw systemFailure(EILSEQ, text);
+  return bytes;
+}
+
+}  // namespace orvane

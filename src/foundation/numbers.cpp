@@ -1,0 +1,101 @@
+#include "foundation/numbers.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "foundation/Failure.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::wstring_view kBlanks = L" \t\r\n";
+
+struct Reading {
+  double value = 0;
+  std::size_t length = 0;  // of the number in the text; 0: there is none
+};
+
+// The front part of `text` whose characters can belong to a decimal number, as ASCII.
+std::string numberCharacters(std::wstring_view text) {
+  constexpr std::wstring_view kAllowed = L"0123456789.+-eE";
+  const std::wstring_view candidate = text.substr(0, text.find_first_not_of(kAllowed));
+  return {candidate.begin(), candidate.end()};
+}
+
+// What a number too large or too small for a double counts as.
+double outOfRangeValue(std::string_view number) {
+  const bool isTiny = number.find("e-") != number.npos || number.find("E-") != number.npos ||
+                      number.front() == '0' || number.front() == '.';
+  return isTiny ? 0.0 : std::numeric_limits<double>::infinity();
+}
+
+// The number at the very front of `text`; std::from_chars, unlike strtod, knows no locale.
+Reading readNumber(std::wstring_view text) {
+  const std::string characters = numberCharacters(text);
+  const bool hasSign = !characters.empty() && (characters[0] == '-' || characters[0] == '+');
+  const std::string_view number = std::string_view(characters).substr(hasSign ? 1 : 0);
+  if (number.empty() || number[0] == '-') return {};
+
+  double value = 0;
+  const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
+  if (error == std::errc::invalid_argument) return {};
+  if (error == std::errc::result_out_of_range) value = outOfRangeValue(number);
+  if (characters[0] == '-') value = -value;
+  return {value, static_cast<std::size_t>(end - characters.data())};
+}
+
+std::wstring_view withoutLeadingBlanks(std::wstring_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text;
+}
+
+// The number that the whole of `text` is, outer blanks aside.
+double wholeNumber(std::wstring_view text) {
+  const std::wstring_view trimmed = withoutLeadingBlanks(text);
+  const Reading reading = readNumber(trimmed);
+  const bool isRestBlank = trimmed.find_first_not_of(kBlanks, reading.length) == trimmed.npos;
+  if (reading.length == 0 || !isRestBlank) {
+    throw Failure(L"not a number: \"" + std::wstring(text) + L"\"");
+  }
+  return reading.value;
+}
+
+bool equalsIgnoringCase(std::wstring_view text, std::wstring_view lowerCase) {
+  if (text.size() != lowerCase.size()) return false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const wchar_t c = text[i];
+    if ((c >= L'A' && c <= L'Z' ? c + (L'a' - L'A') : c) != lowerCase[i]) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+double numericPrefix(std::wstring_view text) {
+  return readNumber(withoutLeadingBlanks(text)).value;
+}
+
+std::int16_t toInt16(double value) {
+  const double rounded = std::nearbyint(value);  // the default mode takes a half to the even side
+  const bool fits = rounded >= std::numeric_limits<std::int16_t>::min() &&
+                    rounded <= std::numeric_limits<std::int16_t>::max();
+  if (!fits) throw Failure("number outside -32768 to 32767");
+  return static_cast<std::int16_t>(rounded);
+}
+
+std::int16_t toInt16(std::wstring_view text) {
+  return toInt16(wholeNumber(text));
+}
+
+bool toBoolean(std::wstring_view text) {
+  const std::wstring_view begin = withoutLeadingBlanks(text);
+  const std::wstring_view word = begin.substr(0, begin.find_last_not_of(kBlanks) + 1);
+  if (equalsIgnoringCase(word, L"true")) return true;
+  if (equalsIgnoringCase(word, L"false")) return false;
+  return wholeNumber(word) != 0;
+}
+
+}  // namespace orvane

@@ -1,0 +1,31 @@
+#include "foundation/program.h"
+
+#include <filesystem>
+
+#include "foundation/path_text.h"
+
+namespace orvane {
+namespace {
+
+std::wstring folderOfExecutable() {
+  std::wstring folder = pathText(std::filesystem::read_symlink("/proc/self/exe").parent_path());
+  if (folder == L"\\") folder.clear();  // so that folder + "\Log" is right in the root as well
+  return folder;
+}
+
+std::wstring& storedFolder() {
+  static std::wstring folder = folderOfExecutable();
+  return folder;
+}
+
+}  // namespace
+
+const std::wstring& programFolder() {
+  return storedFolder();
+}
+
+void setProgramFolder(const std::wstring& folder) {
+  storedFolder() = folder;
+}
+
+}  // namespace orvane
