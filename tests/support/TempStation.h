@@ -1,0 +1,91 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "foundation/ansi_text.h"
+#include "foundation/path_text.h"
+#include "foundation/program.h"
+
+namespace orvane::test {
+
+/// The bytes of a file; the empty text for a file that is not there.
+inline std::string readBytes(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/// Writes a file and the folders above it.
+inline void writeBytes(const std::filesystem::path& file, const std::string& bytes) {
+  std::filesystem::create_directories(file.parent_path());
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  if (!stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush()) {
+    throw std::runtime_error("cannot write " + file.string());
+  }
+}
+
+/// A fresh folder that is the program's folder for the life of this object, then gone.
+class TempStation {
+ public:
+  TempStation() : oldFolder_(programFolder()) {
+    std::string name = (std::filesystem::temp_directory_path() / "station-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+    native_ = name;
+    setProgramFolder(pathText(native_));
+  }
+  ~TempStation() {
+    setProgramFolder(oldFolder_);
+    std::error_code ignored;
+    std::filesystem::remove_all(native_, ignored);
+  }
+  TempStation(const TempStation&) = delete;
+  TempStation& operator=(const TempStation&) = delete;
+
+  /// The native path of `relative`, which has `/` as separator.
+  std::filesystem::path native(const std::string& relative = {}) const {
+    return relative.empty() ? native_ : native_ / relative;
+  }
+
+  /// The path text of `relative`, which has `\` as separator and none in front.
+  std::wstring path(const std::wstring& relative = {}) const {
+    return pathText(native_) + (relative.empty() ? L"" : L"\\" + relative);
+  }
+
+  /// The lines of all logs of the station, decoded, without their time stamps and without the empty
+  /// line behind each: "Orvane成果导出 - <source>:<message>".
+  std::vector<std::wstring> logEntries() const {
+    constexpr std::size_t kStampLength = 20;  // "YYYY-MM-DD HH:MM:SS "
+    std::vector<std::wstring> entries;
+    for (const std::filesystem::path& file : logFiles()) {
+      std::wstring text = fromAnsi(readBytes(file));
+      for (std::size_t end = text.find(L"\r\n"); end != text.npos; end = text.find(L"\r\n")) {
+        if (end > kStampLength) entries.push_back(text.substr(kStampLength, end - kStampLength));
+        text.erase(0, end + 2);
+      }
+    }
+    return entries;
+  }
+
+  /// The native paths of the logs, oldest first.
+  std::vector<std::filesystem::path> logFiles() const {
+    std::vector<std::filesystem::path> files;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(native("Log"), ignored)) {
+      files.push_back(entry.path());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+  }
+
+ private:
+  std::wstring oldFolder_;
+  std::filesystem::path native_;
+};
+
+}  // namespace orvane::test

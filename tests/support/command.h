@@ -1,0 +1,47 @@
+#pragma once
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <sys/wait.h>
+
+/// Running the tools that judge what the program wrote.
+namespace orvane::test {
+
+struct CommandResult {
+  int exitCode = -1;   ///< 128 + signal when a signal ended it
+  std::string output;  ///< standard output and standard error, in the order they came
+};
+
+/// Runs a command of the shell to its end.
+inline CommandResult runCommand(const std::string& command) {
+  FILE* pipe = popen(("( " + command + " ) 2>&1").c_str(), "r");
+  if (pipe == nullptr) throw std::runtime_error("popen failed: " + command);
+  CommandResult result;
+  std::array<char, 4096> buffer;
+  while (const std::size_t count = fread(buffer.data(), 1, buffer.size(), pipe)) {
+    result.output.append(buffer.data(), count);
+  }
+  const int status = pclose(pipe);
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  return result;
+}
+
+/// The output of a command that must succeed.
+inline std::string outputOf(const std::string& command) {
+  const CommandResult result = runCommand(command);
+  if (result.exitCode != 0) throw std::runtime_error(command + "\n" + result.output);
+  return result.output;
+}
+
+/// `text` in single quotes, as one word for the shell.
+inline std::string quoted(const std::filesystem::path& text) {
+  std::string word = "'";
+  for (const char c : text.native()) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return word + "'";
+}
+
+}  // namespace orvane::test
