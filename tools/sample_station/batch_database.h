@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace orvane::sample {
+
+// A row of T_BatchInfo. All texts are UTF-8.
+struct BatchRow {
+  std::string batchId;
+  std::string batchState;
+  std::string createDate;  // "2024-03-01 08:30:00": text that sorts by time
+  int paperNum = 0;
+  std::string scanUser;
+  std::string scanStation;
+};
+
+// Creates the SQLite file `file` with the table T_BatchInfo and these rows. A file of that name is
+// replaced.
+void createBatchDatabase(const std::filesystem::path& file, const std::vector<BatchRow>& rows);
+
+}  // namespace orvane::sample
