@@ -4,6 +4,8 @@
 #include <string>
 
 #include "imaging/codecs/lossless.h"
+#include "imaging/containers/OutputFile.h"
+#include "imaging/containers/tiff_page.h"
 #include "imaging/page/EncodedImage.h"
 
 namespace orvane {
@@ -18,9 +20,11 @@ class TiffFile {
   /// A failed write leaves no file.
   void create(const std::wstring& path, const EncodedImage& image);
 
-  /// Adds a page at the end of `path`, creating it when it is missing. The earlier pages' bytes
-  /// stay. A failed append, an append to a file that is no TIFF, and one that would pass 4 GiB in a
-  /// classic TIFF throw Failure and leave the file as it was.
+  /// Adds a page at the end of `path`, creating it when it is missing; a file of another program
+  /// keeps its byte order and its kind (classic or BigTIFF). The earlier pages' bytes stay, and the
+  /// file is a valid one at every moment. A failed append, an append to a file that is no TIFF, to
+  /// a symbolic link or a file with a second hard link, and one that would pass 4 GiB in a classic
+  /// TIFF throw Failure and leave the file as it was.
   void append(const std::wstring& path, const EncodedImage& image);
 
   /// The byte order that 16-bit samples need when they are appended to `path`: the file's own.
@@ -34,13 +38,14 @@ class TiffFile {
  private:
   struct End {  ///< the remembered end of a growing file
     std::wstring path;
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
-    std::uint64_t size = 0;
-    std::int64_t modifiedNs = 0;
+    FileStamp stamp;
+    TiffForm form;
     std::uint64_t nextLink = 0;  ///< where the offset of the next directory goes
     std::uint32_t pages = 0;
   };
+  End endOf(const OutputFile& file, const FileStamp& stamp) const;
+  void createPage(OutputFile file, const EncodedImage& image, TiffSubfile subfile);
+
   End end_;
 };
 

@@ -1,0 +1,99 @@
+#include "imaging/containers/TiffFile.h"
+
+#include <optional>
+#include <utility>
+
+#include "foundation/Failure.h"
+#include "imaging/containers/tiff_structure.h"
+
+namespace orvane {
+namespace {
+
+constexpr TiffForm kOwnForm{.bigEndian = false, .bigTiff = false};
+
+Bytes header(std::uint64_t firstDirectory) {
+  Bytes bytes{'I', 'I'};
+  kOwnForm.put(bytes, 42, 2);
+  kOwnForm.put(bytes, firstDirectory, kOwnForm.offsetBytes());
+  return bytes;
+}
+
+Bytes link(TiffForm form, std::uint64_t offset) {
+  Bytes bytes;
+  form.put(bytes, offset, form.offsetBytes());
+  return bytes;
+}
+
+// First the page behind the end, where no reader looks yet, then the one link that makes it part of
+// the document. Answers how the file was left.
+FileStamp writeBehind(OutputFile& file, const TiffPagePlan& page, TiffForm form, std::uint64_t size,
+                      std::uint64_t lastLink) {
+  try {
+    file.write(size, page.parts);
+    file.write(lastLink, link(form, page.directoryOffset));
+    const FileStamp stamp = file.stamp();
+    file.close();
+    return stamp;
+  } catch (...) {
+    try {
+      file.write(lastLink, link(form, 0));
+    } catch (const Failure&) {
+      // The first failure is the one to tell.
+    }
+    file.cutBack(size);
+    throw;
+  }
+}
+
+}  // namespace
+
+void TiffFile::create(const std::wstring& path, const EncodedImage& image) {
+  createPage(OutputFile::createAnew(path), image, TiffSubfile::SingleImage);
+}
+
+void TiffFile::createPage(OutputFile file, const EncodedImage& image, TiffSubfile subfile) {
+  const std::wstring path = file.path();
+  TiffPagePlan page = planTiffPage(path, kOwnForm, kOwnForm.headerBytes(), image, subfile, 0);
+  const Bytes front = header(page.directoryOffset);
+  page.parts.insert(page.parts.begin(), front);
+  file.write(0, page.parts);
+  const FileStamp stamp = file.stamp();
+  file.close();
+  end_ = {path, stamp, kOwnForm, page.nextLink, 1};
+}
+
+void TiffFile::append(const std::wstring& path, const EncodedImage& image) {
+  std::optional<OutputFile> file = OutputFile::openToAppend(path);
+  if (!file) {
+    createPage(OutputFile::createExclusively(path), image, TiffSubfile::PageOfMany);
+    return;
+  }
+  const FileStamp before = file->stamp();
+  const End end = endOf(*file, before);
+  if (end.pages == kMostTiffPages) {
+    throw fileFailure(path, "the TIFF file has no room for another page");
+  }
+  const TiffPagePlan page =
+      planTiffPage(path, end.form, before.size, image, TiffSubfile::PageOfMany, end.pages);
+  end_ = {};
+  const FileStamp stamp = writeBehind(*file, page, end.form, before.size, end.nextLink);
+  end_ = {path, stamp, end.form, page.nextLink, end.pages + 1};
+}
+
+TiffFile::End TiffFile::endOf(const OutputFile& file, const FileStamp& stamp) const {
+  if (end_.path == file.path() && end_.stamp == stamp) return end_;
+  const TiffStructure structure(file);
+  const std::vector<TiffDirectoryPlace> pages = structure.pages();
+  const std::uint64_t nextLink =
+      pages.empty() ? structure.form().firstLink() : pages.back().nextLink;
+  return {file.path(), stamp, structure.form(), nextLink, static_cast<std::uint32_t>(pages.size())};
+}
+
+SampleOrder TiffFile::sampleOrder(const std::wstring& path) const {
+  std::optional<OutputFile> file = OutputFile::openToAppend(path);
+  if (!file) return SampleOrder::LittleEndian;
+  const bool bigEndian = TiffStructure(*file).form().bigEndian;
+  return bigEndian ? SampleOrder::BigEndian : SampleOrder::LittleEndian;
+}
+
+}  // namespace orvane
