@@ -45,7 +45,23 @@ struct Raster {
   const std::uint8_t* row(std::uint32_t y) const { return pixels.data() + y * rowBytes(); }
 };
 
-/// A raster of the form of `like` (depth, model, palette) with another size, all bits 0.
+/// No page takes more memory than this.
+inline constexpr std::uint64_t kMaxPageBytes = std::uint64_t{1} << 30;
+
+/// Throws Failure when `bytes` are more than a page may take.
+void requirePageMemory(std::uint64_t bytes);
+
+/// A raster of the form of `like` (depth, model, palette) without size and pixels.
+Raster formOf(const Raster& like);
+
+/// A raster of the form of `like` (depth, model, palette) with another size, all bits 0. Throws
+/// Failure for more than `kMaxPageBytes`.
 Raster emptyRaster(const Raster& like, std::uint32_t width, std::uint32_t height);
+
+/// The byte that fills paper (white) in this form; for a palette its brightest entry.
+std::uint8_t paperByte(const Raster& form);
+
+/// Sets the padding bits behind each row to 0.
+void clearPadding(Raster& raster);
 
 }  // namespace orvane

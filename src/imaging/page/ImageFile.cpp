@@ -1,0 +1,54 @@
+#include "imaging/page/ImageFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "foundation/Failure.h"
+
+namespace orvane {
+namespace {
+
+// Covers a scanned page; a file with many pages is not read whole for each of them.
+constexpr std::uint64_t kWholeFileLimit = 4U << 20;
+
+std::uint64_t sizeOf(const FileDescriptor& descriptor, const std::wstring& path) {
+  struct stat status {};
+  if (fstat(descriptor.number(), &status) != 0) throw systemFailure(errno, path);
+  return static_cast<std::uint64_t>(status.st_size);
+}
+
+}  // namespace
+
+ImageFile::ImageFile(const std::wstring& path)
+    : descriptor_(FileDescriptor::openRegularFile(path)), size_(sizeOf(descriptor_, path)) {
+  if (size_ > kWholeFileLimit) return;
+  content_.resize(size_);
+  content_.resize(readFromDisk(0, content_.data(), content_.size()));
+  size_ = content_.size();
+}
+
+std::size_t ImageFile::readAt(std::uint64_t offset, std::uint8_t* to,
+                              std::size_t size) const noexcept {
+  if (content_.empty()) return readFromDisk(offset, to, size);
+  if (offset >= size_) return 0;
+  const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, size_ - offset));
+  std::copy_n(content_.data() + offset, count, to);
+  return count;
+}
+
+std::size_t ImageFile::readFromDisk(std::uint64_t offset, std::uint8_t* to,
+                                    std::size_t size) const noexcept {
+  if (offset >= size_) return 0;
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t count =
+        pread(descriptor_.number(), to + done, size - done, static_cast<off_t>(offset + done));
+    if (count == 0 || (count < 0 && errno != EINTR)) break;
+    if (count > 0) done += static_cast<std::size_t>(count);
+  }
+  return done;
+}
+
+}  // namespace orvane
