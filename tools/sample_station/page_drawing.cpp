@@ -154,8 +154,8 @@ void drawReport(QPainter& painter, std::uint64_t seed, Noise& noise) {
 
 void drawDense(QPainter& painter, Noise& noise) {
   setCentred(painter, noticeTitle(noise), 18, 62);
-  fillWithSections(painter, 108, 10, {54, 290, 778}, noise);
-  fillWithSections(painter, 108, 10, {308, 544, 778}, noise);
+  fillWithSections(painter, 108, 8, {54, 290, 778}, noise);
+  fillWithSections(painter, 108, 8, {308, 544, 778}, noise);
 }
 
 }  // namespace

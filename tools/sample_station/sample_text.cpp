@@ -23,7 +23,7 @@ constexpr std::array kSentences{
     u"档案出库、入库应当双人清点、当面交接，交接清单一式两份，由双方签字后各存一份。",
     u"数据挂接完成后，按照不低于5%的比例随机抽检，差错率超过千分之一的，整批退回返工。",
     u"承担加工任务的人员须签订保密协议，不得将档案原件和数字化成果带离工作场所。",
-    u"库房温度应控制在14℃至24℃之间，相对湿度控制在45%至60%之间，每日记录两次。",
+    u"库房温度应控制在摄氏14度至24度之间，相对湿度控制在45%至60%之间，每日记录两次。",
     u"成果数据应当制作三套备份，其中一套异地保存，每两年进行一次可读性检查。",
     u"经研究，同意你单位关于更新密集架的请示，所需经费从年度专项预算中列支。",
     u"请于6月30日前将自查报告报送办公室，联系电话：8360-2715，联系人：周敏、陈立新。",
@@ -75,7 +75,11 @@ QString sectionHeading(int number, Noise& noise) {
 
 QString paragraph(int sentences, Noise& noise) {
   QString text = u"　　"_qs;
-  for (int i = 0; i < sentences; ++i) text += anyOf(kSentences, noise);
+  std::size_t at = noise.below(kSentences.size());
+  for (int i = 0; i < sentences; ++i) {
+    text += QString::fromUtf16(kSentences[at]);
+    at = (at + 5) % kSentences.size();  // visits every sentence before one comes back
+  }
   return text;
 }
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kColourNoise = 2.6;
 constexpr double kGrayNoise = 3.0;
-constexpr double kThresholdNoise = 17;  // rough edges, as a bilevel scanner makes them
+constexpr double kThresholdNoise = 19;  // rough edges, as a bilevel scanner makes them
 constexpr int kThreshold = 150;
 
 uchar level(int value) {
