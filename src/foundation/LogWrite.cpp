@@ -1,24 +1,13 @@
-#include <ctime>
 #include <string>
 
 #include "foundation/WindowServices.h"
 #include "foundation/ansi_text.h"
+#include "foundation/local_time.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 
 namespace orvane::mdlFolderAndFile {
 namespace {
-
-// The local time now, in a mask of strftime that asks for digits only.
-std::wstring localTime(const char* mask) {
-  const std::time_t now = std::time(nullptr);
-  std::tm parts{};
-  tzset();  // localtime_r need not look at a time zone that has changed
-  localtime_r(&now, &parts);
-  char digits[32];
-  const std::size_t length = std::strftime(digits, sizeof digits, mask, &parts);
-  return {digits, digits + length};
-}
 
 // An entry is one line whatever is in it: names from the disk can hold a line end.
 std::wstring inOneLine(std::wstring text) {
@@ -29,8 +18,8 @@ std::wstring inOneLine(std::wstring text) {
 }
 
 std::wstring entry(const std::wstring& sMessage, const std::wstring& sSource) {
-  return localTime("%Y-%m-%d %H:%M:%S") + L" " + kApplicationTitle + L" - " + inOneLine(sSource) +
-         L":" + inOneLine(sMessage) + L"\r\n\r\n";
+  return timeStamp() + L" " + kApplicationTitle + L" - " + inOneLine(sSource) + L":" +
+         inOneLine(sMessage) + L"\r\n\r\n";
 }
 
 // A step that fails is skipped: the log is the last place where a failure is told.

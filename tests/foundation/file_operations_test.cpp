@@ -5,11 +5,11 @@
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
+#include "support/AsOrdinaryUser.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"
 #include "support/command.h"
@@ -20,17 +20,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace mdlFolderAndFile;
 using testing::ElementsAre;
-
-// The rights of an ordinary user for a while, so that permissions count when tests run as root.
-class AsOrdinaryUser {
- public:
-  AsOrdinaryUser() {
-    if (geteuid() == 0 && seteuid(65534) != 0) throw std::runtime_error("seteuid failed");
-  }
-  ~AsOrdinaryUser() {
-    if (getuid() == 0 && seteuid(0) != 0) std::abort();
-  }
-};
 
 class FileOperations : public testing::Test {
  protected:

@@ -1,0 +1,83 @@
+#include "settings/mdlINI.h"
+
+#include <algorithm>
+#include <exception>
+
+#include "foundation/ansi_text.h"
+#include "foundation/atomic_file.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "settings/profile_file.h"
+
+namespace orvane::mdlINI {
+
+std::wstring IniFilePath;
+
+namespace {
+
+constexpr std::size_t kLongestValue = 1023;  // bytes
+
+// Brings a text into the code page and gives the caller back what arrived there.
+std::string crossed(std::wstring& text) {
+  std::string bytes = toAnsi(text.substr(0, text.find(L'\0')));
+  for (char& c : bytes) {
+    if (c == '\r' || c == '\n') c = '?';
+  }
+  text = fromAnsi(bytes);
+  return bytes;
+}
+
+std::string contentOf(const std::wstring& sIniFile) {
+  FileSystemObject& files = mdlFolderAndFile::fileSystem();
+  return files.FileExists(sIniFile) ? files.ReadFile(sIniFile) : std::string();
+}
+
+// A file that cannot be read has no value, like one that is missing.
+std::string storedValue(const std::wstring& sIniFile, const std::string& section,
+                        const std::string& key) {
+  try {
+    return profileValue(contentOf(sIniFile), section, key);
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
+// As much of a value as fits the buffer of the reader, without half a character at its end.
+std::wstring shortened(const std::string& value) {
+  if (value.size() <= kLongestValue) return fromAnsi(value);
+  const std::wstring whole = fromAnsi(value.substr(0, kLongestValue));
+  const bool isCut = fromAnsi(value.substr(0, kLongestValue + 1)).size() == whole.size();
+  return isCut ? whole.substr(0, whole.size() - 1) : whole;
+}
+
+}  // namespace
+
+void WriteIniValue(const std::wstring& sIniFile, std::wstring& sSection, std::wstring& sKey,
+                   std::wstring& sValue) {
+  try {
+    const std::string section = crossed(sSection);
+    const std::string key = crossed(sKey);
+    const std::string value = crossed(sValue);
+    const std::string content = contentOf(sIniFile);
+    const std::string changed = withProfileValue(content, section, key, value);
+    if (changed != content) replaceFile(sIniFile, changed);
+  } catch (const std::exception&) {
+    // By contract nobody is told.
+  }
+}
+
+std::wstring ReadIniValue(const std::wstring& sIniFile, std::wstring& sSection, std::wstring& sKey,
+                          std::wstring& sDefault) {
+  try {
+    const std::string section = crossed(sSection);
+    const std::string key = crossed(sKey);
+    std::wstring value = shortened(storedValue(sIniFile, section, key));
+    value.resize(std::min(value.find(L'\0'), value.size()));
+    if (!value.empty()) return value;
+    WriteIniValue(sIniFile, sSection, sKey, sDefault);
+    return sDefault;
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
+}  // namespace orvane::mdlINI

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdlib>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace orvane::test {
+
+/// The rights of an ordinary user for the life of this object, so that permissions count also where
+/// tests run as root.
+class AsOrdinaryUser {
+ public:
+  AsOrdinaryUser() {
+    if (geteuid() == 0 && seteuid(65534) != 0) throw std::runtime_error("seteuid failed");
+  }
+  ~AsOrdinaryUser() {
+    if (getuid() == 0 && seteuid(0) != 0) std::abort();
+  }
+  AsOrdinaryUser(const AsOrdinaryUser&) = delete;
+  AsOrdinaryUser& operator=(const AsOrdinaryUser&) = delete;
+};
+
+}  // namespace orvane::test
