@@ -1,0 +1,118 @@
+#include "window/FormBinding.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QRadioButton>
+#include <QSignalBlocker>
+#include <utility>
+
+#include "window/buildControls.h"
+#include "window/qt_text.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::pair<OptionGroup, const char*> kOptionGroups[] = {
+    {OptionGroup::SaveFileType, "optSaveFileType"},
+    {OptionGroup::MutiPage, "optMutiPage"},
+    {OptionGroup::CompressionType, "optCompressionType"},
+    {OptionGroup::CompressionRatios, "optCompressionRatios"}};
+
+constexpr std::pair<CheckBox, const char*> kCheckBoxes[] = {
+    {CheckBox::CreateBatchFolder, "chkCreateBatchFolder"},
+    {CheckBox::CreateDocFolder, "chkCreateDocFolder"}};
+
+constexpr std::pair<TextBox, const char*> kTextBoxes[] = {
+    {TextBox::Sp1, "txtSp1"}, {TextBox::Sp2, "txtSp2"}, {TextBox::LiuShui, "txtLiuShui"}};
+
+/// Calls `visit(group, button number, widget)` for each option button.
+void forEachOption(const QWidget& window, const auto& visit) {
+  for (const auto& [group, name] : kOptionGroups) {
+    for (int i = 0; i < kOptionButtons[static_cast<std::size_t>(group)]; ++i) {
+      visit(group, i, control<QRadioButton>(window, QStringLiteral("%1_%2").arg(name).arg(i)));
+    }
+  }
+}
+
+// Only a button outside an exclusive group lets itself be cleared.
+void setOption(QRadioButton& button, bool on) {
+  const QSignalBlocker blocker(button);
+  button.setAutoExclusive(false);
+  button.setChecked(on);
+  button.setAutoExclusive(true);
+}
+
+}  // namespace
+
+FormBinding::FormBinding(QWidget& window, ExportForm& form) : window_(window), form_(form) {
+  connectOptions();
+  connectTexts();
+}
+
+void FormBinding::connectOptions() {
+  forEachOption(window_, [this](OptionGroup group, int i, QRadioButton& button) {
+    QObject::connect(&button, &QRadioButton::clicked, &window_, [this, group, i] {
+      form_.clickButton(group, i);
+      show();
+    });
+  });
+  for (const auto& [box, name] : kCheckBoxes) {
+    QObject::connect(&control<QCheckBox>(window_, name), &QCheckBox::clicked, &window_,
+                     [this, box = box](bool checked) { form_.setChecked(box, checked); });
+  }
+  QObject::connect(&control<QComboBox>(window_, "cboRenameType"), &QComboBox::activated, &window_,
+                   [this](int entry) { form_.selectRenameType(entry); });
+}
+
+void FormBinding::connectTexts() {
+  for (const auto& [box, name] : kTextBoxes) {
+    QObject::connect(&control<QLineEdit>(window_, name), &QLineEdit::textChanged, &window_,
+                     [this, box = box](const QString& text) { form_.setText(box, fromQt(text)); });
+  }
+  auto& savePath = control<QPlainTextEdit>(window_, "txtSavePath");
+  QObject::connect(&savePath, &QPlainTextEdit::textChanged, &window_, [this, &savePath] {
+    form_.setText(TextBox::SavePath, fromQt(savePath.toPlainText()));
+  });
+}
+
+void FormBinding::show() {
+  showOptions();
+  showTexts();
+  showRenameTypes();
+  for (int frame = 1; frame <= kOptionFrames; ++frame) {
+    control<QWidget>(window_, QStringLiteral("Frame%1").arg(frame))
+        .setEnabled(form_.isFrameEnabled(frame));
+  }
+}
+
+void FormBinding::showOptions() {
+  forEachOption(window_, [this](OptionGroup group, int i, QRadioButton& button) {
+    setOption(button, form_.selectedButton(group) == i);
+  });
+  for (const auto& [box, name] : kCheckBoxes) {
+    control<QCheckBox>(window_, name).setChecked(form_.isChecked(box));
+  }
+}
+
+void FormBinding::showTexts() {
+  for (const auto& [box, name] : kTextBoxes) {
+    QLineEdit& edit = control<QLineEdit>(window_, name);
+    const QSignalBlocker blocker(edit);
+    if (const QString text = toQt(form_.text(box)); edit.text() != text) edit.setText(text);
+  }
+  QPlainTextEdit& savePath = control<QPlainTextEdit>(window_, "txtSavePath");
+  const QSignalBlocker blocker(savePath);
+  const QString text = toQt(form_.text(TextBox::SavePath));
+  if (savePath.toPlainText() != text) savePath.setPlainText(text);
+}
+
+void FormBinding::showRenameTypes() {
+  QComboBox& list = control<QComboBox>(window_, "cboRenameType");
+  list.clear();
+  for (const std::wstring& entry : form_.renameTypes()) list.addItem(toQt(entry));
+  list.setCurrentIndex(form_.selectedRenameType());
+}
+
+}  // namespace orvane

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QWidget>
+
+#include "settings/ExportForm.h"
+
+namespace orvane {
+
+/// Joins the option controls of the window to the form behind them: hands the operator's actions
+/// to the form, and shows the form's state in the controls.
+class FormBinding {
+ public:
+  /// Both must outlive the binding.
+  FormBinding(QWidget& window, ExportForm& form);
+
+  /// Brings all controls in line with the form.
+  void show();
+
+ private:
+  void connectOptions();
+  void connectTexts();
+  void showOptions();
+  void showTexts();
+  void showRenameTypes();
+
+  QWidget& window_;
+  ExportForm& form_;
+};
+
+}  // namespace orvane

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QAbstractItemView>
+
+#include "foundation/ProgressList.h"
+#include "window/LineModel.h"
+
+namespace orvane {
+
+/// The list of progress lines. All rows are equally high, so nothing here depends on the number of
+/// lines: adding the millionth line costs what the first one cost. (QListView lays out every row
+/// again after each change.)
+///
+/// The list shows its newest line after an add, unless the operator has scrolled back to read.
+/// Ctrl+C copies the selected lines as text.
+class ProgressListView : public QAbstractItemView, public ProgressList {
+ public:
+  explicit ProgressListView(QWidget* parent = nullptr);
+
+  void addItem(std::wstring_view line) override;
+  void clear() override;
+  void refresh() override;
+
+  /// Keeps the lowest `height` pixels of the list free of lines and scroll bars: the window hides
+  /// them.
+  void setHiddenHeight(int height);
+
+  QRect visualRect(const QModelIndex& index) const override;
+  void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+  QModelIndex indexAt(const QPoint& point) const override;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void updateGeometries() override;
+
+  QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+  int horizontalOffset() const override;
+  int verticalOffset() const override;
+  bool isIndexHidden(const QModelIndex& index) const override;
+  void setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command) override;
+  QRegion visualRegionForSelection(const QItemSelection& selection) const override;
+
+ private:
+  int rowHeight() const;
+  /// The number of rows that fit as a whole, at least 1.
+  int rowsOnAPage() const;
+  /// The row at a height of the viewport, which may lie outside the list.
+  int rowAt(int y) const;
+  void updateScrollBars();
+  void copySelectedLines() const;
+
+  LineModel lines_;
+  int widestLine_ = 0;  ///< in pixels, for the horizontal scroll bar
+  int hiddenHeight_ = 0;
+};
+
+}  // namespace orvane

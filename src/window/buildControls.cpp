@@ -1,0 +1,112 @@
+#include "window/buildControls.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <algorithm>
+#include <vector>
+
+#include "window/ControlTable.h"
+#include "window/OptionFrame.h"
+#include "window/ProgressListView.h"
+#include "window/WrapButton.h"
+#include "window/icons.h"
+#include "window/qt_text.h"
+
+namespace orvane {
+namespace {
+
+QWidget* makeLabel(const QString& caption, QWidget* parent) {
+  auto* label = new QLabel(caption, parent);
+  label->setTextFormat(Qt::PlainText);
+  return label;
+}
+
+QWidget* makeTallText(const QString& text, QWidget* parent) {
+  auto* box = new QPlainTextEdit(text, parent);
+  box->setTabChangesFocus(true);
+  box->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+  box->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  return box;
+}
+
+// The widget belongs to its parent.
+QWidget* makeControl(ControlKind kind, const QString& caption, QWidget* parent) {
+  switch (kind) {
+    case ControlKind::List:
+      return new ProgressListView(parent);
+    case ControlKind::Frame:
+      return new OptionFrame(caption, parent);
+    case ControlKind::Option:
+      return new QRadioButton(caption, parent);
+    case ControlKind::Check:
+      return new QCheckBox(caption, parent);
+    case ControlKind::Label:
+      return makeLabel(caption, parent);
+    case ControlKind::Text:
+      return new QLineEdit(caption, parent);
+    case ControlKind::TallText:
+      return makeTallText(caption, parent);
+    case ControlKind::DropDown:
+      return new QComboBox(parent);
+    case ControlKind::Button:
+      return new QPushButton(caption, parent);
+    case ControlKind::WrapButton:
+      return new WrapButton(caption, parent);
+  }
+  return nullptr;
+}
+
+void decorate(QWidget& window) {
+  QLabel& warning = control<QLabel>(window, "Label1");
+  QPalette palette = warning.palette();
+  for (const auto group : {QPalette::Active, QPalette::Inactive}) {
+    palette.setColor(group, QPalette::WindowText, QColor(192, 0, 0));
+  }
+  warning.setPalette(palette);
+
+  const auto setIcon = [&](const char* name, const QIcon& icon) {
+    QPushButton& button = control<QPushButton>(window, name);
+    button.setIcon(icon);
+    button.setIconSize({24, 24});
+  };
+  setIcon("btnRun", runIcon());
+  setIcon("btnStop", stopIcon());
+  setIcon("btnExit", exitIcon());
+
+  control<QWidget>(window, "Frame7").hide();
+}
+
+void setTabOrder(QWidget& window) {
+  const auto table = controlTable();
+  std::vector<ControlRow> rows(table.begin(), table.end());
+  std::sort(rows.begin(), rows.end(),
+            [](const ControlRow& left, const ControlRow& right) { return left.tab < right.tab; });
+  QWidget* before = nullptr;
+  for (const ControlRow& row : rows) {
+    QWidget& next = control<QWidget>(window, row.name);
+    if (before != nullptr) QWidget::setTabOrder(before, &next);
+    before = &next;
+  }
+}
+
+}  // namespace
+
+void buildControls(QWidget& window) {
+  for (const ControlRow& row : controlTable()) {
+    const bool isOutermost = *row.inside == '\0';
+    QWidget* parent = isOutermost ? &window : &control<QWidget>(window, row.inside);
+    QWidget* made = makeControl(row.kind, toQt(row.caption), parent);
+    made->setObjectName(QString::fromLatin1(row.name));
+    made->setGeometry(row.left / kTwipsPerPixel, row.top / kTwipsPerPixel,
+                      row.width / kTwipsPerPixel, row.height / kTwipsPerPixel);
+  }
+  decorate(window);
+  setTabOrder(window);
+}
+
+}  // namespace orvane

@@ -1,0 +1,171 @@
+#include "window/frmMain.h"
+
+#include <QCloseEvent>
+#include <QPushButton>
+#include <QScreen>
+
+#include "export/OutputNaming.h"
+#include "foundation/Failure.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/program.h"
+#include "settings/ExportSettingsFile.h"
+#include "window/BrowseForFolder.h"
+#include "window/ControlTable.h"
+#include "window/buildControls.h"
+#include "window/qt_text.h"
+
+namespace orvane {
+namespace {
+
+constexpr int kListHeightShort = 10;  // twips that the list is lower than the client area
+
+}  // namespace
+
+frmMain::frmMain(std::function<void(RunHost&)> run, std::function<void()> endProcess)
+    : run_(std::move(run)), endProcess_(std::move(endProcess)) {
+  setObjectName(QStringLiteral("frmMain"));
+  setWindowTitle(toQt(kApplicationTitle));
+  buildControls(*this);
+  listProcessLog_ = &control<ProgressListView>(*this, "listProcessLog");
+  binding_ = std::make_unique<FormBinding>(*this, form_);
+  connectButtons();
+  openInTheCentre();
+  Form_Load();
+}
+
+void frmMain::connectButtons() {
+  const auto connectClick = [this](const char* name, void (frmMain::*handler)()) {
+    connect(&control<QPushButton>(*this, name), &QPushButton::clicked, this,
+            [this, handler] { (this->*handler)(); });
+  };
+  connectClick("btnRun", &frmMain::btnRun_Click);
+  connectClick("btnStop", &frmMain::btnStop_Click);
+  connectClick("btnExit", &frmMain::btnExit_Click);
+  connectClick("cmdSelectPath", &frmMain::cmdSelectPath_Click);
+}
+
+void frmMain::openInTheCentre() {
+  const QRect available = screen()->availableGeometry();
+  const QSize design(kClientWidth / kTwipsPerPixel, kClientHeight / kTwipsPerPixel);
+  resize(design.boundedTo(available.size()));
+  QRect place = geometry();
+  place.moveCenter(available.center());
+  setGeometry(place);
+}
+
+void frmMain::Form_Load() {
+  form_.offerAllRenameTypes();
+  LoadExportSettings(form_);
+  binding_->show();
+  Form_Resize();
+  RefreshRunButtons();
+}
+
+void frmMain::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  Form_Resize();
+}
+
+// The list refuses a negative measure and keeps the one it had.
+void frmMain::Form_Resize() {
+  const int listHeight = height() * kTwipsPerPixel - kListHeightShort;
+  const int listWidth = width() * kTwipsPerPixel - kListLeft;
+  QSize size = listProcessLog_->size();
+  if (listHeight >= 0) size.setHeight(listHeight / kTwipsPerPixel);
+  if (listWidth >= 0) size.setWidth(listWidth / kTwipsPerPixel);
+  listProcessLog_->resize(size);
+  listProcessLog_->setHiddenHeight(
+      std::max(0, listProcessLog_->geometry().bottom() + 1 - height()));
+}
+
+void frmMain::closeEvent(QCloseEvent* event) {
+  Form_QueryUnload();
+  Form_Unload();
+  event->accept();
+}
+
+void frmMain::Form_QueryUnload() {
+  IsStopRequested_ = true;
+  SaveExportSettings(form_);
+}
+
+void frmMain::Form_Unload() {
+  endProcess_();
+}
+
+void frmMain::btnRun_Click() {
+  runWithOptionsLocked(kOptionFrames);
+}
+
+void frmMain::btnStop_Click() {
+  StopProcess();
+}
+
+void frmMain::btnExit_Click() {
+  StopProcess();
+  close();
+}
+
+void frmMain::cmdSelectPath_Click() {
+  form_.chooseSavePath(BrowseForFolder(this, L"成果输出文件夹"));
+  binding_->show();
+}
+
+void frmMain::ToolbarKey_Click(const ToolbarButton& Button) {
+  if (Button.Key == L"Run") runWithOptionsLocked(kOptionFrames - 1);
+  if (Button.Key == L"Stop") StopProcess();
+  if (Button.Key == L"OutputExcel") OutputExcel_JLML();
+  if (Button.Key == L"Exit") btnExit_Click();
+  RefreshRunButtons();
+}
+
+void frmMain::OutputExcel_JLML() {}
+
+void frmMain::StopProcess() {
+  IsStopRequested_ = true;
+}
+
+void frmMain::runWithOptionsLocked(int lastFrame) {
+  const auto lock = [&](bool locked) {
+    form_.enableFrames(lastFrame, !locked);
+    binding_->show();
+  };
+  lock(true);
+  listProcessLog_->clear();
+  try {
+    run_(*this);
+  } catch (const std::exception& failure) {
+    mdlFolderAndFile::LogWrite(L"btnRun_Click Err:" + description(failure), kApplicationTitle,
+                               true);
+    enableBtnRun(true);
+    RefreshRunButtons();
+  }
+  lock(false);
+}
+
+std::wstring frmMain::AutoMakeNewDocumentName(const std::wstring& sBatchName,
+                                              const std::wstring& sDocName) const {
+  return documentStem(form_.renameTypeText(), sBatchName, sDocName, settings().ReNameSp1,
+                      settings().ReNameSp2);
+}
+
+ImagingInstances frmMain::imaging() {
+  return {.ImgControl = ImgControl_,
+          .ImgCrop = ImgCrop_,
+          .ImgDelete = ImgDelete_,
+          .ImgInsert = ImgInsert_,
+          .ImgMerge = ImgMerge_,
+          .ImgPageCount = ImgPageCount_};
+}
+
+void frmMain::enableBtnRun(bool enabled) {
+  control<QPushButton>(*this, "btnRun").setEnabled(enabled);
+}
+
+void frmMain::RefreshRunButtons() {
+  const bool isIdle = control<QPushButton>(*this, "btnRun").isEnabled();
+  control<QPushButton>(*this, "btnExit").setEnabled(isIdle);
+  control<QPushButton>(*this, "btnStop").setEnabled(!isIdle);
+}
+
+}  // namespace orvane

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QWidget>
+#include <functional>
+
+#include "export/RunHost.h"
+#include "imaging/ImagingControl.h"
+#include "settings/ExportForm.h"
+#include "window/FormBinding.h"
+#include "window/ProgressListView.h"
+
+namespace orvane {
+
+/// A button of a toolbar, known by its key.
+struct ToolbarButton {
+  std::wstring Key;
+};
+
+/// The program's only window: the options on the left, the progress list on the right. It owns the
+/// export options, the six imaging instances and the list; a run reads them live.
+class frmMain : public QWidget, public RunHost {
+ public:
+  /// `run` works through the batches; `endProcess` ends the process at once, also in mid-run.
+  frmMain(std::function<void(RunHost&)> run, std::function<void()> endProcess);
+
+  void btnRun_Click();
+  void btnStop_Click();
+  void btnExit_Click();
+  void cmdSelectPath_Click();
+  /// Nothing calls it: the window has no toolbar. Keys: "Run", "Stop", "OutputExcel", "Exit".
+  void ToolbarKey_Click(const ToolbarButton& Button);
+
+  /// Asks the run to end behind the batch it is working on.
+  void StopProcess();
+  /// Writes nothing: there is no spreadsheet output.
+  void OutputExcel_JLML();
+
+  const ExportSettings& settings() const override { return form_.settings(); }
+  std::wstring txtLiuShui() const override { return form_.text(TextBox::LiuShui); }
+  std::wstring AutoMakeNewDocumentName(const std::wstring& sBatchName,
+                                       const std::wstring& sDocName) const override;
+  ImagingInstances imaging() override;
+  ProgressList& listProcessLog() override { return *listProcessLog_; }
+  bool IsStopRequested() const override { return IsStopRequested_; }
+  void setIsStopRequested(bool requested) override { IsStopRequested_ = requested; }
+  void enableBtnRun(bool enabled) override;
+  void RefreshRunButtons() override;
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void Form_Load();
+  void Form_Resize();
+  void Form_QueryUnload();
+  void Form_Unload();
+
+  void connectButtons();
+  void openInTheCentre();
+  /// A run with `Frame1` to `Frame<lastFrame>` disabled and the list cleared.
+  void runWithOptionsLocked(int lastFrame);
+
+  std::function<void(RunHost&)> run_;
+  std::function<void()> endProcess_;
+  bool IsStopRequested_ = false;
+
+  ImagingControl ImgControl_;
+  ImagingControl ImgCrop_;
+  ImagingControl ImgDelete_;
+  ImagingControl ImgInsert_;
+  ImagingControl ImgMerge_;
+  ImagingControl ImgPageCount_;
+
+  ExportForm form_;
+  ProgressListView* listProcessLog_ = nullptr;
+  std::unique_ptr<FormBinding> binding_;
+};
+
+}  // namespace orvane
