@@ -1,0 +1,160 @@
+#include "imaging/DocumentConversion.h"
+
+#include <exception>
+
+#include "foundation/Failure.h"
+#include "foundation/WindowServices.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "imaging/mdlImageProcess.h"
+
+namespace orvane {
+namespace {
+
+/// The busy pointer for the life of the object, so that it is given back on every way out.
+class BusyPointer {
+ public:
+  BusyPointer() { windowServices().showBusyPointer(true); }
+  ~BusyPointer() { windowServices().showBusyPointer(false); }
+  BusyPointer(const BusyPointer&) = delete;
+  BusyPointer& operator=(const BusyPointer&) = delete;
+};
+
+// The extension of a `SaveFileType`, empty for an unknown one.
+std::wstring extensionOf(std::int16_t SaveFileType) {
+  switch (SaveFileType) {
+    case 0:
+      return L".tif";
+    case 1:
+      return L".jpg";
+    case 2:
+      return L".pdf";
+    default:
+      return {};
+  }
+}
+
+std::wstring withExtension(std::wstring path, std::int16_t SaveFileType) {
+  static constexpr std::wstring_view kPlaceholder = L".ts";
+  const std::wstring extension = extensionOf(SaveFileType);
+  if (extension.empty()) return path;
+  for (auto at = path.find(kPlaceholder); at != path.npos;
+       at = path.find(kPlaceholder, at + extension.size())) {
+    path.replace(at, kPlaceholder.size(), extension);
+  }
+  return path;
+}
+
+std::wstring pageNumber(int page) {
+  std::wstring digits = std::to_wstring(page);
+  return digits.size() < 3 ? std::wstring(3 - digits.size(), L'0') + digits : digits;
+}
+
+void logConversionFailure(const std::exception& failure, const std::wstring& note,
+                          const std::wstring& source) {
+  mdlFolderAndFile::LogWrite(L"转换PDF出错! Error-" + description(failure) + note + L"   0",
+                             source);
+}
+
+}  // namespace
+
+bool DocumentConversion::ChangeToDocPDF(const std::wstring& sImageFilePath,
+                                        const std::wstring& sChangedPDFFilePath,
+                                        const std::wstring& /*sBatchErrorLogPath*/,
+                                        std::int16_t SaveFileType, std::int16_t CompressionType) {
+  std::wstring note;
+  try {
+    const BusyPointer busy;
+    note = L"要转PDF的文件=" + sImageFilePath;
+    mdlFolderAndFile::FileDelete(sChangedPDFFilePath);
+    note += L" sChangedPDFFilePath=" + sChangedPDFFilePath;
+    const bool converted =
+        SaveAsDocument(sImageFilePath, SaveFileType, CompressionType, sChangedPDFFilePath);
+    if (!converted) tellFailure(sImageFilePath);
+    return converted;
+  } catch (const std::exception& failure) {
+    logConversionFailure(failure, note, L"ChangeToPDF");
+    return false;
+  }
+}
+
+bool DocumentConversion::ChangeToPagePDF(const std::wstring& sImageFilePath,
+                                         const std::wstring& sChangedPDFRootPath,
+                                         const std::wstring& /*sBatchErrorLogPath*/,
+                                         std::int16_t SaveFileType, std::int16_t CompressionType) {
+  std::wstring note;
+  try {
+    const BusyPointer busy;
+    note = L"要转PDF的文件=" + sImageFilePath;
+    mdlFolderAndFile::FileDelete(sChangedPDFRootPath);
+    note = L" sChangedPDFFilePath=" + sChangedPDFRootPath;
+    const bool converted =
+        SaveAsPage(sImageFilePath, SaveFileType, CompressionType, sChangedPDFRootPath);
+    if (!converted) tellFailure(sImageFilePath);
+    return converted;
+  } catch (const std::exception& failure) {
+    logConversionFailure(failure, note, L"ChangeToPagePDF");
+    return false;
+  }
+}
+
+// The line names page 1 whatever page failed.
+void DocumentConversion::tellFailure(const std::wstring& sImageFilePath) {
+  listProcessLog_.addItem(L"转换PDF:" + sImageFilePath + L"--第1页失败.");
+  listProcessLog_.refresh();
+}
+
+bool DocumentConversion::SaveAsDocument(const std::wstring& PageFilePath, std::int16_t SaveFileType,
+                                        std::int16_t CompressionType,
+                                        const std::wstring& SaveFilePath) {
+  try {
+    const std::wstring target = withExtension(SaveFilePath, SaveFileType);
+    mdlFolderAndFile::MakeFolderPath(target);
+    const int pages = pageCount(PageFilePath);
+    for (int page = 1; page <= pages; ++page) {
+      savePage(PageFilePath, page, SaveFileType, CompressionType, target);
+    }
+    endPages();
+    return true;
+  } catch (const std::exception& failure) {
+    mdlFolderAndFile::LogWrite(description(failure), L"SaveAsDocument");
+    return false;
+  }
+}
+
+bool DocumentConversion::SaveAsPage(const std::wstring& PageFilePath, std::int16_t SaveFileType,
+                                    std::int16_t CompressionType,
+                                    const std::wstring& SaveRootPath) {
+  try {
+    mdlFolderAndFile::MakeFolderPath(SaveRootPath);
+    const int pages = pageCount(PageFilePath);
+    for (int page = 1; page <= pages; ++page) {
+      savePage(PageFilePath, page, SaveFileType, CompressionType,
+               SaveRootPath + L"\\" + pageNumber(page) + extensionOf(SaveFileType));
+    }
+    endPages();
+    return true;
+  } catch (const std::exception& failure) {
+    mdlFolderAndFile::LogWrite(description(failure), L"SaveAsPage");
+    return false;
+  }
+}
+
+std::int16_t DocumentConversion::pageCount(const std::wstring& PageFilePath) {
+  return mdlImageProcess::TifPagesCount(instances_.ImgControl, instances_.ImgMerge, PageFilePath);
+}
+
+void DocumentConversion::savePage(const std::wstring& PageFilePath, int page,
+                                  std::int16_t SaveFileType, std::int16_t CompressionType,
+                                  const std::wstring& target) {
+  const auto save = SaveFileType == 0 ? &SaveImage : &SavePDF;
+  const bool bSaveMultiPage = mdlFolderAndFile::FileExist(target);
+  save(instances_.ImgControl, PageFilePath, static_cast<std::int16_t>(page), target,
+       CompressionType == 0, bSaveMultiPage);
+}
+
+void DocumentConversion::endPages() {
+  instances_.ImgControl.SourceFile(L"");
+  windowServices().yield();
+}
+
+}  // namespace orvane
