@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "foundation/Failure.h"
+#include "foundation/letter_case.h"
 #include "foundation/mdlFolderAndFile.h"
 
 namespace orvane::mdlFolderAndFile {
@@ -22,13 +23,6 @@ std::vector<std::wstring> splitAtBackslash(const std::wstring& path) {
 
 bool hasDot(const std::wstring& text) {
   return text.find(L'.') != text.npos;
-}
-
-std::wstring withoutCase(std::wstring text) {
-  for (wchar_t& c : text) {
-    if (c >= L'A' && c <= L'Z') c += L'a' - L'A';
-  }
-  return text;
 }
 
 }  // namespace
@@ -50,7 +44,7 @@ bool MakeFolderPath(const std::wstring& sPath) {
 }
 
 std::wstring ParentPath(const std::wstring& sPath, const std::wstring& sSeparator) {
-  const std::size_t position = withoutCase(sPath).rfind(withoutCase(sSeparator));
+  const std::size_t position = asciiLowerCase(sPath).rfind(asciiLowerCase(sSeparator));
   return position == sPath.npos ? std::wstring() : sPath.substr(0, position + sSeparator.size());
 }
 

@@ -14,6 +14,8 @@ std::wstring localTime(const char* mask) {
   return {digits, digits + length};
 }
 
-std::wstring timeStamp() { return localTime("%Y-%m-%d %H:%M:%S"); }
+std::wstring timeStamp() {
+  return localTime("%Y-%m-%d %H:%M:%S");
+}
 
 }  // namespace orvane

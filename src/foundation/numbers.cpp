@@ -7,6 +7,7 @@
 #include <string>
 
 #include "foundation/Failure.h"
+#include "foundation/letter_case.h"
 
 namespace orvane {
 namespace {
@@ -63,15 +64,6 @@ double wholeNumber(std::wstring_view text) {
   return reading.value;
 }
 
-bool equalsIgnoringCase(std::wstring_view text, std::wstring_view lowerCase) {
-  if (text.size() != lowerCase.size()) return false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const wchar_t c = text[i];
-    if ((c >= L'A' && c <= L'Z' ? c + (L'a' - L'A') : c) != lowerCase[i]) return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 double numericPrefix(std::wstring_view text) {
@@ -92,9 +84,9 @@ std::int16_t toInt16(std::wstring_view text) {
 
 bool toBoolean(std::wstring_view text) {
   const std::wstring_view begin = withoutLeadingBlanks(text);
-  const std::wstring_view word = begin.substr(0, begin.find_last_not_of(kBlanks) + 1);
-  if (equalsIgnoringCase(word, L"true")) return true;
-  if (equalsIgnoringCase(word, L"false")) return false;
+  const std::wstring word = asciiLowerCase(begin.substr(0, begin.find_last_not_of(kBlanks) + 1));
+  if (word == L"true") return true;
+  if (word == L"false") return false;
   return wholeNumber(word) != 0;
 }
 

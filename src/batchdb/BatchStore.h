@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "batchdb/Field.h"
+
+namespace orvane {
+
+using Row = std::vector<Field>;
+
+/// What the program needs of a database: one connection to one file. Every operation but `isOpen`
+/// throws Failure with the store's own text.
+class BatchStore {
+ public:
+  virtual ~BatchStore() = default;
+
+  /// Opens the database file at a path text, with no user and no password. The file must exist and
+  /// be a database; it is never created.
+  virtual void open(const std::wstring& path) = 0;
+
+  /// True between a successful `open` and the end of the object.
+  virtual bool isOpen() const = 0;
+
+  /// Runs one statement without a time-out of its own and drops any result. Each `?` in `sql`
+  /// stands for one of `values`, in their order. That no row matches is no failure.
+  virtual void execute(const std::wstring& sql, const std::vector<std::wstring>& values = {}) = 0;
+
+  /// Runs a query and returns all its rows. A leading "select top N", in any letter case, means the
+  /// first N rows. With `readOnly` a statement that would change the file is refused.
+  virtual std::vector<Row> query(const std::wstring& sql, bool readOnly) = 0;
+};
+
+/// Makes a store that is not open yet.
+using BatchStoreFactory = std::function<std::unique_ptr<BatchStore>()>;
+
+}  // namespace orvane

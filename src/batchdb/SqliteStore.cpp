@@ -1,0 +1,133 @@
+#include "batchdb/SqliteStore.h"
+
+#include <cerrno>
+#include <sqlite3.h>
+#include <string_view>
+#include <sys/stat.h>
+
+#include "batchdb/top_clause.h"
+#include "foundation/Failure.h"
+#include "foundation/path_text.h"
+#include "foundation/utf8_text.h"
+
+namespace orvane {
+namespace {
+
+constexpr int kLargestValue = 64 << 20;  // bytes; a larger one in the file fails the query
+
+Failure sqliteFailure(sqlite3* connection) {
+  return Failure(sqlite3_errmsg(connection));
+}
+
+void bindTexts(sqlite3* connection, sqlite3_stmt* statement,
+               const std::vector<std::wstring>& values) {
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::string text = toUtf8(values[i]);
+    const int result = sqlite3_bind_text64(statement, static_cast<int>(i) + 1, text.data(),
+                                           text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+    if (result != SQLITE_OK) throw sqliteFailure(connection);
+  }
+}
+
+std::wstring columnText(sqlite3_stmt* statement, int column) {
+  const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement, column));
+  const auto length = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
+  return bytes == nullptr ? std::wstring() : fromUtf8({bytes, length});
+}
+
+Field::Value columnValue(sqlite3_stmt* statement, int column) {
+  switch (sqlite3_column_type(statement, column)) {
+    case SQLITE_NULL:
+      return {};
+    case SQLITE_INTEGER:
+      return sqlite3_column_int64(statement, column);
+    case SQLITE_FLOAT:
+      return sqlite3_column_double(statement, column);
+    default:
+      return columnText(statement, column);
+  }
+}
+
+Row currentRow(sqlite3_stmt* statement) {
+  Row row;
+  for (int i = 0; i < sqlite3_column_count(statement); ++i) {
+    row.emplace_back(fromUtf8(sqlite3_column_name(statement, i)), columnValue(statement, i));
+  }
+  return row;
+}
+
+}  // namespace
+
+void SqliteStore::Close::operator()(sqlite3* connection) const {
+  sqlite3_close_v2(connection);
+}
+
+void SqliteStore::Finalize::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
+
+SqliteStore::SqliteStore() = default;
+SqliteStore::~SqliteStore() = default;
+
+void SqliteStore::open(const std::wstring& path) {
+  connection_.reset();
+  path_ = nativePath(path).native();
+  sqlite3* handle = nullptr;
+  const int result = sqlite3_open_v2(path_.c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr);
+  Connection connection(handle);  // SQLite gives a handle also when it reports a failure
+  if (result != SQLITE_OK) throw sqliteFailure(handle);
+  sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, kLargestValue);
+  waitForLocks(handle, lockWait_);
+
+  identity_ = identityOfFile();
+  connection_ = std::move(connection);
+  try {
+    execute(L"select count(*) from sqlite_master");  // SQLite reads nothing of a file before
+  } catch (const Failure&) {
+    connection_.reset();
+    throw;
+  }
+}
+
+void SqliteStore::execute(const std::wstring& sql, const std::vector<std::wstring>& values) {
+  const Statement statement = prepare(sql);
+  bindTexts(connection_.get(), statement.get(), values);
+  while (step(statement)) {
+  }
+}
+
+std::vector<Row> SqliteStore::query(const std::wstring& sql, bool readOnly) {
+  const Statement statement = prepare(withLimitForTop(sql));
+  if (readOnly && sqlite3_stmt_readonly(statement.get()) == 0) {
+    throw Failure(sqlite3_errstr(SQLITE_READONLY));
+  }
+  std::vector<Row> rows;
+  while (step(statement)) rows.push_back(currentRow(statement.get()));
+  return rows;
+}
+
+// An open file lives on when its name is given to another one; what is done to it then is lost.
+SqliteStore::FileIdentity SqliteStore::identityOfFile() const {
+  struct stat status {};
+  if (stat(path_.c_str(), &status) != 0) throw systemFailure(errno);
+  return {status.st_dev, status.st_ino};
+}
+
+SqliteStore::Statement SqliteStore::prepare(const std::wstring& sql) const {
+  if (!connection_) throw Failure("the connection to the database is closed");
+  if (identityOfFile() != identity_) throw Failure("the database file has been replaced");
+  const std::string text = toUtf8(sql);
+  sqlite3_stmt* statement = nullptr;
+  const int result = sqlite3_prepare_v2(connection_.get(), text.c_str(), -1, &statement, nullptr);
+  if (result != SQLITE_OK) throw sqliteFailure(connection_.get());
+  return Statement(statement);
+}
+
+// True when there is a row.
+bool SqliteStore::step(const Statement& statement) const {
+  const int result = sqlite3_step(statement.get());
+  if (result != SQLITE_ROW && result != SQLITE_DONE) throw sqliteFailure(connection_.get());
+  return result == SQLITE_ROW;
+}
+
+}  // namespace orvane

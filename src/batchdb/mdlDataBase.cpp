@@ -1,0 +1,96 @@
+#include "batchdb/mdlDataBase.h"
+
+#include <exception>
+#include <utility>
+
+#include "batchdb/SqliteStore.h"
+#include "foundation/Failure.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/program.h"
+
+namespace orvane {
+
+std::unique_ptr<BatchStore> gConnection;
+
+namespace mdlDataBase {
+namespace {
+
+BatchStoreFactory storeFactory;
+
+void makeConnectionIfAbsent() {
+  if (gConnection) return;
+  gConnection = storeFactory ? storeFactory() : std::make_unique<SqliteStore>();
+}
+
+bool failInLog(const std::wstring& prefix, const std::exception& failure, bool bShowBox) {
+  mdlFolderAndFile::LogWrite(prefix + description(failure),
+                             std::wstring(kApplicationTitle) + L"[mdlDataBase]", bShowBox);
+  return false;
+}
+
+}  // namespace
+
+bool EnsureConnection(bool bRetrying) {
+  bool bProving = true;
+  try {
+    makeConnectionIfAbsent();
+    if (gConnection->isOpen()) gConnection->execute(L"Select '1'");
+    bProving = false;
+    return gConnection->isOpen() || OpenConnection();
+  } catch (const std::exception&) {
+    if (bRetrying || !bProving) return false;
+  }
+  gConnection.reset();  // the retry makes a new one
+  return EnsureConnection(true);
+}
+
+bool OpenConnection() {
+  try {
+    makeConnectionIfAbsent();
+    gConnection->open(programFolder() + L"\\Orvane.dll");
+    return true;
+  } catch (const std::exception& failure) {
+    return failInLog(L"OpenConnection Err:", failure, true);
+  }
+}
+
+bool OpenRecordset(Recordset& rs, const std::wstring& sSql, bool bReadOnly) {
+  try {
+    if (rs.IsOpen()) rs.Close();
+    // Without a connection the open goes on to fail and tells so in a box of its own.
+    BatchStore* const activeConnection = EnsureConnection(false) ? gConnection.get() : nullptr;
+    rs.Open(activeConnection, sSql, bReadOnly);
+    return true;
+  } catch (const std::exception& failure) {
+    return failInLog(L"Error on opening database:", failure, true);
+  }
+}
+
+bool UpdateBatchInfo(const std::wstring& sBatchID, const std::wstring& sBatchState) {
+  try {
+    if (!EnsureConnection(false)) return false;
+    gConnection->execute(L" Update T_BatchInfo Set  BatchState=?  Where BatchID=?",
+                         {sBatchState, sBatchID});
+    return true;
+  } catch (const std::exception& failure) {
+    return failInLog(L"UpdateBatchInfo :", failure, false);
+  }
+}
+
+bool AddBatchRemark(const std::wstring& sBatchID, const std::wstring& sRemark) {
+  try {
+    if (!EnsureConnection(false)) return false;
+    gConnection->execute(L"update T_BatchInfo set Remark =? where BatchId =?", {sRemark, sBatchID});
+    return true;
+  } catch (const std::exception& failure) {
+    return failInLog(L"AddBatchRemark :", failure, false);
+  }
+}
+
+void setBatchStoreFactory(BatchStoreFactory factory) {
+  storeFactory = std::move(factory);
+  gConnection.reset();
+}
+
+}  // namespace mdlDataBase
+}  // namespace orvane

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace orvane {
+
+/// `text` with A to Z in lower case; all other letters stay, whatever the locale.
+inline std::wstring asciiLowerCase(std::wstring_view text) {
+  std::wstring result(text);
+  for (wchar_t& c : result) {
+    if (c >= L'A' && c <= L'Z') c += L'a' - L'A';
+  }
+  return result;
+}
+
+}  // namespace orvane
