@@ -66,7 +66,7 @@ bool recordSuccess(RunHost& frmMain, const std::wstring& BatchID) {
 
 }  // namespace
 
-void exportBatch(RunHost& frmMain, Recordset& record, const std::wstring& PageNumberMask) {
+void exportBatch(RunHost& frmMain, const Recordset& record, const std::wstring& PageNumberMask) {
   const std::wstring BatchID = record.Fields(L"BatchID").text();
   report(frmMain, L"档案：" + BatchID + L"开始导出...");
   record.Fields(L"PaperNum").toInt16();  // not used, but a record without one ends the run

@@ -11,6 +11,6 @@ namespace orvane {
 /// remark when a document, the scan folder or the update failed. All or nothing: with a folder for
 /// each batch the files of a failed batch are removed. Throws what ends the whole run: a field
 /// that cannot be read or converted, a folder that cannot be listed.
-void exportBatch(RunHost& frmMain, Recordset& record, const std::wstring& PageNumberMask);
+void exportBatch(RunHost& frmMain, const Recordset& record, const std::wstring& PageNumberMask);
 
 }  // namespace orvane

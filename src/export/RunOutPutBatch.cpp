@@ -33,7 +33,7 @@ void showRunning(RunHost& frmMain, bool running) {
   frmMain.RefreshRunButtons();
 }
 
-void handleAnswer(RunHost& frmMain, Recordset& record, const std::wstring& PageNumberMask) {
+void handleAnswer(RunHost& frmMain, const Recordset& record, const std::wstring& PageNumberMask) {
   if (record.RecordCount() < 1) {
     frmMain.listProcessLog().addItem(L" 没有扫描完成的档案！");
     frmMain.setIsStopRequested(true);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "batchdb/mdlDataBase.h"
 #include "export/OutputNaming.h"
 #include "export/RunHost.h"
 #include "foundation/utf8_text.h"
@@ -16,11 +17,18 @@
 
 namespace orvane::test {
 
-/// A station with a real database and real pages, and an output folder outside it.
+/// A station with a real database and real pages, and a folder for the output.
 class ExportStation : public TempStation {
  public:
-  /// Makes the table with one waiting batch for each name, oldest first.
+  ExportStation() {
+    std::filesystem::create_directory(output());
+    gConnection.reset();  // it leads to the station of an earlier test
+  }
+
+  /// Makes the database anew, with one waiting batch for each name, oldest first.
   void createTable(const std::vector<std::string>& batches) {
+    gConnection.reset();
+    std::filesystem::remove(native("Orvane.dll"));
     std::string sql =
         "create table T_BatchInfo (BatchID text, BatchState text, CreateDate text, "
         "PaperNum integer, Remark text);";
@@ -53,8 +61,10 @@ class ExportStation : public TempStation {
   }
 
   std::filesystem::path scan(const std::string& name) const { return native("Batchs/" + name); }
-  std::filesystem::path output(const std::string& name = {}) const { return outside_.native(name); }
-  std::wstring outputText() const { return outside_.path(); }
+  std::filesystem::path output(const std::string& name = {}) const {
+    return name.empty() ? native("output") : native("output/" + name);
+  }
+  std::wstring outputText() const { return path(L"output"); }
 
   /// Every file of the output folder, by its path in there.
   std::set<std::string> outputFiles() const { return filesBelow(output()); }
@@ -82,24 +92,6 @@ class ExportStation : public TempStation {
     }
     return files;
   }
-
-  struct OutsideFolder {
-    OutsideFolder() {
-      std::string name = (std::filesystem::temp_directory_path() / "output-XXXXXX").string();
-      if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-      folder = name;
-    }
-    ~OutsideFolder() {
-      std::error_code ignored;
-      std::filesystem::remove_all(folder, ignored);
-    }
-    std::filesystem::path native(const std::string& name) const {
-      return name.empty() ? folder : folder / name;
-    }
-    std::wstring path() const { return pathText(folder); }
-    std::filesystem::path folder;
-  };
-  OutsideFolder outside_;
 };
 
 /// The host of a run without a window. What the operator would see goes to one journal, in order.

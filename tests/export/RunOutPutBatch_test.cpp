@@ -130,7 +130,7 @@ TEST_F(RunOutPutBatch, OutcomesOfABatch) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    for (const char* name : {"Batchs", "Orvane.dll", "Log"}) fs::remove_all(station.native(name));
+    for (const char* name : {"Batchs", "Log"}) fs::remove_all(station.native(name));
     for (const auto& entry : fs::directory_iterator(station.output())) fs::remove_all(entry);
     test::writeBytes(station.output("B1/old"), "of an earlier export");
     station.createTable({"B1"});
@@ -167,7 +167,6 @@ TEST_F(RunOutPutBatch, ABatchWhoseNameIsNoFolderNameCountsAsMissing) {
   frmMain.options.IsCreateBatchFolder = true;
   frmMain.stopAfterBatch = true;
   for (const std::string name : {"gone", "", ".", "..", "B1/", "../Batchs/B1", "B1\\", "..\\Log"}) {
-    fs::remove(station.native("Orvane.dll"));
     station.createTable({name});
     run();
     const std::string title = "档案：" + name;
@@ -199,7 +198,6 @@ TEST_F(RunOutPutBatch, NeverDeletesTheProgramOrTheScans) {
   for (const auto& c : cases) {
     SCOPED_TRACE(toUtf8(c.savePath) + " + " + c.batch);
     fs::remove_all(station.native("Log"));
-    fs::remove(station.native("Orvane.dll"));
     station.createTable({c.batch});
     station.addDocument(c.batch + "/D1", {"P", "missing"});
     const auto scans = station.scanTree();
@@ -236,7 +234,6 @@ TEST_F(RunOutPutBatch, AnUnreadableFieldEndsTheRunAndTheButtonsComeBack) {
                {"BatchID=null", {}}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.change);
-    fs::remove(station.native("Orvane.dll"));
     station.createTable({"B1"});
     station.query(std::string("update T_BatchInfo set ") + c.change);
     frmMain.window.boxes.clear();
