@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "docstore/ScanTree.h"
+#include "export/SaveAsDocument.h"
+#include "foundation/path_text.h"
+#include "imaging/ImagingControl.h"
+
+namespace orvane::bench {
+
+/// What is exported, and to what.
+struct ExportTask {
+  std::filesystem::path document;      ///< a document folder with its `Doc.dat`
+  std::filesystem::path outputFolder;  ///< created when missing
+  std::int16_t saveFileType = 0;       ///< 0 TIFF, 1 JPEG, 2 PDF
+  bool isPageFile = false;             ///< one file a page
+  std::int16_t compressionType = 0;    ///< 0 compress, 1 do not compress
+  std::int16_t compressionRatios = 0;  ///< 0, 1 or 2
+};
+
+/// One document export through the routine that the run calls, without a window.
+inline bool exportDocument(const ExportTask& task) {
+  const std::filesystem::path document = std::filesystem::absolute(task.document);
+  gBatchFolder = pathText(document.parent_path());
+  ImagingControl ImgControl, ImgMerge, ImgPageCount;
+  return mdlDocumentHelper::SaveAsDocument(
+      ImgMerge, ImgControl, ImgPageCount, pathText(document.filename()), task.saveFileType,
+      task.isPageFile, task.compressionType, task.compressionRatios,
+      pathText(std::filesystem::absolute(task.outputFolder)), L"0000", L"page");
+}
+
+}  // namespace orvane::bench
