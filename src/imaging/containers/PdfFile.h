@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "imaging/containers/OutputFile.h"
 #include "imaging/page/EncodedImage.h"
 
 namespace orvane {
@@ -40,6 +41,9 @@ class PdfFile {
 
  private:
   struct State;
+  void createWith(OutputFile (*creation)(const std::wstring&), const std::wstring& path,
+                  const EncodedImage& image);
+
   std::unique_ptr<State> state_;
 };
 

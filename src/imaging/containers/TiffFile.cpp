@@ -48,14 +48,15 @@ FileStamp writeBehind(OutputFile& file, const TiffPagePlan& page, TiffForm form,
 }  // namespace
 
 void TiffFile::create(const std::wstring& path, const EncodedImage& image) {
-  createPage(OutputFile::createAnew(path), image, TiffSubfile::SingleImage);
+  createWith(OutputFile::createAnew, path, image, TiffSubfile::SingleImage);
 }
 
-void TiffFile::createPage(OutputFile file, const EncodedImage& image, TiffSubfile subfile) {
-  const std::wstring path = file.path();
+void TiffFile::createWith(OutputFile (*creation)(const std::wstring&), const std::wstring& path,
+                          const EncodedImage& image, TiffSubfile subfile) {
   TiffPagePlan page = planTiffPage(path, kOwnForm, kOwnForm.headerBytes(), image, subfile, 0);
   const Bytes front = header(page.directoryOffset);
   page.parts.insert(page.parts.begin(), front);
+  OutputFile file = creation(path);
   file.write(0, page.parts);
   const FileStamp stamp = file.stamp();
   file.close();
@@ -65,7 +66,7 @@ void TiffFile::createPage(OutputFile file, const EncodedImage& image, TiffSubfil
 void TiffFile::append(const std::wstring& path, const EncodedImage& image) {
   std::optional<OutputFile> file = OutputFile::openToAppend(path);
   if (!file) {
-    createPage(OutputFile::createExclusively(path), image, TiffSubfile::PageOfMany);
+    createWith(OutputFile::createExclusively, path, image, TiffSubfile::PageOfMany);
     return;
   }
   const FileStamp before = file->stamp();

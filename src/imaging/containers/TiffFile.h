@@ -44,7 +44,8 @@ class TiffFile {
     std::uint32_t pages = 0;
   };
   End endOf(const OutputFile& file, const FileStamp& stamp) const;
-  void createPage(OutputFile file, const EncodedImage& image, TiffSubfile subfile);
+  void createWith(OutputFile (*creation)(const std::wstring&), const std::wstring& path,
+                  const EncodedImage& image, TiffSubfile subfile);
 
   End end_;
 };

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "imaging/containers/PdfOutline.h"
+#include "imaging/page/EncodedImage.h"
+
+namespace orvane {
+
+/// The size of a page in points, as a PDF file writes it: up to 4 decimals, no zeros at the end.
+struct PdfPageSize {
+  std::string width;
+  std::string height;
+};
+
+/// Pixels / resolution in points. Throws Failure, naming `path`, for a side over 14,400 points, the
+/// most that a PDF reader has to take (ISO 32000-1 annex C).
+PdfPageSize pdfPageSize(const std::wstring& path, const EncodedImage& image);
+
+/// The dictionary of the image object. Throws Failure, naming `path`, for an image that PDF/A-1b
+/// cannot hold as it is: 16 bits, CMYK, alpha, LZW, more than one stream.
+std::string pdfImageDictionary(const std::wstring& path, const EncodedImage& image);
+
+/// The content of the page's content stream: the image, over all of the page.
+std::string pdfPageContent(const PdfPageSize& size);
+
+std::string pdfPageDictionary(const PdfPageNumbers& numbers, const PdfPageSize& size);
+
+}  // namespace orvane

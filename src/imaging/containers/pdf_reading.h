@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "imaging/containers/OutputFile.h"
+#include "imaging/containers/PdfOutline.h"
+#include "imaging/containers/pdf_page.h"
+
+namespace orvane {
+
+/// Where the objects of one page stand in a PDF file of this program.
+struct PdfPagePlace {
+  PdfPageNumbers numbers;
+  std::uint64_t image = 0;
+  std::uint64_t content = 0;
+  std::uint64_t page = 0;
+};
+
+/// Reads back what a PDF file of this program ends in. The few numbers found there are put into an
+/// outline, and the file must hold exactly the text that this outline gives: everything else is
+/// another program's file, or damaged, and throws Failure.
+PdfOutline readPdfOutline(const OutputFile& file);
+
+/// The places of all pages, read from all cross-reference sections.
+std::vector<PdfPagePlace> readPdfPages(const OutputFile& file, const PdfOutline& outline);
+
+/// The size of a page, out of its page object.
+PdfPageSize readPdfPageSize(const OutputFile& file, const PdfPagePlace& place);
+
+/// Throws Failure unless the object of that number, and nothing else, fills `from` to `end`.
+void requirePdfObject(const OutputFile& file, std::uint32_t number, std::uint64_t from,
+                      std::uint64_t end);
+
+}  // namespace orvane
