@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "imaging/codecs/BitReader.h"
+#include "imaging/codecs/ChangingElements.h"
+
+namespace orvane::group4 {
+
+/// What can be wrong with a row.
+enum class RowFault {
+  None,
+  BadCode,
+  ExtensionCode,  ///< the uncompressed mode, which is not in use
+  EndOfBlock,     ///< the block ends before the row
+  DataEnds,       ///< the data ends within the row
+  TooLong,        ///< a run passes the row's end
+  Backwards,      ///< a changing element that does not lie behind the one before it
+};
+
+/// The fault in words, to follow "row 12: ".
+std::string describe(RowFault fault);
+
+/// Reads the rows of one Group 4 strip as changing elements (ITU-T T.6). Strict: what a T.6 encoder
+/// does not write is a fault.
+class Group4RowReader {
+ public:
+  explicit Group4RowReader(ByteView strip) : bits_(strip) {}
+
+  /// Reads the next row, coded against `reference` (white for the first row of a strip), into
+  /// `row`. Both have the same width and room for `mostChanges`. After a fault nothing can be read.
+  RowFault readRow(const ChangingElements& reference, ChangingElements& row);
+
+  /// To be asked behind the last row: true when an end of block or nothing follows. Behind either
+  /// there may be zero bits; some encoders also write more end-of-line codes behind the block.
+  bool endsCleanly();
+
+  /// Bits read so far.
+  std::size_t position() const { return bits_.position(); }
+
+  /// The most changes that a row of `width` can have in a strip of `stripBytes`: each takes a bit.
+  static std::size_t mostChanges(std::int32_t width, std::size_t stripBytes);
+
+ private:
+  BitReader bits_;
+};
+
+}  // namespace orvane::group4

@@ -1,0 +1,109 @@
+#include "imaging/codecs/Group4RowWriter.h"
+
+#include <algorithm>
+#include <array>
+
+#include "imaging/codecs/BitReader.h"
+#include "imaging/codecs/group4_codes.h"
+
+namespace orvane::group4 {
+namespace {
+
+constexpr std::array<Code, kWhiteRuns.size()> codesOf(const RunCodes& texts) {
+  std::array<Code, kWhiteRuns.size()> codes{};
+  for (std::size_t i = 0; i < texts.size(); ++i) codes[i] = codeOf(texts[i]);
+  return codes;
+}
+
+constexpr auto kWhiteCodes = codesOf(kWhiteRuns);
+constexpr auto kBlackCodes = codesOf(kBlackRuns);
+
+constexpr auto kVerticalCodes = [] {
+  std::array<Code, kVertical.size()> codes{};
+  for (std::size_t i = 0; i < codes.size(); ++i) codes[i] = codeOf(kVertical[i]);
+  return codes;
+}();
+
+// A row takes at most 7 bits a changing element (or 6 a pixel in runs), and 4 for every two
+// elements that it passes: below 10 bits a pixel.
+std::size_t mostRowBytes(std::int32_t width) {
+  return static_cast<std::size_t>(width) * 10 / 8 + 64;
+}
+
+void put(BitWriter& bits, Code code) {
+  bits.put(code.bits, code.length);
+}
+
+void putRun(BitWriter& bits, bool black, std::int32_t run) {
+  const auto& codes = black ? kBlackCodes : kWhiteCodes;
+  const auto makeUp = [&codes](std::int32_t units) {
+    return codes[static_cast<std::size_t>(kMakeUpUnit + units - 1)];
+  };
+  for (; run >= kLongestMakeUp + kMakeUpUnit; run -= kLongestMakeUp) {
+    put(bits, makeUp(kLongestMakeUp / kMakeUpUnit));
+  }
+  if (run >= kMakeUpUnit) {
+    put(bits, makeUp(run / kMakeUpUnit));
+    run %= kMakeUpUnit;
+  }
+  put(bits, codes[static_cast<std::size_t>(run)]);
+}
+
+}  // namespace
+
+void Group4RowWriter::writeRow(const ChangingElements& reference, const ChangingElements& row) {
+  const std::int32_t width = row.width();
+  bits_.reserve(mostRowBytes(width));
+  BitWriter& bits = bits_;
+  const std::int32_t* b1 = reference.first();
+  const std::int32_t* a1 = row.first();
+  std::int32_t a0 = 0;
+  bool black = false;
+  for (;;) {
+    if (b1[1] < *a1) {
+      put(bits, codeOf(kPass));
+      a0 = b1[1];
+      b1 += 2;
+      continue;
+    }
+    const std::int32_t offset = *a1 - *b1;
+    if (-kMaxOffset <= offset && offset <= kMaxOffset) {
+      put(bits, kVerticalCodes[static_cast<std::size_t>(offset + kMaxOffset)]);
+      if (*a1 == width) return;
+      a0 = *a1++;
+      black = !black;
+      b1 += b1[-1] > a0 ? -1 : 1;
+    } else {
+      put(bits, codeOf(kHorizontal));
+      putRun(bits, black, a1[0] - a0);
+      putRun(bits, !black, a1[1] - a1[0]);
+      if (a1[1] == width) return;
+      a0 = a1[1];
+      a1 += 2;
+    }
+    while (*b1 <= a0) b1 += 2;
+  }
+}
+
+void Group4RowWriter::copyRows(ByteView strip, std::size_t from, std::size_t to) {
+  bits_.reserve((to - from) / 8 + 8);
+  BitReader source(strip.subspan(from / 8));
+  source.refill();
+  source.skip(from % 8);
+  while (from < to) {
+    const auto count = static_cast<unsigned>(std::min<std::size_t>(to - from, 32));
+    source.refill();
+    bits_.put(static_cast<std::uint32_t>(source.bits() >> (64 - count)), count);
+    source.skip(count);
+    from += count;
+  }
+}
+
+Bytes Group4RowWriter::finish() {
+  bits_.reserve(8);
+  put(bits_, codeOf(kEndOfLine));
+  put(bits_, codeOf(kEndOfLine));
+  return bits_.take();
+}
+
+}  // namespace orvane::group4
