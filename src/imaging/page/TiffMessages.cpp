@@ -16,7 +16,7 @@ constexpr std::string_view kHarmlessWarnings[] = {
     "Unknown Adobe color transform code",
     "Invalid SOS parameters for sequential JPEG",
     "Old-style LZW codes",
-    "Depreciated and troublesome old-style JPEG",
+    "troublesome old-style JPEG compression mode",
     "subsampling inside JPEG data",
 };
 
