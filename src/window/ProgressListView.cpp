@@ -43,11 +43,6 @@ void ProgressListView::refresh() {
   viewport()->repaint();
 }
 
-void ProgressListView::setHiddenHeight(int height) {
-  hiddenHeight_ = height;
-  setFrameRect(rect().adjusted(0, 0, 0, -hiddenHeight_));
-}
-
 int ProgressListView::rowHeight() const {
   return fontMetrics().height() + kRowPadding;
 }

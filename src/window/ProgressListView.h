@@ -21,10 +21,6 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   void clear() override;
   void refresh() override;
 
-  /// Keeps the lowest `height` pixels of the list free of lines and scroll bars: the window hides
-  /// them.
-  void setHiddenHeight(int height);
-
   QRect visualRect(const QModelIndex& index) const override;
   void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
   QModelIndex indexAt(const QPoint& point) const override;
@@ -53,7 +49,6 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
 
   LineModel lines_;
   int widestLine_ = 0;  ///< in pixels, for the horizontal scroll bar
-  int hiddenHeight_ = 0;
 };
 
 }  // namespace orvane

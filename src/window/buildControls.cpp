@@ -12,7 +12,7 @@
 
 #include "window/ControlTable.h"
 #include "window/OptionFrame.h"
-#include "window/ProgressListView.h"
+#include "window/ProgressListBox.h"
 #include "window/WrapButton.h"
 #include "window/icons.h"
 #include "window/qt_text.h"
@@ -38,7 +38,7 @@ QWidget* makeTallText(const QString& text, QWidget* parent) {
 QWidget* makeControl(ControlKind kind, const QString& caption, QWidget* parent) {
   switch (kind) {
     case ControlKind::List:
-      return new ProgressListView(parent);
+      return new ProgressListBox(parent);
     case ControlKind::Frame:
       return new OptionFrame(caption, parent);
     case ControlKind::Option:

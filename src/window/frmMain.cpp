@@ -26,7 +26,7 @@ frmMain::frmMain(std::function<void(RunHost&)> run, std::function<void()> endPro
   setObjectName(QStringLiteral("frmMain"));
   setWindowTitle(toQt(kApplicationTitle));
   buildControls(*this);
-  listProcessLog_ = &control<ProgressListView>(*this, "listProcessLog");
+  listProcessLog_ = &control<ProgressListBox>(*this, "listProcessLog");
   binding_ = std::make_unique<FormBinding>(*this, form_);
   connectButtons();
   openInTheCentre();
@@ -74,8 +74,7 @@ void frmMain::Form_Resize() {
   if (listHeight >= 0) size.setHeight(listHeight / kTwipsPerPixel);
   if (listWidth >= 0) size.setWidth(listWidth / kTwipsPerPixel);
   listProcessLog_->resize(size);
-  listProcessLog_->setHiddenHeight(
-      std::max(0, listProcessLog_->geometry().bottom() + 1 - height()));
+  listProcessLog_->setVisibleHeight(height() - listProcessLog_->y());
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {
@@ -131,7 +130,7 @@ void frmMain::runWithOptionsLocked(int lastFrame) {
     binding_->show();
   };
   lock(true);
-  listProcessLog_->clear();
+  listProcessLog().clear();
   try {
     run_(*this);
   } catch (const std::exception& failure) {

@@ -7,7 +7,7 @@
 #include "imaging/ImagingControl.h"
 #include "settings/ExportForm.h"
 #include "window/FormBinding.h"
-#include "window/ProgressListView.h"
+#include "window/ProgressListBox.h"
 
 namespace orvane {
 
@@ -40,7 +40,7 @@ class frmMain : public QWidget, public RunHost {
   std::wstring AutoMakeNewDocumentName(const std::wstring& sBatchName,
                                        const std::wstring& sDocName) const override;
   ImagingInstances imaging() override;
-  ProgressList& listProcessLog() override { return *listProcessLog_; }
+  ProgressList& listProcessLog() override { return listProcessLog_->view(); }
   bool IsStopRequested() const override { return IsStopRequested_; }
   void setIsStopRequested(bool requested) override { IsStopRequested_ = requested; }
   void enableBtnRun(bool enabled) override;
@@ -73,7 +73,7 @@ class frmMain : public QWidget, public RunHost {
   ImagingControl ImgPageCount_;
 
   ExportForm form_;
-  ProgressListView* listProcessLog_ = nullptr;
+  ProgressListBox* listProcessLog_ = nullptr;
   std::unique_ptr<FormBinding> binding_;
 };
 
