@@ -6,12 +6,6 @@
 #include <vector>
 
 #include "batchdb/mdlDataBase.h"
-#include "export/OutputNaming.h"
-#include "export/RunHost.h"
-#include "foundation/utf8_text.h"
-#include "imaging/ImagingControl.h"
-#include "settings/NamingPattern.h"
-#include "support/RecordingWindow.h"
 #include "support/TempStation.h"
 #include "support/command.h"
 
@@ -67,16 +61,16 @@ class ExportStation : public TempStation {
   std::wstring outputText() const { return path(L"output"); }
 
   /// Every file of the output folder, by its path in there.
-  std::set<std::string> outputFiles() const { return filesBelow(output()); }
-
-  /// Every file of the scan tree with its content.
-  std::map<std::string, std::string> scanTree() const {
-    std::map<std::string, std::string> files;
-    for (const std::string& name : filesBelow(native("Batchs"))) {
-      files[name] = readBytes(scan(name));
+  std::set<std::string> outputFiles() const {
+    std::set<std::string> files;
+    for (const auto& [name, bytes] : contentOf(output())) {
+      if (bytes != kFolder) files.insert(name);
     }
     return files;
   }
+
+  /// The whole scan tree, with the bytes of every file.
+  std::map<std::string, std::string> scanTree() const { return contentOf(native("Batchs")); }
 
   static const std::string& grayPage() {
     static const std::string bytes =
@@ -85,62 +79,16 @@ class ExportStation : public TempStation {
   }
 
  private:
-  static std::set<std::string> filesBelow(const std::filesystem::path& folder) {
-    std::set<std::string> files;
+  static constexpr const char* kFolder = "a folder";
+
+  static std::map<std::string, std::string> contentOf(const std::filesystem::path& folder) {
+    std::map<std::string, std::string> content;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-      if (!entry.is_directory()) files.insert(entry.path().lexically_relative(folder).string());
+      content[entry.path().lexically_relative(folder).string()] =
+          entry.is_directory() ? kFolder : readBytes(entry.path());
     }
-    return files;
+    return content;
   }
-};
-
-/// The host of a run without a window. What the operator would see goes to one journal, in order.
-class JournalHost final : public RunHost, private ProgressList {
- public:
-  JournalHost() {
-    window.onYield = [this] {
-      journal.push_back("yield");
-      if (whenYielding) whenYielding();
-    };
-  }
-
-  const ExportSettings& settings() const override { return options; }
-  std::wstring txtLiuShui() const override { return pageNumberWidth; }
-  std::wstring AutoMakeNewDocumentName(const std::wstring& sBatchName,
-                                       const std::wstring& sDocName) const override {
-    return documentStem(options.ReNameFormat, sBatchName, sDocName, options.ReNameSp1,
-                        options.ReNameSp2);
-  }
-  ImagingInstances imaging() override {
-    return {engines_[0], engines_[1], engines_[2], engines_[3], engines_[4], engines_[5]};
-  }
-  ProgressList& listProcessLog() override { return *this; }
-  bool IsStopRequested() const override { return stopRequested_; }
-  void setIsStopRequested(bool requested) override { stopRequested_ = requested; }
-  void enableBtnRun(bool enabled) override {
-    journal.push_back(enabled ? "btnRun on" : "btnRun off");
-  }
-  void RefreshRunButtons() override { journal.push_back("buttons"); }
-
-  ExportSettings options;
-  std::wstring pageNumberWidth = L"3";
-  bool stopAfterBatch = false;         ///< the operator presses stop when a batch is over
-  std::function<void()> whenYielding;  ///< what the operator does meanwhile
-  RecordingWindow window;
-  std::vector<std::string> journal;
-  std::vector<std::string> lines;
-
- private:
-  void addItem(std::wstring_view line) override {
-    lines.push_back(toUtf8(line));
-    journal.push_back("line " + lines.back());
-    if (stopAfterBatch && line == L" ") stopRequested_ = true;
-  }
-  void clear() override { lines.clear(); }
-  void refresh() override { journal.push_back("repaint"); }
-
-  ImagingControl engines_[6];
-  bool stopRequested_ = false;
 };
 
 }  // namespace orvane::test

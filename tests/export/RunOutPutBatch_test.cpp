@@ -3,7 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "export/ExportStation.h"
-#include "foundation/mdlFolderAndFile.h"
+#include "export/JournalHost.h"
+#include "settings/NamingPattern.h"
 
 namespace orvane {
 namespace {

@@ -4,7 +4,9 @@
 
 #include "docstore/ScanTree.h"
 #include "export/ExportStation.h"
+#include "imaging/ImagingControl.h"
 #include "imaging/RecordingEngine.h"
+#include "support/RecordingWindow.h"
 
 namespace orvane {
 namespace {

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "end_to_end/Process.h"
+#include "export/ExportStation.h"
+#include "settings/ExportSettings.h"
+
+namespace orvane::test {
+
+/// The program as an operator has it: started in a station, seen and used through its window alone.
+class Operator {
+ public:
+  /// Starts the program of the station and waits for its window.
+  explicit Operator(const ExportStation& station);
+
+  void pressRun() const { click(64, 608); }
+  void pressStop() const { click(184, 608); }
+
+  /// Presses 退出, which answers between runs only, until the program has ended.
+  int leave();
+
+  /// The close box.
+  void closeWindow() const;
+
+  /// The lines of the list, taken with Ctrl+A and Ctrl+C once the last one is `lastLine`.
+  std::vector<std::string> listEndingWith(const std::string& lastLine) const;
+
+  /// Waits for a message box of this title and closes it with the Enter key.
+  void closeBox(const std::string& title) const;
+
+  Process& program() { return program_; }
+
+ private:
+  void click(int x, int y) const;
+  std::string windowOf(const std::string& title) const;
+
+  Process program_;
+  std::string window_;
+};
+
+/// Writes the station's `data.ini` with these options and copies the program into the station.
+void layOut(const ExportStation& station, const ExportSettings& options);
+
+}  // namespace orvane::test

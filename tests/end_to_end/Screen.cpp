@@ -1,0 +1,40 @@
+#include "end_to_end/Screen.h"
+
+#include <X11/Xlib.h>
+#include <cstdlib>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace orvane::test {
+
+Screen::Screen() {
+  int ends[2];
+  if (pipe(ends) != 0) throw std::runtime_error("pipe failed");
+  server_ = std::make_unique<Process>(
+      std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0",
+                               "1280x1024x24", "-dpi", "96", "-nolisten", "tcp"});
+  close(ends[1]);
+  std::string number(16, '\0');
+  const ssize_t count = read(ends[0], number.data(), number.size());
+  close(ends[0]);
+  if (count < 2) throw std::runtime_error("Xvfb did not start");
+  number.resize(static_cast<std::size_t>(count) - 1);  // a line end is behind it
+  setenv("DISPLAY", (":" + number).c_str(), 1);
+  setenv("QT_QPA_PLATFORM", "xcb", 1);
+  setenv("LC_ALL", "C.UTF-8", 1);
+}
+
+void sendCloseRequest(unsigned long window) {
+  Display* display = XOpenDisplay(nullptr);
+  if (display == nullptr) throw std::runtime_error("no display");
+  XEvent event{};
+  event.xclient.type = ClientMessage;
+  event.xclient.window = window;
+  event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+  event.xclient.format = 32;
+  event.xclient.data.l[0] = static_cast<long>(XInternAtom(display, "WM_DELETE_WINDOW", False));
+  XSendEvent(display, window, False, NoEventMask, &event);
+  XCloseDisplay(display);
+}
+
+}  // namespace orvane::test

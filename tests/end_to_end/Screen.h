@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+
+#include "end_to_end/Process.h"
+
+namespace orvane::test {
+
+/// A screen in memory, of this test program's own: `DISPLAY` leads to it.
+class Screen {
+ public:
+  Screen();
+
+ private:
+  std::unique_ptr<Process> server_;
+};
+
+/// What the close box of a window sends to its program; no window manager is needed.
+void sendCloseRequest(unsigned long window);
+
+}  // namespace orvane::test

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "export/OutputNaming.h"
+#include "export/RunHost.h"
+#include "foundation/utf8_text.h"
+#include "imaging/ImagingControl.h"
+#include "support/RecordingWindow.h"
+
+namespace orvane::test {
+
+/// The host of a run without a window. What the operator would see goes to one journal, in order.
+class JournalHost final : public RunHost, private ProgressList {
+ public:
+  JournalHost() {
+    window.onYield = [this] {
+      journal.push_back("yield");
+      if (whenYielding) whenYielding();
+    };
+  }
+
+  const ExportSettings& settings() const override { return options; }
+  std::wstring txtLiuShui() const override { return pageNumberWidth; }
+  std::wstring AutoMakeNewDocumentName(const std::wstring& sBatchName,
+                                       const std::wstring& sDocName) const override {
+    return documentStem(options.ReNameFormat, sBatchName, sDocName, options.ReNameSp1,
+                        options.ReNameSp2);
+  }
+  ImagingInstances imaging() override {
+    return {engines_[0], engines_[1], engines_[2], engines_[3], engines_[4], engines_[5]};
+  }
+  ProgressList& listProcessLog() override { return *this; }
+  bool IsStopRequested() const override { return stopRequested_; }
+  void setIsStopRequested(bool requested) override { stopRequested_ = requested; }
+  void enableBtnRun(bool enabled) override {
+    journal.push_back(enabled ? "btnRun on" : "btnRun off");
+  }
+  void RefreshRunButtons() override { journal.push_back("buttons"); }
+
+  ExportSettings options;
+  std::wstring pageNumberWidth = L"3";
+  bool stopAfterBatch = false;         ///< the operator presses stop when a batch is over
+  std::function<void()> whenYielding;  ///< what the operator does meanwhile
+  RecordingWindow window;
+  std::vector<std::string> journal;
+  std::vector<std::string> lines;
+
+ private:
+  void addItem(std::wstring_view line) override {
+    lines.push_back(toUtf8(line));
+    journal.push_back("line " + lines.back());
+    if (stopAfterBatch && line == L" ") stopRequested_ = true;
+  }
+  void clear() override { lines.clear(); }
+  void refresh() override { journal.push_back("repaint"); }
+
+  ImagingControl engines_[6];
+  bool stopRequested_ = false;
+};
+
+}  // namespace orvane::test
