@@ -48,8 +48,8 @@ class FileSystemObject {
   /// The whole content of a regular file of up to 64 MiB; a larger one is refused.
   virtual std::string ReadFile(const std::wstring& path);
 
-  /// Makes `bytes` the whole content of a file, which is created when it is missing. They are on
-  /// the disk when this returns.
+  /// Makes `bytes` the whole content of a file, which is created when it is missing, in one step:
+  /// after a failure or a crash the file holds what it held before.
   virtual void WriteFile(const std::wstring& path, std::string_view bytes);
 
   /// Creates an empty file; one that exists already stays as it is.

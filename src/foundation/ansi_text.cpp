@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <iconv.h>
 
 #include "foundation/Failure.h"
@@ -65,6 +66,13 @@ std::size_t malformedLength(std::string_view bytes) {
   return isPair ? 2 : 1;
 }
 
+// "U+1F600": the character itself could not stand in the log either.
+std::wstring codePointName(wchar_t character) {
+  char digits[9];
+  const int length = std::snprintf(digits, sizeof digits, "%04X", static_cast<unsigned>(character));
+  return L"U+" + std::wstring(digits, digits + length);
+}
+
 }  // namespace
 
 std::wstring fromAnsi(std::string_view bytes) {
@@ -96,8 +104,8 @@ std::string toAnsi(std::wstring_view text) {
 std::string toAnsiStrict(std::wstring_view text) {
   std::string bytes;
   Converter converter(kAnsiCodePage, kWideText);
-  const std::string_view input = bytesOf(text);
-  if (converter.convert(input, bytes) != input.size()) throw systemFailure(EILSEQ, text);
+  const std::size_t converted = converter.convert(bytesOf(text), bytes) / sizeof(wchar_t);
+  if (converted < text.size()) throw systemFailure(EILSEQ, codePointName(text[converted]));
   return bytes;
 }
 

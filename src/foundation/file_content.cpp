@@ -9,6 +9,7 @@
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/FileSystemObject.h"
+#include "foundation/atomic_file.h"
 #include "foundation/path_text.h"
 
 namespace orvane {
@@ -54,10 +55,7 @@ std::string FileSystemObject::ReadFile(const std::wstring& path) {
 }
 
 void FileSystemObject::WriteFile(const std::wstring& path, std::string_view bytes) {
-  FileDescriptor file(path, O_WRONLY | O_CREAT | O_TRUNC);
-  file.writeAll(bytes);
-  file.sync();
-  file.close();
+  replaceFile(path, bytes);
 }
 
 void FileSystemObject::CreateFile(const std::wstring& path) {

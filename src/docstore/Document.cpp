@@ -1,0 +1,101 @@
+#include "docstore/Document.h"
+
+#include <exception>
+#include <utility>
+
+#include "docstore/ScanTree.h"
+#include "docstore/document_failures.h"
+#include "docstore/page_list_text.h"
+#include "foundation/ansi_text.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/numbers.h"
+
+namespace orvane {
+
+using mdlFolderAndFile::FileDelete;
+using mdlFolderAndFile::FileExist;
+using mdlFolderAndFile::fileSystem;
+using mdlFolderAndFile::RenameFile;
+
+bool Document::LoadDocument(const std::wstring& sDocName) {
+  sDocFolder_ = GetDocumentPath(sDocName);
+  sDocName_ = sDocName;
+  return withFailuresLogged(L"InitDocument-", [this] { return readPages(); });
+}
+
+bool Document::readPages() {
+  const std::wstring dataFile = GetDocDataPath(sDocName_);
+  if (!fileSystem().FileExists(dataFile)) {
+    return failInLog(L"InitDocument-文档名【" + sDocName_ +
+                     L"】找不到当前文档的数据文件【Doc.dat】");
+  }
+  pages_.emplace();
+  const std::wstring content = fromAnsi(fileSystem().ReadFile(dataFile));
+  const std::wstring_view text = withoutOuterSpaces(content);
+  if (text.empty()) return failInLog(L"InitDocument-文档名【" + sDocName_ + L"】 数据文件为空");
+  appendPages(text, *pages_);
+  return true;
+}
+
+bool Document::CreateDocument(const std::wstring& sDocName) {
+  return withFailuresLogged(L"CreateDocument-", [&] {
+    sDocName_ = sDocName;
+    sDocFolder_ = GetDocumentPath(sDocName);
+    pages_.emplace();
+    return true;
+  });
+}
+
+bool Document::SaveDocument() {
+  if (sDocFolder_.empty()) {
+    return failInLog(L"InitDocument-文档名【" + sDocName_ + L"】文档路径不存在");
+  }
+  const std::wstring dataFile = GetDocDataPath(sDocName_);
+  const std::wstring backupFile = dataFile + L"bak";
+  return withFailuresLogged(L"SaveDocument-", [&] {
+    try {
+      writePages(dataFile, backupFile);
+    } catch (const std::exception&) {
+      // Without a backup the old file never moved; a rename would begin with its deletion.
+      if (FileExist(backupFile)) RenameFile(backupFile, dataFile);
+      throw;
+    }
+    return true;
+  });
+}
+
+void Document::writePages(const std::wstring& dataFile, const std::wstring& backupFile) const {
+  RenameFile(dataFile, backupFile);  // a document that is new has nothing to rename
+  fileSystem().WriteFile(dataFile, toAnsiStrict(pageListText(pages())));
+  if (FileExist(dataFile)) {
+    FileDelete(backupFile);
+  } else {
+    RenameFile(backupFile, dataFile);
+  }
+}
+
+std::wstring Document::GetPage(std::int16_t iPageIndex) const {
+  std::wstring name;
+  withFailuresLogged(L"GetPage-", [&] {
+    const PageList& list = pages();
+    const bool isPage = iPageIndex >= 1 && static_cast<std::size_t>(iPageIndex) <= list.size();
+    if (isPage) name = list[static_cast<std::size_t>(iPageIndex) - 1];
+    return isPage;
+  });
+  return name;
+}
+
+std::int16_t Document::PageCount() const {
+  return toInt16(static_cast<double>(pages().size()));
+}
+
+const Document::PageList& Document::pages() const {
+  if (!pages_) throw Failure("the document has no page list");
+  return *pages_;
+}
+
+Document::PageList& Document::pages() {
+  return const_cast<PageList&>(std::as_const(*this).pages());
+}
+
+}  // namespace orvane

@@ -1,0 +1,41 @@
+#include "docstore/page_list_text.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+
+#include "foundation/Failure.h"
+
+namespace orvane {
+namespace {
+
+constexpr wchar_t kTerminator = L'$';
+constexpr int kMostSeparators = std::numeric_limits<std::int16_t>::max();
+
+}  // namespace
+
+void appendPages(std::wstring_view text, std::vector<std::wstring>& pages) {
+  int separators = 0;
+  std::size_t begin = 0;
+  for (std::size_t end = text.find(kTerminator); end != text.npos;
+       end = text.find(kTerminator, begin)) {
+    if (++separators > kMostSeparators) throw systemFailure(EOVERFLOW);
+    const std::wstring_view item = text.substr(begin, end - begin);
+    if (!withoutOuterSpaces(item).empty()) pages.emplace_back(item);
+    begin = end + 1;
+  }
+}
+
+std::wstring pageListText(const std::vector<std::wstring>& pages) {
+  std::wstring text;
+  for (const std::wstring& page : pages) text += page + kTerminator;
+  return text;
+}
+
+std::wstring_view withoutOuterSpaces(std::wstring_view text) {
+  const std::size_t begin = text.find_first_not_of(L' ');
+  if (begin == text.npos) return {};
+  return text.substr(begin, text.find_last_not_of(L' ') - begin + 1);
+}
+
+}  // namespace orvane
