@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+
+#include "imaging/page/EncodedImage.h"
+#include "imaging/page/Raster.h"
+
+/// Encoded images as TIFF files made with libtiff, and what libtiff makes of them.
+namespace orvane::test {
+
+/// A TIFF file of one page that holds the image's strips as they are.
+Bytes tiffOf(const EncodedImage& image, bool bigEndian = false);
+
+void writeTiff(const std::filesystem::path& file, const EncodedImage& image,
+               bool bigEndian = false);
+
+struct LibtiffReading {
+  Bytes pixels;          ///< of all strips, 16-bit samples in the machine's order
+  std::string messages;  ///< warnings and errors, one a line
+};
+
+LibtiffReading readWithLibtiff(const EncodedImage& image, bool bigEndian = false);
+
+/// The strips that libtiff makes of a raster.
+std::vector<Bytes> encodeWithLibtiff(const Raster& raster, std::uint16_t compression,
+                                     std::uint32_t rowsPerStrip);
+
+}  // namespace orvane::test
