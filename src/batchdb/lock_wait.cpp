@@ -29,8 +29,8 @@ int waitOneStep(void* lockWait, int earlierCalls) noexcept {
 
 }  // namespace
 
-void waitForLocks(sqlite3* connection) {
-  sqlite3_busy_handler(connection, waitOneStep, nullptr);
+void waitForLocks(sqlite3* connection, LockWait& wait) {
+  sqlite3_busy_handler(connection, waitOneStep, &wait);
 }
 
 }  // namespace orvane

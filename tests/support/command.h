@@ -38,10 +38,14 @@ inline std::string outputOf(const std::string& command) {
 }
 
 /// `text` in single quotes, as one word for the shell.
-inline std::string quoted(const std::filesystem::path& text) {
+inline std::string quoted(const std::string& text) {
   std::string word = "'";
-  for (const char c : text.native()) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  for (const char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);
   return word + "'";
+}
+
+inline std::string quoted(const std::filesystem::path& path) {
+  return quoted(path.native());
 }
 
 }  // namespace orvane::test
