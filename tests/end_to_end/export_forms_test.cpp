@@ -58,7 +58,7 @@ class Sample {
 
  private:
   Sample() {
-    outputOf(quoted(SAMPLE_STATION) + " " + quoted(drawn_.native()) + " --small");
+    outputOf(quoted(fs::path(SAMPLE_STATION)) + " " + quoted(drawn_.native()) + " --small");
     std::istringstream batches(drawn_.query(
         "select BatchID from T_BatchInfo where BatchState='完成扫描' order by CreateDate"));
     for (std::string batch; std::getline(batches, batch);) readBatch(batch);
