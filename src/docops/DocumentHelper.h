@@ -1,0 +1,66 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "docops/DispatchObject.h"
+#include "imaging/ImagingInstances.h"
+
+namespace orvane {
+
+/// The document operations behind one interface, with the six imaging instances that they work on.
+/// A host makes one, sets `gBatchFolder`, and calls; nothing is kept between calls. The operations
+/// yield to the window's events, so two of them must not overlap. No operation throws: a failure
+/// that reaches one becomes false or an empty text.
+class DocumentHelper {
+ public:
+  /// In the order of `ImagingInstances`.
+  using Engines = std::array<std::unique_ptr<ImagingEngine>, 6>;
+
+  /// With six instances of this system.
+  DocumentHelper();
+  /// With instances of the host's choice.
+  explicit DocumentHelper(Engines engines) : engines_(std::move(engines)) {}
+
+  /// As `mdlDocumentHelper::MergeDocument`. An absent list is nullptr.
+  bool MergeDocument(const std::wstring& sNewDocumentID, const DispatchList* aryMergedDoc);
+
+  /// Always false.
+  bool MergeDocumentFor奇偶排序(const std::wstring& sNewDocumentID,
+                                const DispatchList* aryMergedDoc, bool MergeDirectionForBack);
+
+  /// As `mdlDocumentHelper::SaveAsDocument`.
+  bool SaveAsDocument(const std::wstring& DocumentID, std::int16_t SaveFileType, bool IsPageFile,
+                      std::int16_t CompressionType, std::int16_t CompressionRatios,
+                      const std::wstring& SavePath, const std::wstring& SubFolderType,
+                      const std::wstring& NewDocumentID);
+
+  /// As `mdlDocumentHelper::DeletePage`.
+  bool DeletePage(const std::wstring& sFileName, std::int16_t iPageNum);
+
+  /// As `mdlDocumentHelper::DeleteDocumentEx`. The instances are left alone.
+  bool DeleteDocumentForDocumentID(const std::wstring& sDocumentID);
+
+  /// As `mdlDocumentHelper::MakeOnlyOneFileName`. The instances are left alone.
+  std::wstring MakeOnlyOneFileName(const std::wstring& sDocumentID, std::int16_t iStartIndex = 2);
+
+  /// Writes a reduced copy of the first page of an image file, as JPEG, to `sFilePath` + "_B".
+  /// @param ImageThumbSize  the divisor of width and height, remainders cut off; 0 fails.
+  /// @return false after a raised failure; nothing is logged.
+  bool CreateThumbnailImage(const std::wstring& sFilePath, std::int16_t ImageThumbSize);
+
+  /// Empties all six instances. May be called at any time and any number of times.
+  void Terminate();
+
+ private:
+  ImagingInstances instances() const;
+  void ResetImagingControls();
+  void writeThumbnail(const std::wstring& sFilePath, std::int16_t ImageThumbSize);
+  void clearThumbnail();
+
+  Engines engines_;
+};
+
+}  // namespace orvane
