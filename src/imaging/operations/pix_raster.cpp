@@ -36,14 +36,6 @@ void copyColoursToWords(const std::uint8_t* row, std::uint32_t width, l_uint32* 
   }
 }
 
-void copyColoursFromWords(const l_uint32* words, std::uint32_t width, std::uint8_t* row) {
-  for (std::uint32_t x = 0; x < width; ++x) {
-    *row++ = static_cast<std::uint8_t>(words[x] >> L_RED_SHIFT);
-    *row++ = static_cast<std::uint8_t>(words[x] >> L_GREEN_SHIFT);
-    *row++ = static_cast<std::uint8_t>(words[x] >> L_BLUE_SHIFT);
-  }
-}
-
 }  // namespace
 
 PixHandle checkedPix(PIX* pix, const char* call) {
@@ -71,22 +63,14 @@ PixHandle toPix(const Raster& page) {
 }
 
 Raster toRaster(const PixHandle& pix) {
-  const int depth = pixGetDepth(pix.get());
   Raster form;
-  form.bitsPerSample = depth == 1 ? 1 : 8;
-  form.samplesPerPixel = depth == 32 ? 3 : 1;
-  form.model = depth == 1    ? ColourModel::MinIsWhite
-               : depth == 32 ? ColourModel::Rgb
-                             : ColourModel::MinIsBlack;
+  form.bitsPerSample = static_cast<std::uint16_t>(pixGetDepth(pix.get()));
+  form.model = form.bitsPerSample == 1 ? ColourModel::MinIsWhite : ColourModel::MinIsBlack;
   Raster page = emptyRaster(form, static_cast<std::uint32_t>(pixGetWidth(pix.get())),
                             static_cast<std::uint32_t>(pixGetHeight(pix.get())));
   for (std::uint32_t y = 0; y < page.height; ++y) {
     const l_uint32* words = pixGetData(pix.get()) + std::size_t{y} * pixGetWpl(pix.get());
-    if (depth == 32) {
-      copyColoursFromWords(words, page.width, page.row(y));
-    } else {
-      copyRowFromWords(words, page.rowBytes(), page.row(y));
-    }
+    copyRowFromWords(words, page.rowBytes(), page.row(y));
   }
   return page;
 }

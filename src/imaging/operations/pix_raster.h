@@ -22,7 +22,7 @@ PixHandle checkedPix(PIX* pix, const char* call);
 /// 1 is ink, as in a MinIsWhite raster.
 PixHandle toPix(const Raster& page);
 
-/// The raster of a Leptonica image of 1 bit, 8 bits without colour map, or 32 bits.
+/// The raster of a Leptonica image of 1 bit, or of 8 bits without a colour map.
 Raster toRaster(const PixHandle& pix);
 
 }  // namespace orvane

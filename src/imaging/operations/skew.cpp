@@ -107,27 +107,28 @@ std::optional<Peak> coarsePeak(const InkStrips& strips) {
   return Peak{index * kCoarseStep, height / *middle};
 }
 
-// The centre of gravity of the upper half of the peak near `degrees`.
+// The centre of gravity of the upper half of the peak near `degrees`. A second look, centred on what
+// the first one found, sees as much of one slope of the peak as of the other.
 double finePeak(const InkStrips& strips, double degrees) {
   constexpr int kSteps = static_cast<int>(1.5 * kCoarseStep / kFineStep + 0.5);
-  constexpr int kPeakSteps = static_cast<int>(kCoarseStep / kFineStep + 0.5);
-  std::vector<double> contrasts;
-  for (int i = -kSteps; i <= kSteps; ++i) {
-    contrasts.push_back(strips.contrast(degrees + i * kFineStep));
-  }
-  const auto [lowest, highest] = std::minmax_element(contrasts.begin(), contrasts.end());
-  const auto top = static_cast<int>(highest - contrasts.begin()) - kSteps;
-  const double half = (*lowest + *highest) / 2.0;
+  for (int look = 0; look < 2; ++look) {
+    std::vector<double> contrasts;
+    for (int i = -kSteps; i <= kSteps; ++i) {
+      contrasts.push_back(strips.contrast(degrees + i * kFineStep));
+    }
+    const auto [lowest, highest] = std::minmax_element(contrasts.begin(), contrasts.end());
+    const double half = (*lowest + *highest) / 2.0;
 
-  double weights = 0.0;
-  double moment = 0.0;
-  for (int i = std::max(-kSteps, top - kPeakSteps); i <= std::min(kSteps, top + kPeakSteps); ++i) {
-    const double above = contrasts[static_cast<std::size_t>(i + kSteps)] - half;
-    if (above <= 0.0) continue;
-    weights += above;
-    moment += above * i * kFineStep;
+    double weights = 0.0;
+    double moment = 0.0;
+    for (int i = -kSteps; i <= kSteps; ++i) {
+      const double above = std::max(0.0, contrasts[static_cast<std::size_t>(i + kSteps)] - half);
+      weights += above;
+      moment += above * i * kFineStep;
+    }
+    if (weights > 0.0) degrees += moment / weights;
   }
-  return degrees + (weights > 0.0 ? moment / weights : 0.0);
+  return degrees;
 }
 
 }  // namespace

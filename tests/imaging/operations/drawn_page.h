@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "imaging/page/Raster.h"
+
+namespace orvane::test {
+
+/// What a drawn page of A4 at 100 dots per inch shows, besides four marks.
+enum class Drawing { Text, VerticalText, PhotoAndText, Photo, Dust };
+
+inline constexpr std::uint8_t kPaper = 225;
+
+/// A drawn gray page, noise and all, that lies turned to the left by `skew` degrees: the drawing is
+/// sampled at turned positions, so none of the operations under test has a part in it. With
+/// `darkBed` the sheet is smaller than the scan, and black is around it.
+Raster drawnPage(Drawing drawing, double skew, bool darkBed = false);
+
+/// Whether a pixel is dark in a 1-bit page, or in the first channel of an 8-bit one.
+bool isDark(const Raster& page, std::uint32_t x, std::uint32_t y);
+
+/// A page cut at half brightness.
+Raster bilevelOf(const Raster& page);
+
+/// A square mark: its centre in pixels.
+struct Mark {
+  double x;
+  double y;
+};
+
+/// The marks of every drawn page as they lie on a straight one: left, right, top, bottom.
+inline constexpr std::array<Mark, 4> kMarks{
+    {{75.5, 584.5}, {751.5, 584.5}, {413.5, 70.5}, {413.5, 1098.5}}};
+
+/// The centre of gravity of the dark pixels within 14 pixels of `place`.
+Mark markNear(const Raster& page, Mark place);
+
+}  // namespace orvane::test

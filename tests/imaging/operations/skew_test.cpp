@@ -1,0 +1,91 @@
+#include <cmath>
+#include <gtest/gtest.h>
+#include <numbers>
+
+#include "drawn_page.h"
+#include "imaging/operations/operations.h"
+
+namespace orvane::test {
+namespace {
+
+constexpr double kDegree = std::numbers::pi / 180;
+
+// Straightens a page and measures by its four marks what is left of the skew, across and down.
+void expectStraightened(const Raster& page) {
+  const Raster straight = straighten(page, measureSkew(page));
+  ASSERT_EQ(straight.width, page.width);
+  ASSERT_EQ(straight.height, page.height);
+  ASSERT_EQ(straight.bitsPerPixel(), page.bitsPerPixel());
+  std::array<Mark, 4> marks = kMarks;
+  for (Mark& mark : marks) mark = markNear(straight, mark);
+  EXPECT_LT(std::abs(std::atan2(marks[1].y - marks[0].y, marks[1].x - marks[0].x)), 0.1 * kDegree);
+  EXPECT_LT(std::abs(std::atan2(marks[3].x - marks[2].x, marks[3].y - marks[2].y)), 0.1 * kDegree);
+}
+
+TEST(Skew, RemainsUnderATenthOfADegree) {
+  for (int halfDegrees = -10; halfDegrees <= 10; ++halfDegrees) {
+    SCOPED_TRACE(halfDegrees / 2.0);
+    const Raster gray = drawnPage(Drawing::Text, halfDegrees / 2.0);
+    expectStraightened(gray);
+    expectStraightened(bilevelOf(gray));
+  }
+}
+
+TEST(Skew, IsFoundOnVerticalTextBesidePhotosAndOnADarkScannerBed) {
+  for (const double skew : {-4.7, 0.4}) {
+    for (const Drawing drawing : {Drawing::VerticalText, Drawing::PhotoAndText}) {
+      SCOPED_TRACE(testing::Message() << skew << " " << static_cast<int>(drawing));
+      expectStraightened(drawnPage(drawing, skew, true));
+      expectStraightened(bilevelOf(drawnPage(drawing, skew)));
+    }
+  }
+}
+
+TEST(Skew, OfAPageThatShowsNoneIsZeroAndThePageStaysBitForBit) {
+  for (const Raster& gray :
+       {drawnPage(Drawing::Text, 0.0), drawnPage(Drawing::Dust, 2.0),
+        drawnPage(Drawing::Photo, 3.0), drawnPage(Drawing::Photo, 3.0, true)}) {
+    for (const Raster& page : {gray, bilevelOf(gray)}) {
+      EXPECT_EQ(measureSkew(page), 0.0);
+      EXPECT_EQ(straighten(page, measureSkew(page)).pixels, page.pixels);
+    }
+  }
+}
+
+TEST(Rotate, ByAnyAngleHoldsTheWholePageOnASheetWithPaperColouredCorners) {
+  const Raster gray = drawnPage(Drawing::Text, 0.0);
+  Raster colour = emptyRaster(gray, 3 * gray.width, gray.height);
+  colour.width = gray.width;
+  colour.samplesPerPixel = 3;
+  colour.model = ColourModel::Rgb;
+  for (std::size_t i = 0; i < colour.pixels.size(); ++i) {
+    colour.pixels[i] = static_cast<std::uint8_t>(gray.pixels[i / 3] / (i % 3 + 1));
+  }
+  for (const double degrees : {1.0, -100.0, 45.0 + 360.0}) {
+    for (const Raster& page : {bilevelOf(gray), gray, colour}) {
+      SCOPED_TRACE(testing::Message() << degrees << " " << page.bitsPerPixel());
+      const double cosine = std::cos(degrees * kDegree);
+      const double sine = std::sin(degrees * kDegree);
+      const Raster turned = rotate(page, degrees);
+      EXPECT_EQ(turned.bitsPerPixel(), page.bitsPerPixel());
+      EXPECT_EQ(turned.width,
+                std::ceil(page.width * std::abs(cosine) + page.height * std::abs(sine)));
+      EXPECT_EQ(turned.height,
+                std::ceil(page.width * std::abs(sine) + page.height * std::abs(cosine)));
+      const bool bilevel = page.bitsPerSample == 1;
+      EXPECT_NEAR(turned.pixels.front(), bilevel ? 0 : kPaper, 2);
+      EXPECT_NEAR(turned.pixels.back(), bilevel ? 0 : kPaper / page.samplesPerPixel, 2);
+      for (const Mark& mark : kMarks) {
+        const double dx = mark.x - page.width / 2.0;
+        const double dy = mark.y - page.height / 2.0;
+        const Mark expected{dx * cosine + dy * sine + turned.width / 2.0,
+                            dy * cosine - dx * sine + turned.height / 2.0};
+        EXPECT_NEAR(markNear(turned, expected).x, expected.x, 0.5);
+        EXPECT_NEAR(markNear(turned, expected).y, expected.y, 0.5);
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test
