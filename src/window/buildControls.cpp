@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <algorithm>
+#include <iterator>
 #include <vector>
 
 #include "window/ControlTable.h"
@@ -81,11 +82,13 @@ void decorate(QWidget& window) {
   control<QWidget>(window, "Frame7").hide();
 }
 
+// Frames and labels have their places in the order too, but cannot have the focus.
 void setTabOrder(QWidget& window) {
-  const auto table = controlTable();
-  std::vector<ControlRow> rows(table.begin(), table.end());
-  std::sort(rows.begin(), rows.end(),
-            [](const ControlRow& left, const ControlRow& right) { return left.tab < right.tab; });
+  std::vector<ControlRow> rows;
+  std::ranges::copy_if(controlTable(), std::back_inserter(rows), [](const ControlRow& row) {
+    return row.kind != ControlKind::Frame && row.kind != ControlKind::Label;
+  });
+  std::ranges::sort(rows, {}, &ControlRow::tab);
   QWidget* before = nullptr;
   for (const ControlRow& row : rows) {
     QWidget& next = control<QWidget>(window, row.name);

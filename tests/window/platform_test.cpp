@@ -1,0 +1,87 @@
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "support/TempStation.h"
+#include "window/InstanceGuard.h"
+#include "window/QtWindowServices.h"
+
+namespace orvane::test {
+namespace {
+
+TEST(InstanceGuard, OneProcessAFolderUntilItEndsHoweverItEnds) {
+  TempStation folder;
+  TempStation other;
+  int ready[2];
+  ASSERT_EQ(pipe(ready), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    const InstanceGuard guard(folder.path());
+    if (write(ready[1], guard.anotherRuns() ? "y" : "n", 1) == 1) pause();
+    _exit(1);
+  }
+  char answer = 0;
+  ASSERT_EQ(read(ready[0], &answer, 1), 1);
+  EXPECT_EQ(answer, 'n');
+  EXPECT_TRUE(InstanceGuard(folder.path()).anotherRuns());
+  EXPECT_FALSE(InstanceGuard(other.path()).anotherRuns());
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  EXPECT_FALSE(InstanceGuard(folder.path()).anotherRuns());
+  EXPECT_FALSE(InstanceGuard(folder.path(L"missing")).anotherRuns());
+  close(ready[0]);
+  close(ready[1]);
+}
+
+TEST(QtWindowServices, ABoxIsModalAndShowsTextTitleIconAndOneButton) {
+  QtWindowServices services;
+  for (const BoxIcon icon : {BoxIcon::None, BoxIcon::Critical}) {
+    bool seen = false;
+    QTimer::singleShot(0, [&] {
+      auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr);
+      seen = true;
+      EXPECT_EQ(box->text().toStdString(), "<b>坏</b>\nB:\\x");
+      EXPECT_EQ(box->textFormat(), Qt::PlainText);
+      EXPECT_EQ(box->windowTitle().toStdString(), "提醒");
+      EXPECT_EQ(box->icon(), icon == BoxIcon::None ? QMessageBox::NoIcon : QMessageBox::Critical);
+      EXPECT_EQ(box->windowModality(), Qt::ApplicationModal);
+      ASSERT_EQ(box->buttons().size(), 1);
+      box->buttons().front()->click();
+    });
+    services.showBox(L"<b>坏</b>\rB:\\x", L"提醒", icon);
+    EXPECT_TRUE(seen);
+  }
+}
+
+TEST(QtWindowServices, AYieldHandlesAlsoTheEventsThatItsEventsBring) {
+  QtWindowServices services;
+  QObject target;
+  int depth = 0;
+  const std::function<void()> deeper = [&] {
+    if (++depth < 20) QMetaObject::invokeMethod(&target, deeper, Qt::QueuedConnection);
+  };
+  QMetaObject::invokeMethod(&target, deeper, Qt::QueuedConnection);
+  services.yield();
+  EXPECT_EQ(depth, 20);
+}
+
+TEST(QtWindowServices, TheBusyPointerDoesNotPileUp) {
+  QtWindowServices services;
+  services.showBusyPointer(true);
+  services.showBusyPointer(true);
+  ASSERT_NE(QApplication::overrideCursor(), nullptr);
+  EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
+  services.showBusyPointer(false);
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+  services.showBusyPointer(false);
+  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+}
+
+}  // namespace
+}  // namespace orvane::test
