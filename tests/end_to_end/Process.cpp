@@ -24,8 +24,15 @@ Process::Process(const std::vector<std::string>& words) {
 
 Process::~Process() {
   if (exitCode()) return;
-  send(SIGKILL);
-  waitpid(id_, nullptr, 0);
+  send(SIGTERM);
+  send(SIGCONT);
+  try {
+    waitFor(
+        "the end of a process", [&] { return exitCode().has_value(); }, 5);
+  } catch (const std::exception&) {
+    send(SIGKILL);
+    waitpid(id_, nullptr, 0);
+  }
 }
 
 void Process::send(int signal) const {

@@ -8,7 +8,7 @@
 
 namespace orvane::test {
 
-/// A child process. It is killed when this object goes, and dies with this process.
+/// A child process. It is ended when this object goes, and dies with this process.
 class Process {
  public:
   explicit Process(const std::vector<std::string>& words);

@@ -6,12 +6,15 @@
 
 namespace orvane::test {
 
-/// A screen in memory, of this test program's own: `DISPLAY` leads to it.
+/// A screen in memory, of this test program's own.
 class Screen {
  public:
-  Screen();
+  /// Starts it at the first call; `DISPLAY` leads to it from then on.
+  static void forAllTests() { static const Screen screen; }
 
  private:
+  Screen();
+
   std::unique_ptr<Process> server_;
 };
 

@@ -21,6 +21,10 @@ struct Form {
   std::string extension, bilevelCoding, multiBitCoding;
 };
 
+void PrintTo(const Form& form, std::ostream* stream) {
+  *stream << form.name;
+}
+
 const Form kForms[] = {
     {"TiffPagesCompressed", 0, false, 0, ".tif", "TIFF CCITT Group 4", "TIFF JPEG"},
     {"TiffPagesUncompressed", 0, false, 1, ".tif", "TIFF LZW", "TIFF LZW"},
@@ -143,11 +147,7 @@ bool isLossless(const PageLook& look) {
 
 class ExportForms : public testing::TestWithParam<Form> {
  protected:
-  static void SetUpTestSuite() { screen_ = std::make_unique<Screen>(); }
-  static void TearDownTestSuite() { screen_.reset(); }
-
- private:
-  static inline std::unique_ptr<Screen> screen_;
+  static void SetUpTestSuite() { Screen::forAllTests(); }
 };
 
 TEST_P(ExportForms, AllBatchesLeaveTheStation) {
