@@ -19,12 +19,10 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
-using Names = std::vector<std::wstring>;
-
-Names pagesOf(const Document& document) {
-  Names names;
-  for (std::int16_t i = 1; i <= document.PageCount(); ++i) names.push_back(document.GetPage(i));
-  return names;
+std::wstring pagesOf(const Document& document) {
+  std::wstring pages;
+  for (std::int16_t i = 1; i <= document.PageCount(); ++i) pages += document.GetPage(i) + L"|";
+  return pages;
 }
 
 class DocumentOnDisk : public testing::Test {
@@ -44,48 +42,41 @@ class DocumentOnDisk : public testing::Test {
   fs::path dataFile = station.native("Batchs/B1/D1/Doc.dat");
 };
 
-TEST(ScanTree, BuildersAreJoinsThatRefuseNothing) {
-  for (const std::wstring& folder : {std::wstring(), std::wstring(L"X")}) {
-    gBatchFolder = folder;
-    EXPECT_EQ(GetDocumentPath(L"D1"), folder + L"\\D1\\");
-    EXPECT_EQ(GetDocumentPath(L""), folder + L"\\\\");
-    EXPECT_EQ(GetPagePath(L"D1", L"P1"), folder + L"\\D1\\P1.tif");
-    EXPECT_EQ(GetDocDataPath(L"D1"), folder + L"\\D1\\Doc.dat");
-  }
+TEST(ScanTree, BuildersRefuseNothing) {
   gBatchFolder.clear();
+  EXPECT_EQ(GetDocumentPath(L"") + GetDocDataPath(L"D1"), L"\\\\\\D1\\Doc.dat");
+  gBatchFolder = L"X";
+  EXPECT_EQ(GetPagePath(L"D1", L"P1"), L"X\\D1\\P1.tif");
 }
 
 TEST_F(DocumentOnDisk, LoadsWhatStandsInFrontOfEachTerminator) {
-  const struct {
-    std::string bytes;
-    bool result;
-    Names pages;
-  } cases[] = {
-      {"A$B$C$", true, {L"A", L"B", L"C"}},
-      {"A$B$C", true, {L"A", L"B"}},
-      {"A", true, {}},
-      {"A$$B$", true, {L"A", L"B"}},
-      {"A$   $B$", true, {L"A", L"B"}},
-      {"  A$ B $C$  ", true, {L"A", L" B ", L"C"}},
-      {"A$\r\n", true, {L"A"}},
-      {"A$\r\nB$", true, {L"A", L"\r\nB"}},
-      {"$$", true, {}},
-      {"A$A$", true, {L"A", L"A"}},
-      {"   ", false, {}},
-      {"", false, {}},
-      {"\xC9\xA8\xC3\xE8"
-       "1$\xC9\xFF$\x81$z$",
-       true,
-       {L"扫描1", L"\uFFFD\uFFFD", L"\uFFFD", L"z"}},
-  };
-  for (const auto& c : cases) {
-    writeBytes(dataFile, c.bytes);
-    Document document;
-    EXPECT_EQ(document.LoadDocument(L"D1"), c.result) << c.bytes;
-    EXPECT_EQ(pagesOf(document), c.pages) << c.bytes;
-    EXPECT_EQ(document.DocName(), L"D1");
-    EXPECT_EQ(document.GetPage(0) + document.GetPage(static_cast<std::int16_t>(c.pages.size() + 1)),
-              L"");
+  const std::pair<std::string, std::wstring> cases[] = {
+      // the bytes, and the pages with a "|" behind each
+      {"A$B$C$", L"A|B|C|"},
+      {"A$B$C", L"A|B|"},
+      {"A", L""},
+      {"A$$B$", L"A|B|"},
+      {"A$   $B$", L"A|B|"},
+      {"  A$ B $C$  ", L"A| B |C|"},
+      {"A$\r\n", L"A|"},
+      {"A$\r\nB$", L"A|\r\nB|"},
+      {"$$", L""},
+      {"A$A$", L"A|A|"},
+      {"\xC9\xA8$\xC9\xFF$\x81$z$", L"扫|\uFFFD\uFFFD|\uFFFD|z|"}};
+  Document document;
+  for (const auto& [bytes, pages] : cases) {
+    writeBytes(dataFile, bytes);
+    EXPECT_TRUE(document.LoadDocument(L"D1")) << bytes;
+    EXPECT_EQ(pagesOf(document), pages) << bytes;
+    EXPECT_EQ(
+        document.GetPage(0) + document.GetPage(static_cast<std::int16_t>(document.PageCount() + 1)),
+        L"");
+  }
+  EXPECT_TRUE(station.logEntries().empty());
+  for (const char* bytes : {"", "   "}) {
+    writeBytes(dataFile, bytes);
+    EXPECT_FALSE(document.LoadDocument(L"D1"));
+    EXPECT_EQ(document.PageCount(), 0);
   }
   const std::wstring empty = logged(L"InitDocument-文档名【D1】 数据文件为空");
   EXPECT_THAT(station.logEntries(), ElementsAre(empty, empty));
@@ -133,7 +124,7 @@ TEST_F(DocumentOnDisk, SavesWithABackupThatIsGoneAfterwards) {
   EXPECT_EQ(outputOf("iconv -f GBK -t UTF-8 " + quoted(dataFile)), " 扫描$A $A $");
   Document loaded;
   EXPECT_TRUE(loaded.LoadDocument(L"D1"));
-  EXPECT_EQ(pagesOf(loaded), (Names{L"扫描", L"A ", L"A "}));  // the trim of the whole text
+  EXPECT_EQ(pagesOf(loaded), L"扫描|A |A |");  // the trim of the whole text
   EXPECT_EQ(window.boxes.size(), 1U);
 }
 

@@ -1,8 +1,6 @@
 // Adding, moving and removing pages of a document's list.
 
-#include <filesystem>
-#include <functional>
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "docstore/Document.h"
 #include "support/TempStation.h"
@@ -10,108 +8,75 @@
 namespace orvane::test {
 namespace {
 
-using testing::ElementsAre;
+constexpr const wchar_t* kLogged = L"Orvane成果导出 - Document:";
 
-class PageList : public testing::Test {
- protected:
-  // A document whose pages have the letters of `pages` as their names.
-  Document documentOf(const std::wstring& pages) {
+std::wstring pagesOf(const Document& document) {
+  std::wstring pages;
+  for (std::int16_t i = 1; i <= document.PageCount(); ++i) pages += document.GetPage(i);
+  return pages;
+}
+
+TEST(PageListEditing, ByPosition) {
+  const TempStation station;
+  enum Edit { Add, Remove, Move };
+  const struct {
+    std::wstring before;  // a page for each letter
+    Edit edit;
+    std::int16_t position, target;
+    std::wstring after, failure;
+  } cases[] = {{L"AB", Add, -1, 0, L"ABX", L""},
+               {L"AB", Add, -32768, 0, L"ABX", L""},
+               {L"", Add, -1, 0, L"X", L""},
+               {L"AB", Add, 1, 0, L"XAB", L""},
+               {L"AB", Add, 2, 0, L"AXB", L""},
+               {L"AB", Add, 3, 0, L"AB", L"AddPage-there is no page 3"},
+               {L"AB", Add, 0, 0, L"AB", L"AddPage-there is no page 0"},
+               {L"", Add, 1, 0, L"", L"AddPage-there is no page 1"},
+               {L"AB", Remove, 1, 0, L"B", L""},
+               {L"AB", Remove, 0, 0, L"AB", L"RemovePage-there is no page 0"},
+               {L"AB", Remove, 3, 0, L"AB", L"RemovePage-there is no page 3"},
+               {L"ABCD", Move, 3, 1, L"CABD", L""},
+               {L"ABCD", Move, 4, 1, L"DABC", L""},
+               {L"ABCD", Move, 1, 3, L"BACD", L""},
+               {L"ABCD", Move, 1, 4, L"BCAD", L""},
+               {L"ABCD", Move, 1, 2, L"BACD", L""},
+               {L"ABCD", Move, 3, 4, L"ABDC", L""},
+               {L"ABCD", Move, 2, 2, L"ABCD", L""},
+               {L"ABCD", Move, 2, 5, L"ABCD", L"MovePage-there is no page 5"},
+               {L"ABCD", Move, 0, 1, L"ABCD", L"MovePage-there is no page 0"}};
+  std::vector<std::wstring> expectedLog;
+  for (const auto& c : cases) {
     Document document;
     document.CreateDocument(L"D1");
-    for (const wchar_t page : pages) document.AddPage(std::wstring(1, page));
-    return document;
-  }
-  std::wstring pagesOf(const Document& document) {
-    std::wstring pages;
-    for (std::int16_t i = 1; i <= document.PageCount(); ++i) pages += document.GetPage(i);
-    return pages;
-  }
-  // Reads the log and empties it.
-  std::vector<std::wstring> newLogLines() {
-    std::vector<std::wstring> lines = station.logEntries();
-    std::filesystem::remove_all(station.native("Log"));
-    return lines;
-  }
-
-  TempStation station;
-};
-
-TEST_F(PageList, EditsByPosition) {
-  using Edit = std::function<bool(Document&)>;
-  const auto add = [](std::int16_t to) {
-    return Edit([to](Document& d) { return d.AddPage(L"X", to); });
-  };
-  const auto remove = [](std::int16_t at) {
-    return Edit([at](Document& d) { return d.RemovePage(at); });
-  };
-  const auto move = [](std::int16_t from, std::int16_t to) {
-    return Edit([=](Document& d) { return d.MovePage(from, to); });
-  };
-  const struct {
-    std::wstring before;
-    Edit edit;
-    std::wstring after;
-    std::wstring logged;  // empty: the edit succeeds
-  } cases[] = {
-      {L"AB", add(-1), L"ABX", L""},
-      {L"AB", add(-32768), L"ABX", L""},
-      {L"", add(-1), L"X", L""},
-      {L"AB", add(1), L"XAB", L""},
-      {L"AB", add(2), L"AXB", L""},
-      {L"AB", add(3), L"AB", L"AddPage-there is no page 3"},
-      {L"AB", add(0), L"AB", L"AddPage-there is no page 0"},
-      {L"", add(1), L"", L"AddPage-there is no page 1"},
-      {L"AB", remove(1), L"B", L""},
-      {L"AB", remove(0), L"AB", L"RemovePage-there is no page 0"},
-      {L"AB", remove(3), L"AB", L"RemovePage-there is no page 3"},
-      {L"AB", remove(-1), L"AB", L"RemovePage-there is no page -1"},
-      {L"ABCD", move(3, 1), L"CABD", L""},
-      {L"ABCD", move(4, 1), L"DABC", L""},
-      {L"ABCD", move(1, 3), L"BACD", L""},
-      {L"ABCD", move(1, 4), L"BCAD", L""},
-      {L"ABCD", move(1, 2), L"BACD", L""},
-      {L"ABCD", move(3, 4), L"ABDC", L""},
-      {L"ABCD", move(2, 2), L"ABCD", L""},
-      {L"ABCD", move(2, 5), L"ABCD", L"MovePage-there is no page 5"},
-      {L"ABCD", move(0, 1), L"ABCD", L"MovePage-there is no page 0"},
-  };
-  for (const auto& c : cases) {
-    Document document = documentOf(c.before);
-    EXPECT_EQ(c.edit(document), c.logged.empty());
+    for (const wchar_t page : c.before) document.AddPage(std::wstring(1, page));
+    const bool result = c.edit == Add      ? document.AddPage(L"X", c.position)
+                        : c.edit == Remove ? document.RemovePage(c.position)
+                                           : document.MovePage(c.position, c.target);
+    EXPECT_EQ(result, c.failure.empty());
     EXPECT_EQ(pagesOf(document), c.after);
-    std::vector<std::wstring> expected;
-    if (!c.logged.empty()) expected.push_back(L"Orvane成果导出 - Document:" + c.logged);
-    EXPECT_EQ(newLogLines(), expected);
+    if (!c.failure.empty()) expectedLog.push_back(kLogged + c.failure);
   }
+  EXPECT_EQ(station.logEntries(), expectedLog);
 }
 
-TEST_F(PageList, RemovesEveryPageOfExactlyOneName) {
-  const struct {
-    std::wstring before, name, after;
-  } cases[] = {{L"ABA", L"A", L"B"},
-               {L"AAA", L"A", L""},
-               {L"AaB", L"a", L"AB"},
-               {L"AB", L"A ", L"AB"},
-               {L"", L"A", L""}};
-  for (const auto& c : cases) {
-    Document document = documentOf(c.before);
-    EXPECT_EQ(document.RemovePageForName(c.name), L"True");
-    EXPECT_EQ(pagesOf(document), c.after);
-  }
-}
-
-TEST_F(PageList, WithoutAListEveryEditFails) {
+TEST(PageListEditing, ByExactName) {
   Document document;
-  EXPECT_FALSE(document.AddPage(L"A"));
-  EXPECT_FALSE(document.RemovePage(1));
-  EXPECT_FALSE(document.MovePage(1, 1));
+  document.CreateDocument(L"D1");
+  for (const wchar_t* page : {L"A", L"A", L"a", L"A ", L"A"}) document.AddPage(page);
+  EXPECT_EQ(document.RemovePageForName(L"A") + document.RemovePageForName(L"B"), L"TrueTrue");
+  EXPECT_EQ(pagesOf(document), L"aA ");
+}
+
+TEST(PageListEditing, FailsWithoutAList) {
+  const TempStation station;
+  Document document;
+  EXPECT_FALSE(document.AddPage(L"A") || document.RemovePage(1) || document.MovePage(1, 1));
   EXPECT_EQ(document.RemovePageForName(L"A"), L"False");
   std::vector<std::wstring> expected;
   for (const wchar_t* operation : {L"AddPage", L"RemovePage", L"MovePage", L"RemovePageForName"}) {
-    expected.push_back(std::wstring(L"Orvane成果导出 - Document:") + operation +
-                       L"-the document has no page list");
+    expected.push_back(std::wstring(kLogged) + operation + L"-the document has no page list");
   }
-  EXPECT_EQ(newLogLines(), expected);
+  EXPECT_EQ(station.logEntries(), expected);
 }
 
 }  // namespace

@@ -25,9 +25,10 @@ class FileOperations : public testing::Test {
  protected:
   FileOperations() { outputOf("chmod 777 " + quoted(station.native())); }
   std::wstring at(const std::wstring& relative) const { return station.path(relative); }
-  Box boxOfTwoPaths(const std::wstring& reason, const std::wstring& source,
-                    const std::wstring& target) const {
-    return {reason + L"\r" + source + L"\r" + target, L"DialogFileCopy", BoxIcon::None};
+  // The box of a copy, from paths below the station.
+  Box copyBox(const std::wstring& reason, const std::wstring& source,
+              const std::wstring& target) const {
+    return {at(reason) + L"\r" + at(source) + L"\r" + at(target), L"DialogFileCopy", BoxIcon::None};
   }
 
   TempStation station;
@@ -42,25 +43,13 @@ TEST_F(FileOperations, ExistenceTests) {
   fs::create_symlink("circle", station.native("circle"));
   outputOf("mkfifo " + quoted(station.native("pipe")));
 
-  const struct {
-    std::wstring path;
-    bool folder, file;
-  } cases[] = {
-      {at(L"file"), false, true},
-      {at(L"folder"), true, false},
-      {at(L"folder\\"), true, false},
-      {at(L"to-folder"), true, false},
-      {at(L"broken"), false, false},
-      {at(L"circle"), false, false},
-      {at(L"pipe"), false, false},
-      {at(L"file\\below"), false, false},
-      {at(L"missing"), false, false},
-      {L"", false, false},
-      {at(std::wstring(300, L'n')), false, false},
-  };
-  for (const auto& c : cases) {
-    EXPECT_EQ(FolderExist(c.path), c.folder) << testing::PrintToString(c.path);
-    EXPECT_EQ(FileExist(c.path), c.file) << testing::PrintToString(c.path);
+  for (const wchar_t* folder : {L"folder", L"folder\\", L"to-folder"}) {
+    EXPECT_TRUE(FolderExist(at(folder)) && !FileExist(at(folder)));
+  }
+  EXPECT_TRUE(FileExist(at(L"file")) && !FolderExist(at(L"file")));
+  for (const std::wstring& path : {at(L"broken"), at(L"circle"), at(L"pipe"), at(L"file\\below"),
+                                   at(L"missing"), at(std::wstring(300, L'n')), std::wstring()}) {
+    EXPECT_FALSE(FolderExist(path) || FileExist(path)) << testing::PrintToString(path);
   }
   EXPECT_TRUE(window.boxes.empty());
 }
@@ -129,10 +118,7 @@ TEST_F(FileOperations, CopyMakesFoldersAndReplacesTheTarget) {
   chmod(station.native("old.tif").c_str(), 0400);
   for (const wchar_t* target : {L"a\\\\b\\new.tif", L"old.tif"}) {
     EXPECT_TRUE(DialogFileCopy(at(L"source.tif"), at(target)));
-    EXPECT_EQ(runCommand("cmp " + quoted(station.native("source.tif")) + " " +
-                         quoted(nativePath(at(target))))
-                  .exitCode,
-              0);
+    outputOf("cmp " + quoted(station.native("source.tif")) + " " + quoted(nativePath(at(target))));
   }
   EXPECT_EQ(window.yields, 2);
   EXPECT_TRUE(window.boxes.empty());
@@ -140,7 +126,6 @@ TEST_F(FileOperations, CopyMakesFoldersAndReplacesTheTarget) {
 
 TEST_F(FileOperations, ACopyThatFailsLeavesWhatWasDone) {
   writeBytes(station.native("old.tif"), "old");
-  const std::wstring reason = at(L"missing") + L": No such file or directory";
   EXPECT_FALSE(DialogFileCopy(at(L"missing"), at(L"old.tif")));
   EXPECT_FALSE(fs::exists(station.native("old.tif")));
   EXPECT_FALSE(RenameFile(at(L"missing"), at(L"new\\x.tif")));
@@ -151,15 +136,14 @@ TEST_F(FileOperations, ACopyThatFailsLeavesWhatWasDone) {
   EXPECT_FALSE(DialogFileCopy(at(L"source"), at(L"plain")));
   EXPECT_TRUE(fs::is_directory(station.native("plain")));
   // The only original is never the target that a copy removes first.
-  EXPECT_FALSE(FileMove(at(L"source"), at(L"plain\\..\\source")));
+  EXPECT_FALSE(FileMove(at(L"source"), at(L"new\\..\\source")));
   EXPECT_EQ(readBytes(station.native("source")), "x");
 
-  EXPECT_THAT(window.boxes, ElementsAre(boxOfTwoPaths(reason, at(L"missing"), at(L"old.tif")),
-                                        boxOfTwoPaths(reason, at(L"missing"), at(L"new\\x.tif")),
-                                        boxOfTwoPaths(at(L"plain") + L": Is a directory",
-                                                      at(L"source"), at(L"plain")),
-                                        boxOfTwoPaths(at(L"plain\\..\\source") + L": File exists",
-                                                      at(L"source"), at(L"plain\\..\\source"))));
+  EXPECT_THAT(window.boxes,
+              ElementsAre(copyBox(L"missing: No such file or directory", L"missing", L"old.tif"),
+                          copyBox(L"missing: No such file or directory", L"missing", L"new\\x.tif"),
+                          copyBox(L"plain: Is a directory", L"source", L"plain"),
+                          copyBox(L"new\\..\\source: File exists", L"source", L"new\\..\\source")));
   EXPECT_EQ(window.yields, 0);
 }
 
@@ -172,8 +156,8 @@ TEST_F(FileOperations, AFullDiskLeavesNoHalfCopy) {
   setrlimit(RLIMIT_FSIZE, &small);
   EXPECT_FALSE(DialogFileCopy(at(L"source.tif"), at(L"target.tif")));
   setrlimit(RLIMIT_FSIZE, &old);
-  EXPECT_THAT(window.boxes, ElementsAre(boxOfTwoPaths(at(L"target.tif") + L": File too large",
-                                                      at(L"source.tif"), at(L"target.tif"))));
+  EXPECT_THAT(window.boxes,
+              ElementsAre(copyBox(L"target.tif: File too large", L"source.tif", L"target.tif")));
   EXPECT_FALSE(fs::exists(station.native("target.tif")));
 }
 
@@ -213,9 +197,7 @@ TEST_F(FileOperations, OnlyRegularFilesOfSensibleSizeAreRead) {
   for (const wchar_t* name : {L"pipe", L"large", L"", L"missing"}) {
     EXPECT_THROW(fileSystem().ReadFile(at(name)), Failure);
   }
-  for (const wchar_t* name : {L"pipe", L"", L"missing"}) {
-    EXPECT_THROW(fileSystem().CopyFile(at(name), at(L"target")), Failure);
-  }
+  EXPECT_THROW(fileSystem().CopyFile(at(L"pipe"), at(L"target")), Failure);
 }
 
 }  // namespace

@@ -16,14 +16,12 @@ TEST(FolderPaths, MakeFolderPathCreatesWhatIsMissing) {
   const struct {
     std::wstring path;  // below the station, which is absolute
     std::string created;
-  } cases[] = {
-      {L"out\\a\\page.tif", "out out/a"},
-      {L"out\\a\\b", "out out/a out/a/b"},
-      {L"out\\v1.2", "out"},           // a dot in the last element: a file name
-      {L"v1.2\\b", "v1.2 v1.2/b"},     // in a middle one it is not
-      {L"out\\\\\\a\\", "out out/a"},  // doubled separators and one at the end
-      {L"out\\.\\a", "out out/a"},
-  };
+  } cases[] = {{L"out\\a\\page.tif", "out out/a"},
+               {L"out\\a\\b", "out out/a out/a/b"},
+               {L"out\\v1.2", "out"},           // a dot in the last element: a file name
+               {L"v1.2\\b", "v1.2 v1.2/b"},     // in a middle one it is not
+               {L"out\\\\\\a\\", "out out/a"},  // doubled separators and one at the end
+               {L"out\\.\\a", "out out/a"}};
   for (const auto& c : cases) {
     const TempStation station;
     EXPECT_TRUE(MakeFolderPath(station.path(c.path)));

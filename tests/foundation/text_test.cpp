@@ -35,19 +35,12 @@ TEST(AnsiText, AgreesWithIconvOnEveryPair) {
 
 TEST(AnsiText, KeepsReadingBehindWhatIsNoCharacter) {
   const std::pair<std::string, std::wstring> cases[] = {
-      {"\xFF"
-       "A",
-       L"\uFFFDA"},  // no lead byte
-      {"\x81"
-       "$B",
-       L"\uFFFD$B"},  // the terminator behind a torn pair stays one
-      {"\xAA\xA1"
-       "A",
-       L"\uFFFDA"},              // the form of a pair, but no character: one mark
-      {"A\xC9", L"A\uFFFD"},     // cut off in the middle
-      {"\xC9\xA8\x80", L"扫€"},  // the one single byte above 0x7F
-      {std::string("a\0b", 3), std::wstring(L"a\0b", 3)},
-  };
+      {"\377A", L"\uFFFDA"},      // no lead byte
+      {"\201$B", L"\uFFFD$B"},    // the terminator behind a torn pair stays one
+      {"\xAA\241A", L"\uFFFDA"},  // the form of a pair, but no character: one mark
+      {"A\xC9", L"A\uFFFD"},      // cut off in the middle
+      {"\xC9\xA8\x80", L"扫€"},   // the one single byte above 0x7F
+      {std::string("a\0b", 3), std::wstring(L"a\0b", 3)}};
   for (const auto& [bytes, text] : cases) EXPECT_EQ(fromAnsi(bytes), text);
 
   EXPECT_EQ(toAnsi(L"a\u301C扫\U0001F600\xDC80z"), "a?\xC9\xA8??z");
@@ -58,12 +51,10 @@ TEST(Utf8Text, RefusesEveryMalformedForm) {
   const std::pair<std::string, std::wstring> cases[] = {
       {"\xE6\x89\xAB\xF0\x9F\x98\x80z", L"扫\U0001F600z"},
       {"\xC0\xAF", L"\uFFFD\uFFFD"},                      // overlong
-      {"\xE0\x80\x80", L"\uFFFD\uFFFD\uFFFD"},            // overlong
       {"\xED\xA0\x80", L"\uFFFD\uFFFD\uFFFD"},            // a surrogate
       {"\xF4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD"},  // above U+10FFFF
       {"\xE6\x89", L"\uFFFD\uFFFD"},                      // cut off
-      {"a\x80z", L"a\uFFFDz"},
-  };
+      {"a\x80z", L"a\uFFFDz"}};
   for (const auto& [bytes, text] : cases) EXPECT_EQ(fromUtf8(bytes), text);
   EXPECT_EQ(toUtf8(L"\u00E9扫\U0001F600\xD800"),
             "\xC3\xA9\xE6\x89\xAB\xF0\x9F\x98\x80\xEF\xBF\xBD");
@@ -94,32 +85,24 @@ TEST(PathText, TouchesNothingButTheSeparator) {
 
 TEST(Numbers, ReadsAsFarAsTheNumberGoes) {
   const std::pair<std::wstring, double> cases[] = {
-      {L"  12abc", 12}, {L"-3.5e2x", -350}, {L"+7", 7},  {L".5", 0.5},
-      {L"1e", 1},       {L"1.2.3", 1.2},    {L"", 0},    {L"abc", 0},
-      {L"-", 0},        {L"+-1", 0},        {L"inf", 0}, {L"nan", 0},
-      {L"１", 0},       {L"0x10", 0},       {L"5-3", 5}, {L"1e-999", 0},
-  };
+      {L"  12abc", 12}, {L"-3.5e2x", -350}, {L"+.5", 0.5}, {L"1e", 1},
+      {L"1.2.3", 1.2},  {L"", 0},           {L"+-1", 0},   {L"inf", 0},
+      {L"１", 0},       {L"0x10", 0},       {L"5-3", 5},   {L"1e-999", 0}};
   for (const auto& [text, value] : cases) EXPECT_EQ(numericPrefix(text), value) << toUtf8(text);
   EXPECT_GT(numericPrefix(L"1e999"), 1e300);
 }
 
-TEST(Numbers, NarrowsWithAHalfGoingToTheEvenSide) {
+TEST(Numbers, ReadsWholeTextsStrictly) {
   const std::pair<std::wstring, int> cases[] = {
-      {L"0.5", 0},          {L"1.5", 2}, {L"2.5", 2}, {L"-1.5", -2}, {L" 32767.49 ", 32767},
-      {L"-32768.5", -32768}};
+      {L"0.5", 0}, {L"1.5", 2}, {L"-2.5", -2}, {L" 32767.49 ", 32767}};
   for (const auto& [text, value] : cases) EXPECT_EQ(toInt16(text), value) << toUtf8(text);
   for (const wchar_t* text : {L"32767.5", L"-32769", L"1e999", L"", L"12a", L"1 2", L"True"}) {
     EXPECT_THROW(toInt16(std::wstring_view(text)), Failure) << toUtf8(text);
   }
-}
-
-TEST(Numbers, ReadsTruthValues) {
-  for (const wchar_t* text : {L"True", L"TRUE", L" true ", L"1", L"-1", L"0.5"}) {
-    EXPECT_TRUE(toBoolean(text));
-  }
-  for (const wchar_t* text : {L"False", L"fAlse", L"0", L"0.0"}) EXPECT_FALSE(toBoolean(text));
-  for (const wchar_t* text : {L"", L"yes", L"truely", L"1x"})
-    EXPECT_THROW(toBoolean(text), Failure);
+  for (const wchar_t* text : {L"TRUE", L" true ", L"-1", L"0.5"}) EXPECT_TRUE(toBoolean(text));
+  for (const wchar_t* text : {L"False", L"fAlse", L"0.0"}) EXPECT_FALSE(toBoolean(text));
+  EXPECT_THROW(toBoolean(L""), Failure);
+  EXPECT_THROW(toBoolean(L"truely"), Failure);
 }
 
 }  // namespace

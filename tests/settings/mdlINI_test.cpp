@@ -27,7 +27,6 @@ class Ini : public testing::Test {
   void write(std::wstring section, std::wstring key, std::wstring value) {
     mdlINI::WriteIniValue(mdlINI::IniFilePath, section, key, value);
   }
-  void setContent(const std::string& bytes) { writeBytes(file, bytes); }
   std::string content() const { return readBytes(file); }
 
   TempStation station;
@@ -35,19 +34,18 @@ class Ini : public testing::Test {
 };
 
 TEST_F(Ini, ReadsWhatStandsBehindTheEqualsSign) {
-  setContent(
+  writeBytes(
+      file,
       "stray=outside\r\n[Commit]\r\n; a=comment\r\na = plain text \r\nno equals\r\nb=\"  quoted "
       "\"\r\n"
       "c='single'\r\nd=\"open\r\ne==x=y;z\r\nA=second\r\n\xBC\xFC=\xD6\xB5\n"
       "[ other ]\nlf=1\n[\x81]x]\nclosing=trail byte\n[Commit]\na2=second section\r\nlast=no end");
   const struct {
     const wchar_t *section, *key, *value;
-  } cases[] = {
-      {L"Commit", L"a", L"plain text"}, {L"COMMIT", L"A", L"plain text"},
-      {L"Commit", L"b", L"  quoted "},  {L"Commit", L"c", L"single"},
-      {L"Commit", L"d", L"\"open"},     {L"Commit", L"e", L"=x=y;z"},
-      {L"Commit", L"键", L"值"},        {L"Other", L"LF", L"1"},
-  };
+  } cases[] = {{L"Commit", L"a", L"plain text"}, {L"COMMIT", L"A", L"plain text"},
+               {L"Commit", L"b", L"  quoted "},  {L"Commit", L"c", L"single"},
+               {L"Commit", L"d", L"\"open"},     {L"Commit", L"e", L"=x=y;z"},
+               {L"Commit", L"键", L"值"},        {L"Other", L"LF", L"1"}};
   const std::string before = content();
   for (const auto& c : cases) EXPECT_EQ(read(c.section, c.key), c.value);
   EXPECT_EQ(read(fromAnsi("\x81]x"), L"closing"), L"trail byte");
@@ -58,9 +56,7 @@ TEST_F(Ini, ReadsWhatStandsBehindTheEqualsSign) {
 }
 
 TEST_F(Ini, ChangesOneLineAndLeavesEveryOtherByteAlone) {
-  const std::wstring aPair = fromAnsi(
-      "\x81"
-      "a");
+  const std::wstring aPair = fromAnsi("\201a");
   const struct {
     std::string before;
     const wchar_t *section, *key, *value;
@@ -72,21 +68,14 @@ TEST_F(Ini, ChangesOneLineAndLeavesEveryOtherByteAlone) {
       {"[s]\r\n  K =  1  \n; c \r\n", L"S", L"k", L"新", "[s]\r\n  K =\xD0\xC2\n; c \r\n"},
       {"[S]\r\na=1\r\n\r\n\r\n[T]\r\n", L"S", L"k", L"v", "[S]\r\na=1\r\nk=v\r\n\r\n\r\n[T]\r\n"},
       {"[S]\n; only a comment", L"S", L"k", L"v", "[S]\n; only a comment\nk=v\n"},
-      {"[S]", L"S", L"k", L"v", "[S]\r\nk=v\r\n"},
       {"[S]\na=1", L"T", L"k", L"v", "[S]\na=1\n[T]\nk=v\n"},
       {"junk \xFF\x01\n[S\nk=0\n[S]\nk=1\nk=2\n[S]\nk=3\n", L"S", L"k", L"9",
        "junk \xFF\x01\n[S\nk=0\n[S]\nk=9\nk=2\n[S]\nk=3\n"},
       // Two characters whose second bytes are an "A" and an "a" are two keys.
-      {"[S]\r\n\x81"
-       "A=1\r\n\x81"
-       "a=2\r\n",
-       L"S", aPair.c_str(), L"9",
-       "[S]\r\n\x81"
-       "A=1\r\n\x81"
-       "a=9\r\n"},
-  };
+      {"[S]\r\n\201A=1\r\n\201a=2\r\n", L"S", aPair.c_str(), L"9",
+       "[S]\r\n\201A=1\r\n\201a=9\r\n"}};
   for (const auto& c : cases) {
-    setContent(c.before);
+    writeBytes(file, c.before);
     write(c.section, c.key, c.value);
     EXPECT_EQ(content(), c.after);
     EXPECT_EQ(read(c.section, c.key), c.value);
@@ -99,7 +88,7 @@ TEST_F(Ini, AMissingOrEmptyKeyIsFilledWithItsDefault) {
   EXPECT_EQ(read(L"Setting", L"SavePath"), L"");
   EXPECT_EQ(read(L"Commit", L"LiuShuiHao", L"3"), L"3");
   EXPECT_EQ(content(), "[Setting]\r\nSavePath=\r\n[Commit]\r\nLiuShuiHao=3\r\n");
-  setContent("[Commit]\r\nReNameSp1=   \r\nReNameSp2=\"\"\r\n");
+  writeBytes(file, "[Commit]\r\nReNameSp1=   \r\nReNameSp2=\"\"\r\n");
   EXPECT_EQ(read(L"Commit", L"ReNameSp1", L"-") + read(L"Commit", L"ReNameSp2", L"_"), L"-_");
   EXPECT_EQ(content(), "[Commit]\r\nReNameSp1=-\r\nReNameSp2=_\r\n");
 }
@@ -112,7 +101,7 @@ TEST_F(Ini, AValueIsCutAt1023Bytes) {
   EXPECT_EQ(read(L"S", L"k"), longest);
   write(L"S", L"k", std::wstring(600, L'甲'));  // the cut falls into a character
   EXPECT_EQ(read(L"S", L"k"), std::wstring(511, L'甲'));
-  setContent(std::string("[S]\nk=ab\0cd\n", 12));
+  writeBytes(file, std::string("[S]\nk=ab\0cd\n", 12));
   EXPECT_EQ(read(L"S", L"k"), L"ab");
 }
 
@@ -143,7 +132,7 @@ TEST_F(Ini, TheFileIsReplacedWithItsPermissionsAndBehindItsLink) {
 
 TEST_F(Ini, WhatCannotBeWrittenStaysAsItWas) {
   EXPECT_EQ(chmod(station.native().c_str(), 0777), 0);
-  setContent("[S]\nk=1\n");
+  writeBytes(file, "[S]\nk=1\n");
   EXPECT_EQ(chmod(file.c_str(), 0444), 0);
   {
     const AsOrdinaryUser user;
@@ -152,14 +141,12 @@ TEST_F(Ini, WhatCannotBeWrittenStaysAsItWas) {
   }
   EXPECT_EQ(content(), "[S]\nk=1\n");
 
-  mdlINI::IniFilePath = station.path(L"no-folder\\data.ini");
-  EXPECT_EQ(read(L"S", L"k", L"d"), L"d");
-  mdlINI::IniFilePath = station.path();  // a folder
-  EXPECT_EQ(read(L"S", L"k", L"d"), L"d");
-  // A file too large to be one of ours is neither read nor replaced.
+  // Nor is a folder or a file too large to be one of ours replaced, nor a folder made.
   outputOf("truncate -s 65M " + quoted(station.native("large.ini")));
-  mdlINI::IniFilePath = station.path(L"large.ini");
-  EXPECT_EQ(read(L"S", L"k", L"d"), L"d");
+  for (const wchar_t* path : {L"", L"large.ini", L"no-folder\\data.ini"}) {
+    mdlINI::IniFilePath = station.path(path);
+    EXPECT_EQ(read(L"S", L"k", L"d"), L"d");
+  }
   EXPECT_EQ(fs::file_size(station.native("large.ini")), 65U << 20);
   EXPECT_EQ(outputOf("ls -A " + quoted(station.native())), "data.ini\nlarge.ini\n");
 }
