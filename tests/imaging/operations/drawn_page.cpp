@@ -9,8 +9,8 @@
 namespace orvane::test {
 namespace {
 
-constexpr int kWidth = 827;
-constexpr int kHeight = 1169;
+constexpr int kWidth = 620;
+constexpr int kHeight = 877;
 
 // The straight page, 1 for ink.
 struct Sheet {
@@ -37,14 +37,13 @@ Sheet drawn(Drawing drawing) {
   Sheet sheet;
   Random random(11);
   const bool photo = drawing == Drawing::PhotoAndText || drawing == Drawing::Photo;
-  if (photo) sheet.box(150, 150, 400, 300);
-  if (drawing == Drawing::Text) sheet.text(110, 110, 717, 1050);
-  if (drawing == Drawing::VerticalText) sheet.text(110, 110, 1050, 717, true);
-  if (drawing == Drawing::PhotoAndText) sheet.text(110, 600, 717, 1050);
+  if (photo) sheet.box(110, 110, 300, 220);
+  if (drawing == Drawing::Text) sheet.text(80, 85, 540, 790);
+  if (drawing == Drawing::VerticalText) sheet.text(85, 80, 790, 540, true);
+  if (drawing == Drawing::PhotoAndText) sheet.text(80, 400, 540, 790);
   for (int i = 0; drawing == Drawing::Dust && i < 60; ++i) {
     const int size = 1 + static_cast<int>(random.below(6));
-    sheet.box(static_cast<int>(random.below(800)), static_cast<int>(random.below(1100)), size,
-              size);
+    sheet.box(static_cast<int>(random.below(600)), static_cast<int>(random.below(850)), size, size);
   }
   for (const Mark& mark : kMarks) {
     sheet.box(static_cast<int>(mark.x) - 3, static_cast<int>(mark.y) - 3, 7, 7);
@@ -62,7 +61,7 @@ Raster drawnPage(Drawing drawing, double skew, bool darkBed) {
   Raster page = emptyRaster(form, kWidth, kHeight);
   const double cosine = std::cos(skew * std::numbers::pi / 180.0);
   const double sine = std::sin(skew * std::numbers::pi / 180.0);
-  const int bed = darkBed ? 45 : -kHeight;
+  const int bed = darkBed ? 30 : -kHeight;
   Random noise(3);
 
   const auto inkAt = [&](double dx, double dy) {

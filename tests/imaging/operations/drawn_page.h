@@ -7,7 +7,7 @@
 
 namespace orvane::test {
 
-/// What a drawn page of A4 at 100 dots per inch shows, besides four marks.
+/// What a drawn page of A4 at 75 dots per inch shows, besides four marks.
 enum class Drawing { Text, VerticalText, PhotoAndText, Photo, Dust };
 
 inline constexpr std::uint8_t kPaper = 225;
@@ -31,7 +31,7 @@ struct Mark {
 
 /// The marks of every drawn page as they lie on a straight one: left, right, top, bottom.
 inline constexpr std::array<Mark, 4> kMarks{
-    {{75.5, 584.5}, {751.5, 584.5}, {413.5, 70.5}, {413.5, 1098.5}}};
+    {{55.5, 438.5}, {564.5, 438.5}, {310.5, 55.5}, {310.5, 821.5}}};
 
 /// The centre of gravity of the dark pixels within 14 pixels of `place`.
 Mark markNear(const Raster& page, Mark place);

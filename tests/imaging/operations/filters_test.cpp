@@ -38,7 +38,7 @@ void expectAsMadeBy(const std::string& options, const Raster& page, const Raster
 
 // A piece of a drawn page, as gray and as colour of a third of the width.
 std::vector<Raster> samplePages() {
-  const Raster gray = crop(drawnPage(Drawing::Text, 2.0), 100, 100, 123, 71);
+  const Raster gray = crop(drawnPage(Drawing::Text, 2.0), 75, 75, 123, 71);
   Raster colour = gray;
   colour.width = gray.width / 3;
   colour.samplesPerPixel = 3;
@@ -47,12 +47,12 @@ std::vector<Raster> samplePages() {
 }
 
 TEST(Finish, TakesAwayInkWithoutNeighboursFromBilevelPages) {
-  Raster page =
-      pageOf({0b1000000010000001, 0b0000000000100001, 0b0001000000000000, 0b0000000100001110,
-              0b0000001000001010, 0b1000000000001110, 0b0011100100000000, 0b0000000000100001});
-  const Raster clean =
-      pageOf({0b0000000000000001, 0b0000000000000001, 0b0000000000000000, 0b0000000100001110,
-              0b0000001000001010, 0b0000000000001110, 0b0011100000000000, 0b0000000000000000});
+  Raster page = pageOf({0b1000000010000001, 0b0000000000100001, 0b0001000000000000,
+                        0b0000000100001110, 0b0000001000001010, 0b1000000000001110,
+                        0b0011100100000000, 0b0000000000100001, 0, 0b0000000110000000});
+  const Raster clean = pageOf({0b0000000000000001, 0b0000000000000001, 0b0000000000000000,
+                               0b0000000100001110, 0b0000001000001010, 0b0000000000001110,
+                               0b0011100000000000, 0b0000000000000000, 0, 0b0000000110000000});
   EXPECT_EQ(finish(page, 0.3f, 1).pixels, clean.pixels);
 
   page.model = ColourModel::MinIsBlack;
