@@ -77,7 +77,7 @@ struct ReadSection {
 std::optional<ReadSection> findSection(std::string_view text) {
   const std::size_t trailerAt = text.find("trailer\n");
   if (trailerAt == std::string_view::npos) return std::nullopt;
-  const std::string_view trailer = text.substr(trailerAt);
+  const std::string_view trailer = text.substr(trailerAt, text.find(">>\n", trailerAt) - trailerAt);
   const std::optional<std::uint64_t> size = numberBehind(trailer, "/Size ");
   if (!size || *size <= kPdfFirstPageObject) return std::nullopt;
 
