@@ -24,17 +24,16 @@ std::uint64_t sizeOf(const FileDescriptor& descriptor, const std::wstring& path)
 ImageFile::ImageFile(const std::wstring& path)
     : descriptor_(FileDescriptor::openRegularFile(path)), size_(sizeOf(descriptor_, path)) {
   if (size_ > kWholeFileLimit) return;
-  content_.resize(size_);
-  content_.resize(readFromDisk(0, content_.data(), content_.size()));
-  size_ = content_.size();
+  content_ = std::make_unique_for_overwrite<std::uint8_t[]>(size_);
+  size_ = readFromDisk(0, content_.get(), size_);
 }
 
 std::size_t ImageFile::readAt(std::uint64_t offset, std::uint8_t* to,
                               std::size_t size) const noexcept {
-  if (content_.empty()) return readFromDisk(offset, to, size);
+  if (!content_) return readFromDisk(offset, to, size);
   if (offset >= size_) return 0;
   const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, size_ - offset));
-  std::copy_n(content_.data() + offset, count, to);
+  std::copy_n(content_.get() + offset, count, to);
   return count;
 }
 

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
 
 #include "foundation/FileDescriptor.h"
@@ -21,7 +21,7 @@ class ImageFile {
   std::uint64_t size() const { return size_; }
 
   /// All bytes of a small file; empty for a larger one.
-  ByteView wholeContent() const { return content_; }
+  ByteView wholeContent() const { return {content_.get(), content_ ? size_ : 0}; }
 
   /// Copies up to `size` bytes from `offset` on; answers how many there were. A read that fails
   /// counts as the end of the file.
@@ -32,7 +32,7 @@ class ImageFile {
 
   FileDescriptor descriptor_;
   std::uint64_t size_ = 0;
-  Bytes content_;
+  std::unique_ptr<std::uint8_t[]> content_;
 };
 
 }  // namespace orvane

@@ -45,6 +45,8 @@ bool decodeThroughRgba(TiffHandle& tiff, const TiffLayout& layout, Raster& raste
     for (std::uint32_t x = 0; x < layout.width; x += layout.blockWidth) {
       std::fill(pixels.begin(), pixels.end(), 0xFFFFFFFFU);
       if (!readBlock(tiff.get(), layout, x, y, pixels)) whole = false;
+      // Old-style JPEG is one stream: behind an error nothing comes any more.
+      if (!whole && layout.compression == COMPRESSION_OJPEG) return false;
       place(pixels, layout, x, y, raster);
     }
   }

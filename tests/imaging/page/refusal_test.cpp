@@ -12,6 +12,8 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
+const std::string kPixels(64, 'x');
+
 // The text of the failure, or "" when there is none.
 template <typename Work>
 std::string failureOf(Work work) {
@@ -25,25 +27,6 @@ std::string failureOf(Work work) {
 
 std::string openFailure(const std::wstring& path, std::int32_t page = 1) {
   return failureOf([&] { (void)TiffPage(path, page); });
-}
-
-std::vector<RawEntry> tinyPage() {
-  std::vector<RawEntry> entries = {{256, 4, 1, 8}, {257, 4, 1, 8}, {258, 3, 1, 8},
-                                   {259, 3, 1, 1}, {262, 3, 1, 1}, {273, 4, 1, 0},
-                                   {277, 3, 1, 1}, {278, 4, 1, 8}, {279, 4, 1, 64}};
-  entries[5].value = rawDataOffset(entries);
-  return entries;
-}
-
-std::vector<RawEntry> changed(std::vector<RawEntry> entries, const std::vector<RawEntry>& changes) {
-  for (const RawEntry& change : changes) {
-    for (RawEntry& entry : entries) {
-      if (entry.tag == change.tag) entry = change;
-    }
-    if (change.tag > 279) entries.push_back(change);
-  }
-  entries[5].value = rawDataOffset(entries);
-  return entries;
 }
 
 TEST(Refusal, WhatIsNoTiffFileIsRefusedWithPathAndReason) {
@@ -63,18 +46,20 @@ TEST(Refusal, WhatIsNoTiffFileIsRefusedWithPathAndReason) {
                                                         {L"outside", "list of pages is damaged"}};
   for (const auto& [name, reason] : cases) {
     const std::wstring path = station.path(name);
-    const std::string begin = Failure(path).what();
-    EXPECT_THAT(openFailure(path), AllOf(StartsWith(begin + ": "), HasSubstr(reason)));
-    EXPECT_THAT(failureOf([&] { tiffPageCount(path); }),
-                AllOf(StartsWith(begin + ": "), HasSubstr(reason)));
+    const auto tells =
+        AllOf(StartsWith(Failure(path).what() + std::string(": ")), HasSubstr(reason));
+    EXPECT_THAT(openFailure(path), tells);
+    EXPECT_THAT(failureOf([&] { tiffPageCount(path); }), tells);
   }
 }
 
 TEST(Refusal, APageThatCannotBeDecodedIsRefusedAtOnce) {
   const TempStation station;
-  const std::string pixels(64, 'x');
-  writeBytes(station.native("page.tif"), rawTiff(tinyPage(), 0, pixels));
-  EXPECT_EQ(openFailure(station.path(L"page.tif")), "");
+  const auto failureWith = [&](const std::vector<RawEntry>& changes) {
+    writeBytes(station.native("page.tif"), rawGrayPage(8, 8, kPixels, changes));
+    return openFailure(station.path(L"page.tif"));
+  };
+  EXPECT_EQ(failureWith({}), "");
   const std::pair<std::vector<RawEntry>, std::string> cases[] = {
       {{{256, 4, 1, 400'000'000}, {259, 3, 1, 4}, {258, 3, 1, 1}}, "400000000 x 8 pixels"},
       {{{257, 4, 1, 0}}, "zero number of strips"},
@@ -92,39 +77,32 @@ TEST(Refusal, APageThatCannotBeDecodedIsRefusedAtOnce) {
       {{{262, 3, 1, 3}, {258, 3, 1, 4}}, "olor"},
       {{{278, 4, 1, 2}}, "it names 1 of 4"},
   };
-  for (const auto& [changes, reason] : cases) {
-    std::vector<RawEntry> entries = tinyPage();
-    if (changes.back().tag == 274) entries.insert(entries.begin() + 6, RawEntry{274, 3, 1, 6});
-    writeBytes(station.native("page.tif"), rawTiff(changed(entries, changes), 0, pixels));
-    EXPECT_THAT(openFailure(station.path(L"page.tif")), HasSubstr(reason));
-  }
+  for (const auto& [changes, reason] : cases) EXPECT_THAT(failureWith(changes), HasSubstr(reason));
 }
 
 // A hundred thousand strips, each of them said to be the whole file.
 TEST(Refusal, StripsThatLieOverOneAnotherAreRefused) {
   const TempStation station;
   constexpr std::uint32_t kStrips = 100'000;
-  std::vector<RawEntry> entries =
-      changed(tinyPage(), {{257, 4, 1, kStrips}, {278, 4, 1, 1}, {259, 3, 1, 5}});
-  entries[5].count = entries[8].count = kStrips;
-  entries[8].value = rawDataOffset(entries);
-  writeBytes(station.native("page.tif"), rawTiff(entries, 0, std::string(4 * kStrips, '\1')));
+  writeBytes(
+      station.native("page.tif"),
+      rawGrayPage(8, kStrips, std::string(4 * kStrips, '\1'),
+                  {{259, 3, 1, 5}, {273, 4, kStrips, 0}, {278, 4, 1, 1}, {279, 4, kStrips, 0}}));
   EXPECT_THAT(openFailure(station.path(L"page.tif")), HasSubstr("longer than the file"));
 }
 
 TEST(Refusal, ListsOfPagesThatDoNotEndAreToldAndTheirGoodPagesOpen) {
   const TempStation station;
-  const std::string pixels(64, 'x');
   const std::wstring path = station.path(L"pages.tif");
   const std::pair<std::uint32_t, std::string> cases[] = {
       {8, "circle"}, {0xFFFFFF00, "damaged"}, {100, "damaged"}};
   for (const auto& [next, reason] : cases) {
-    writeBytes(station.native("pages.tif"), rawTiff(tinyPage(), next, pixels));
+    writeBytes(station.native("pages.tif"), rawGrayPage(8, 8, kPixels, {}, next));
     EXPECT_THAT(failureOf([&] { tiffPageCount(path); }), HasSubstr(reason));
     EXPECT_EQ(openFailure(path, 1), "");
     EXPECT_THAT(openFailure(path, 2), HasSubstr(reason));
   }
-  writeBytes(station.native("pages.tif"), rawTiff(tinyPage(), 0, pixels));
+  writeBytes(station.native("pages.tif"), rawGrayPage(8, 8, kPixels));
   for (const std::int32_t page : {-1, 0, 2, 32767}) {
     EXPECT_THAT(openFailure(path, page), HasSubstr("no page " + std::to_string(page)));
   }
