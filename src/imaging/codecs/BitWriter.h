@@ -17,19 +17,21 @@ class BitWriter {
     if (needed > data_.size()) data_.resize(needed + data_.size() / 2);
   }
 
-  /// Adds the `count` low bits of `bits`, whose others are 0. At most 32.
+  /// Adds the `count` low bits of `bits`, whose others are 0. At most 32. Whole bytes go out at
+  /// once: that is cheaper than to ask each time whether a word is full.
   void put(std::uint32_t bits, unsigned count) {
-    pending_ = pending_ << count | bits;
     pendingCount_ += count;
-    if (pendingCount_ >= 32) flushWord();
+    pending_ |= std::uint64_t{bits} << (64 - pendingCount_);
+    storeBigEndian64(data_.data() + size_, pending_);
+    size_ += pendingCount_ / 8;
+    pending_ <<= pendingCount_ / 8 * 8;
+    pendingCount_ %= 8;
   }
 
   std::size_t bitCount() const { return size_ * 8 + pendingCount_; }
 
   /// Fills the last byte with zeros and hands the bytes over.
   Bytes take() {
-    storeBigEndian64(data_.data() + size_,
-                     pendingCount_ == 0 ? 0 : pending_ << (64 - pendingCount_));
     data_.resize(size_ + (pendingCount_ + 7) / 8);
     size_ = 0;
     pending_ = 0;
@@ -38,15 +40,9 @@ class BitWriter {
   }
 
  private:
-  void flushWord() {
-    pendingCount_ -= 32;
-    storeBigEndian64(data_.data() + size_, pending_ >> pendingCount_ << 32);
-    size_ += 4;
-  }
-
   Bytes data_;
-  std::size_t size_ = 0;  ///< whole bytes of output in `data_`
-  std::uint64_t pending_ = 0;
+  std::size_t size_ = 0;       ///< whole bytes of output in `data_`
+  std::uint64_t pending_ = 0;  ///< the bits behind them, from the highest one on
   unsigned pendingCount_ = 0;
 };
 
