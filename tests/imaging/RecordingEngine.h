@@ -13,10 +13,11 @@ namespace orvane {
 /// An imaging instance that records what is asked of it, in order, and fails where a test says so.
 class RecordingEngine final : public ImagingEngine {
  public:
-  std::vector<std::string> calls;           ///< "OutputType 15", "SaveFile", ...
+  std::vector<std::string> calls;  ///< "OutputType 15", "SaveFile", ...
   std::int16_t bitsPerPixel = 1;
-  std::int32_t imagError = 0;               ///< taken away by a clear
+  std::int32_t imagError = 0;  ///< taken away by a clear
   std::int32_t imagErrorAfterSave = 0;
+  std::int32_t imagErrorAfterDelete = 0;
   std::string throwsAt;                     ///< the call that throws Failure("broken")
   std::vector<std::int32_t> pageCounts{1};  ///< answers of FilePageCount; the last one repeats
 
@@ -41,7 +42,9 @@ class RecordingEngine final : public ImagingEngine {
   void TiffCompression(std::int32_t code) override {
     record("TiffCompression", std::to_string(code));
   }
-  void PdfCompression(std::int32_t code) override { record("PdfCompression", std::to_string(code)); }
+  void PdfCompression(std::int32_t code) override {
+    record("PdfCompression", std::to_string(code));
+  }
   void JpegFactorMajor(std::int16_t factor) override { record("Major", std::to_string(factor)); }
   void JpegFactorMinor(std::int16_t factor) override { record("Minor", std::to_string(factor)); }
   void SaveMultiPage(bool append) override { record("SaveMultiPage", append ? "1" : "0"); }
@@ -76,6 +79,7 @@ class RecordingEngine final : public ImagingEngine {
     record("ResizeImage", std::to_string(width) + " " + std::to_string(height));
   }
   void DeletePageFromFile(const std::wstring& path, std::int32_t page) override {
+    imagError = imagErrorAfterDelete;
     record("DeletePageFromFile", toUtf8(path) + " " + std::to_string(page));
   }
 
