@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFont>
+#include <QPalette>
 #include <QStyle>
 
 #include "foundation/program.h"
@@ -15,11 +16,20 @@ namespace {
 // fits at this size only.
 constexpr int kFontPixels = 11;
 
+// The style's own gray of what is disabled is too faint to read the options by during a run.
+QPalette readablePalette() {
+  QPalette palette = QApplication::style()->standardPalette();
+  for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+    palette.setColor(QPalette::Disabled, role, QColor(120, 120, 120));
+  }
+  return palette;
+}
+
 }  // namespace
 
 void applyAppearance() {
   QApplication::setStyle(QStringLiteral("Fusion"));
-  QApplication::setPalette(QApplication::style()->standardPalette());
+  QApplication::setPalette(readablePalette());
 
   QFont font;
   font.setFamilies({QStringLiteral("WenQuanYi Micro Hei"), QStringLiteral("Noto Sans CJK SC"),
