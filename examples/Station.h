@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <set>
 #include <string>
 
 #include "docstore/ScanTree.h"
@@ -22,12 +23,12 @@ class Station {
     }
     folder_ = std::filesystem::absolute(argv[1]);
     orvane::setProgramFolder(orvane::pathText(folder_));
-    const auto batch = firstFolder(folder_ / "Batchs");
+    const std::filesystem::path batch = firstBatch();
     orvane::gBatchFolder = orvane::pathText(batch);
-    document_ = firstFolder(batch).filename();
+    document_ = longestDocument(batch);
   }
 
-  /// The name of the batch's first document.
+  /// The name of the batch's longest document.
   std::wstring document() const { return orvane::pathText(document_); }
 
   /// The path text of a file in a folder of the example's own.
@@ -37,14 +38,25 @@ class Station {
   }
 
  private:
-  static std::filesystem::path firstFolder(const std::filesystem::path& parent) {
-    std::filesystem::path first;
-    for (const auto& entry : std::filesystem::directory_iterator(parent)) {
-      if (!std::filesystem::exists(entry.path() / "Doc.dat") && parent.filename() != "Batchs")
-        continue;
-      if (first.empty() || entry.path() < first) first = entry.path();
+  std::filesystem::path firstBatch() const {
+    std::set<std::filesystem::path> batches;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_ / "Batchs")) {
+      batches.insert(entry.path());
     }
-    return first;
+    return *batches.begin();
+  }
+
+  static std::filesystem::path longestDocument(const std::filesystem::path& batch) {
+    std::filesystem::path longest;
+    std::uintmax_t size = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(batch)) {
+      std::error_code none;
+      const std::uintmax_t listSize = std::filesystem::file_size(entry.path() / "Doc.dat", none);
+      if (none || listSize <= size) continue;
+      longest = entry.path().filename();
+      size = listSize;
+    }
+    return longest;
   }
 
   std::filesystem::path folder_;

@@ -36,10 +36,11 @@ int main(int argc, char** argv) {
   }
 
   report(L"put a cover in front", edited.AddPage(L"cover", 1));
-  report(L"move the cover behind page 2: " + pagesOf(edited), edited.MovePage(1, 2));
-  report(L"remove page 1: " + pagesOf(edited), edited.RemovePage(1));
+  report(L"move it behind the second page", edited.MovePage(1, 3));
+  report(L"remove the first page", edited.RemovePage(1));
   report(L"remove the cover by its name", edited.RemovePageForName(L"cover") == L"True");
-  report(L"save: " + pagesOf(edited), edited.SaveDocument());
+  report(L"save", edited.SaveDocument());
+  std::cout << "        pages: " << orvane::toUtf8(pagesOf(edited)) << '\n';
 
   orvane::Document again;
   report(L"load it again", again.LoadDocument(name) && pagesOf(again) == pagesOf(edited));
