@@ -53,43 +53,6 @@ TEST(ExportForm, SettingAButtonThatIsSetOrThatDoesNotExistCallsNoHandler) {
   EXPECT_EQ(form.selectedRenameType(), ExportForm::kNone);
 }
 
-TEST(ExportForm, CompressionOptionsDecideTheNamingFrameAndTheRatioAndNothingElse) {
-  ExportForm form;
-  form.clickButton(CompressionType, 1);
-  form.clickButton(CompressionRatios, 2);
-  EXPECT_EQ(form.settings().CompressionType, 1);
-  EXPECT_EQ(form.settings().CompressionRatios, 2);
-  for (int frame = 1; frame <= kOptionFrames; ++frame) {
-    EXPECT_EQ(form.isFrameEnabled(frame), frame != 4) << frame;
-  }
-
-  // A run leaves the naming frame enabled though the option is unchanged.
-  form.enableFrames(kOptionFrames, false);
-  EXPECT_FALSE(form.isFrameEnabled(6));
-  form.enableFrames(kOptionFrames, true);
-  EXPECT_TRUE(form.isFrameEnabled(4));
-  EXPECT_EQ(form.settings().CompressionType, 1);
-}
-
-TEST(ExportForm, TextsAndTicksReachTheirSettings) {
-  ExportForm form;
-  EXPECT_EQ(form.text(TextBox::Sp1), L"-");
-  EXPECT_EQ(form.settings().ReNameSp1, L"");
-  form.setText(TextBox::Sp1, L"-");  // no change, no handler
-  EXPECT_EQ(form.settings().ReNameSp1, L"");
-  form.setText(TextBox::Sp1, L"");
-  form.setText(TextBox::Sp2, L"_");
-  form.setText(TextBox::SavePath, L"\\typed");  // only shown
-  form.setChecked(CheckBox::CreateBatchFolder, true);
-  form.setChecked(CheckBox::CreateDocFolder, true);
-  form.setChecked(CheckBox::CreateBatchFolder, false);
-  EXPECT_EQ(form.settings().ReNameSp1, L"");
-  EXPECT_EQ(form.settings().ReNameSp2, L"_");
-  EXPECT_EQ(form.settings().SavePath, L"");
-  EXPECT_TRUE(form.settings().IsCreateDocFolder);
-  EXPECT_FALSE(form.settings().IsCreateBatchFolder);
-}
-
 TEST(ExportForm, TheChosenFolderGetsOneBackslashAndACancelEmptiesTheSettingAlone) {
   ExportForm form;
   for (const auto& [chosen, expected] :
