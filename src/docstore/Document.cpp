@@ -7,13 +7,13 @@
 #include "docstore/document_failures.h"
 #include "docstore/page_list_text.h"
 #include "foundation/ansi_text.h"
+#include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/numbers.h"
 
 namespace orvane {
 
 using mdlFolderAndFile::FileDelete;
-using mdlFolderAndFile::FileExist;
 using mdlFolderAndFile::fileSystem;
 using mdlFolderAndFile::RenameFile;
 
@@ -24,7 +24,7 @@ bool Document::LoadDocument(const std::wstring& sDocName) {
 }
 
 bool Document::readPages() {
-  const std::wstring dataFile = GetDocDataPath(sDocName_);
+  const std::wstring dataFile = existingPath(GetDocDataPath(sDocName_));
   if (!fileSystem().FileExists(dataFile)) {
     return failInLog(L"InitDocument-文档名【" + sDocName_ +
                      L"】找不到当前文档的数据文件【Doc.dat】");
@@ -50,14 +50,15 @@ bool Document::SaveDocument() {
   if (sDocFolder_.empty()) {
     return failInLog(L"InitDocument-文档名【" + sDocName_ + L"】文档路径不存在");
   }
-  const std::wstring dataFile = GetDocDataPath(sDocName_);
-  const std::wstring backupFile = dataFile + L"bak";
   return withFailuresLogged(L"SaveDocument-", [&] {
+    // Under the name that it was read by, so that no second one comes to lie beside a DOC.DAT.
+    const std::wstring dataFile = existingPath(GetDocDataPath(sDocName_));
+    const std::wstring backupFile = dataFile + L"bak";
     try {
       writePages(dataFile, backupFile);
     } catch (const std::exception&) {
       // Without a backup the old file never moved; a rename would begin with its deletion.
-      if (FileExist(backupFile)) RenameFile(backupFile, dataFile);
+      if (fileSystem().FileExists(backupFile)) RenameFile(backupFile, dataFile);
       throw;
     }
     return true;
@@ -67,7 +68,7 @@ bool Document::SaveDocument() {
 void Document::writePages(const std::wstring& dataFile, const std::wstring& backupFile) const {
   RenameFile(dataFile, backupFile);  // a document that is new has nothing to rename
   fileSystem().WriteFile(dataFile, toAnsiStrict(pageListText(pages())));
-  if (FileExist(dataFile)) {
+  if (fileSystem().FileExists(dataFile)) {
     FileDelete(backupFile);
   } else {
     RenameFile(backupFile, dataFile);

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "foundation/Failure.h"
+#include "foundation/existing_path.h"
 #include "foundation/path_text.h"
 
 namespace orvane {
@@ -29,7 +30,7 @@ bool isSameFolder(const fs::path& a, const fs::path& b) {
 }  // namespace
 
 fs::path resolvedPlace(const std::wstring& path) {
-  const fs::path whole = fs::current_path() / nativePath(path);
+  const fs::path whole = fs::current_path() / nativePath(existingPath(path));
   std::deque<fs::path> rest(whole.begin(), whole.end());
   fs::path place = "/";
   int links = 0;

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "foundation/Failure.h"
+#include "foundation/existing_path.h"
 #include "foundation/path_text.h"
 
 namespace orvane {
@@ -25,7 +26,7 @@ FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept
 
 FileDescriptor FileDescriptor::openRegularFile(const std::wstring& path) {
   // Without O_NONBLOCK the opening of a pipe would wait for a writer.
-  FileDescriptor file(path, O_RDONLY | O_NONBLOCK);
+  FileDescriptor file(existingPath(path), O_RDONLY | O_NONBLOCK);
   struct stat status {};
   if (fstat(file.number_, &status) != 0) throw systemFailure(errno, path);
   if (S_ISDIR(status.st_mode)) throw systemFailure(EISDIR, path);

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "foundation/Failure.h"
+#include "foundation/existing_path.h"
 #include "foundation/path_text.h"
 
 namespace orvane {
@@ -65,7 +66,7 @@ void FileSystemObject::DeleteFile(const std::wstring& path) {
 }
 
 std::vector<std::wstring> FileSystemObject::SubFolders(const std::wstring& path) {
-  const Listing listing(opendir(nativePath(path).c_str()), closedir);
+  const Listing listing(opendir(nativePath(existingPath(path)).c_str()), closedir);
   if (!listing) throw systemFailure(errno, path);
   std::vector<std::wstring> names;
   for (;;) {

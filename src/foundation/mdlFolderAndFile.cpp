@@ -5,6 +5,7 @@
 
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
+#include "foundation/existing_path.h"
 #include "foundation/program.h"
 
 namespace orvane {
@@ -33,7 +34,7 @@ FileSystemObject& fileSystem() {
 
 bool FolderExist(const std::wstring& sPath) {
   try {
-    return fileSystem().FolderExists(sPath);
+    return fileSystem().FolderExists(existingPath(sPath));
   } catch (const std::exception& failure) {
     return failInBox(L"FolderExist Err:" + description(failure) + L" Path:" + sPath,
                      kApplicationTitle);
@@ -42,7 +43,7 @@ bool FolderExist(const std::wstring& sPath) {
 
 bool FileExist(const std::wstring& sPath) {
   try {
-    return fileSystem().FileExists(sPath);
+    return fileSystem().FileExists(existingPath(sPath));
   } catch (const std::exception& failure) {
     return failInBox(L"FileExist Err:" + description(failure) + L" FileName:" + sPath,
                      kApplicationTitle);

@@ -17,10 +17,10 @@ namespace mdlFolderAndFile {
 /// `gFileSystem`, made now if this is its first use.
 FileSystemObject& fileSystem();
 
-/// True when the folder exists.
+/// True when the folder exists; in the scan tree in any letter case.
 bool FolderExist(const std::wstring& sPath);
 
-/// True when the file exists.
+/// True when the file exists; in the scan tree in any letter case.
 bool FileExist(const std::wstring& sPath);
 
 /// Deletes a file, a read-only one too, then yields. A failure is silent.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "foundation/Failure.h"
+#include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/path_text.h"
 #include "imaging/BitmapHandles.h"
@@ -107,7 +108,8 @@ void ImagingControl::saveTo(const std::wstring& path) {
 bool ImagingControl::targetIsSource() const {
   if (sourceFile_.empty()) return false;
   std::error_code ignored;
-  return std::filesystem::equivalent(nativePath(sourceFile_), nativePath(targetFile_), ignored);
+  return std::filesystem::equivalent(nativePath(existingPath(sourceFile_)), nativePath(targetFile_),
+                                     ignored);
 }
 
 // The source is only given up for a finished file.

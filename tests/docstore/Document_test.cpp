@@ -162,6 +162,21 @@ TEST_F(DocumentOnDisk, ASaveThatFailsPutsTheOldFileBack) {
   EXPECT_TRUE(window.boxes.empty());
 }
 
+TEST_F(DocumentOnDisk, AFileInOtherLetterCaseIsReplacedAndGetsNoSecondOneBesideIt) {
+  writeBytes(station.native("Batchs/b1/D1/DOC.DAT"), "A$");
+  writeBytes(station.native("Batchs/b1/D1/Doc.datbak"), "left by a crash");
+  Document document;
+  ASSERT_TRUE(document.LoadDocument(L"d1"));
+  document.AddPage(L"B");
+  EXPECT_TRUE(document.SaveDocument());
+  EXPECT_EQ(outputOf("cd " + quoted(station.native("Batchs/b1/D1")) + " && ls && cat DOC.DAT"),
+            "DOC.DAT\nDoc.datbak\nA$B$");
+
+  document.AddPage(L"\U0001F600");  // the old list comes back, not what the crash has left
+  EXPECT_FALSE(document.SaveDocument());
+  EXPECT_EQ(readBytes(station.native("Batchs/b1/D1/DOC.DAT")), "A$B$");
+}
+
 TEST_F(DocumentOnDisk, NothingIsLostWhenNoBackupCanBeMade) {
   writeBytes(dataFile, "old$");
   Document document;

@@ -71,6 +71,28 @@ TEST_F(RunOutPutBatch, OneBatchFromEndToEnd) {
   EXPECT_TRUE(frmMain.window.boxes.empty());
 }
 
+TEST_F(RunOutPutBatch, AStationCopiedFromWindowsIsExportedAsItLies) {
+  station.createTable({"b1", "B2"});
+  for (const char* batch : {"B1", "B2"}) {
+    const fs::path folder = station.scan(batch + std::string("/D1"));
+    test::writeBytes(folder / "DOC.DAT", "p1$");
+    test::writeBytes(folder / "P1.TIF", test::ExportStation::grayPage());
+  }
+  fs::rename(station.scan("B2"), station.native("b2"));  // it lies elsewhere, by way of a link
+  fs::create_directory_symlink("../b2", station.scan("b2"));
+  frmMain.options.IsCreateBatchFolder = true;
+  const auto scans = station.scanTree();
+  run();
+  EXPECT_EQ(station.outputFiles(), (std::set<std::string>{"b1/D1-001.tif", "B2/D1-001.tif"}));
+
+  station.createTable({"B2"});
+  frmMain.options.SavePath = station.path(L"b2\\D1");  // among the scans, whatever their name
+  frmMain.stopAfterBatch = true;
+  run();
+  EXPECT_EQ(station.stateOf("B2"), "完成扫描|成果输出失败！");
+  EXPECT_EQ(station.scanTree(), scans);
+}
+
 TEST_F(RunOutPutBatch, OutcomesOfABatch) {
   const Texts exported{"D1 导出成功！", "档案导出成果成功！", " "};
   const Texts failed{"D1 导出成功！", "D2 导出失败！", " "};

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/existing_path.h"
 #include "foundation/path_text.h"
 #include "foundation/utf8_text.h"
 
@@ -96,7 +97,7 @@ OutputFile OutputFile::openToReplace(const std::wstring& path) {
 }
 
 OutputFile OutputFile::openToRead(const std::wstring& path) {
-  return {path, O_RDONLY, false};
+  return {existingPath(path), O_RDONLY, false};
 }
 
 OutputFile::OutputFile(std::wstring path, int flags, bool created)

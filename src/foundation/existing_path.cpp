@@ -1,0 +1,79 @@
+#include "foundation/existing_path.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cwctype>
+#include <filesystem>
+#include <locale.h>
+#include <optional>
+#include <sys/stat.h>
+
+#include "foundation/path_text.h"
+#include "foundation/program.h"
+
+namespace orvane {
+namespace {
+
+constexpr const wchar_t* kSeparators = L"\\/";
+
+bool liesInScanTree(const std::wstring& path) {
+  const std::wstring root = programFolder() + L"\\Batchs";
+  return path.starts_with(root) && (path.size() == root.size() ||
+                                    path.find_first_of(kSeparators, root.size()) == root.size());
+}
+
+// A path that cannot be looked at counts as there: whoever uses it will tell why.
+bool isThere(const std::wstring& path) {
+  struct stat status {};
+  return lstat(nativePath(path).c_str(), &status) == 0 || errno != ENOENT;
+}
+
+wint_t upperCase(wchar_t character) {
+  // The letters of all scripts, whatever the locale of the process.
+  static const locale_t letters = newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t{});
+  const auto code = static_cast<wint_t>(character);
+  return letters == locale_t{} ? towupper(code) : towupper_l(code, letters);
+}
+
+bool equalInAnyCase(std::wstring_view name, std::wstring_view otherName) {
+  return std::equal(name.begin(), name.end(), otherName.begin(), otherName.end(),
+                    [](wchar_t a, wchar_t b) { return a == b || upperCase(a) == upperCase(b); });
+}
+
+// The name under which `folder` (which ends in a separator) holds `name`.
+std::optional<std::wstring> entryOf(const std::wstring& folder, const std::wstring& name) {
+  if (isThere(folder + name)) return name;
+  std::optional<std::wstring> found;
+  std::error_code unreadable;
+  std::filesystem::directory_iterator entry(nativePath(folder), unreadable);
+  for (; !unreadable && entry != std::filesystem::directory_iterator();
+       entry.increment(unreadable)) {
+    std::wstring candidate = entryText(entry->path().filename().native());
+    if (equalInAnyCase(candidate, name) && (!found || candidate < *found)) {
+      found = std::move(candidate);
+    }
+  }
+  return found;
+}
+
+}  // namespace
+
+std::wstring existingPath(const std::wstring& pathText) {
+  if (!liesInScanTree(pathText) || isThere(pathText)) return pathText;
+  std::wstring found = programFolder();
+  for (std::size_t begin = found.size(); begin < pathText.size();) {
+    const std::size_t nameBegin = pathText.find_first_not_of(kSeparators, begin);
+    const std::size_t nameEnd = pathText.find_first_of(kSeparators, nameBegin);
+    found += pathText.substr(begin, nameBegin - begin);
+    if (nameBegin == pathText.npos) break;
+
+    const std::wstring name = pathText.substr(nameBegin, nameEnd - nameBegin);
+    const std::optional<std::wstring> entry = entryOf(found, name);
+    if (name == L".." || !entry) return pathText;
+    found += *entry;
+    begin = std::min(nameEnd, pathText.size());
+  }
+  return found;
+}
+
+}  // namespace orvane

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace orvane {
+
+/// Where a file or folder of the scan tree really lies, for reading. A station that comes from
+/// Windows has names such as `0001.TIF` or `DOC.DAT` that are asked for in other letter case.
+///
+/// A path below (or at) `Batchs` of the program's folder that leads nowhere as it is spelled is
+/// searched for from there on, name by name: the exact spelling wins, else the first entry that
+/// differs in letter case only. The answer is the path text with the names as they are on the disk.
+/// Every other path comes back as it is: one outside the scan tree, one with ".." in it, one that
+/// is there, and one that is not there in any spelling. What writes or deletes does not ask here.
+std::wstring existingPath(const std::wstring& pathText);
+
+}  // namespace orvane
