@@ -20,7 +20,8 @@ class FileDescriptor {
 
   int number() const { return number_; }
 
-  /// Opens a regular file for reading, in the scan tree by any letter case. Anything else (a folder, a pipe) is a failure at once.
+  /// Opens a regular file for reading, in the scan tree by any letter case. Anything else (a
+  /// folder, a pipe) is a failure at once.
   static FileDescriptor openRegularFile(const std::wstring& path);
 
   /// Reads up to `capacity` bytes; 0 at the end of the file.
