@@ -179,8 +179,8 @@ PdfPageSize readPdfPageSize(const OutputFile& file, const PdfPagePlace& place) {
   const std::size_t blank = box.find(' ');
   if (blank == std::string_view::npos) throw foreign(file);
   const std::string_view height = box.substr(blank + 1);
-  const PdfPageSize size{std::string(box.substr(0, blank)),
-                         std::string(height.substr(0, height.find(' ')))};
+  PdfPageSize size{std::string(box.substr(0, blank)),
+                   std::string(height.substr(0, height.find(' ')))};
   if (!text.starts_with(beginPdfObject(place.numbers.page) +
                         pdfPageDictionary(place.numbers, size) + kEndPdfObject)) {
     throw foreign(file);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <unordered_set>
 
@@ -10,22 +11,25 @@ namespace {
 
 constexpr std::uint64_t kMostEntries = 4096;  // libtiff's own limit for a sane directory
 
-TiffForm readForm(const OutputFile& file, std::uint64_t size) {
-  const Failure noTiff = fileFailure(file.path(), "not a TIFF file");
+// The form that the header tells; nothing when it is no header of a TIFF file.
+std::optional<TiffForm> findForm(const OutputFile& file, std::uint64_t size) {
   std::array<std::uint8_t, 16> header{};
-  if (size < 8) throw noTiff;
+  if (size < 8) return std::nullopt;
   file.read(0, std::span(header).first(std::min<std::uint64_t>(size, header.size())));
   const bool little = header[0] == 'I' && header[1] == 'I';
   const bool big = header[0] == 'M' && header[1] == 'M';
-  if (!little && !big) throw noTiff;
   TiffForm form{.bigEndian = big, .bigTiff = false};
   const std::uint64_t version = form.get(&header[2], 2);
   form.bigTiff = version == 43;
   const bool known =
       version == 42 ||
       (version == 43 && size >= 16 && form.get(&header[4], 2) == 8 && form.get(&header[6], 2) == 0);
-  if (!known) throw noTiff;
-  return form;
+  return known && (little || big) ? std::optional(form) : std::nullopt;
+}
+
+TiffForm readForm(const OutputFile& file, std::uint64_t size) {
+  if (const std::optional<TiffForm> form = findForm(file, size)) return *form;
+  throw fileFailure(file.path(), "not a TIFF file");
 }
 
 }  // namespace

@@ -24,14 +24,16 @@ using Writer = std::function<void(const std::wstring&)>;
 struct OutputFileTest : testing::Test {
   TempStation station;
   EncodedImage jpeg = makeDocuments(station.native()).back().pages[0];
+  TiffFile tiff;
+  PdfFile pdf;
   std::vector<Writer> creators{
       [this](const std::wstring& path) { TiffFile().create(path, jpeg); },
       [this](const std::wstring& path) { PdfFile().create(path, jpeg); },
       [this](const std::wstring& path) { writeJpegFile(path, jpeg); },
   };
   std::vector<Writer> appenders{
-      [this](const std::wstring& path) { TiffFile().append(path, jpeg); },
-      [this](const std::wstring& path) { PdfFile().append(path, jpeg); },
+      [this](const std::wstring& path) { tiff.append(path, jpeg); },
+      [this](const std::wstring& path) { pdf.append(path, jpeg); },
   };
 };
 
@@ -88,14 +90,78 @@ TEST_F(OutputFileTest, ATargetThatIsNoFileOfItsOwnIsRefused) {
   }
 }
 
+TEST_F(OutputFileTest, AFullDiskLeavesTheFileAsItWas) {
+  const fs::path file = station.native("full");
+  const std::wstring path = station.path(L"full");
+  for (const Writer& append : appenders) {
+    for (const int pages : {1, 100}) {  // with 100 pages a group of a PDF file is full
+      fs::remove(file);
+      for (int i = 0; i < pages; ++i) append(path);
+      const std::string before = readBytes(file);
+      append(path);
+      const std::uint64_t needed = fs::file_size(file);
+      // From a limit in the old tail, where a PDF page begins, to the last byte of the new page.
+      for (std::uint64_t limit = before.size() - 30; limit <= needed;
+           limit += (needed - limit) / 9 + 1) {
+        writeBytes(file, before);
+        const bool done = succeedsUnderSizeLimit(limit, [&] { append(path); });
+        EXPECT_EQ(done, limit == needed) << limit;
+        EXPECT_TRUE(done || readBytes(file) == before) << limit;
+      }
+    }
+  }
+  for (const Writer& create : creators) {
+    for (std::uint64_t limit = 0; limit < 1000; limit += 90) {
+      EXPECT_FALSE(succeedsUnderSizeLimit(limit, [&] { create(path); }));
+      EXPECT_FALSE(fs::exists(file)) << "a failed write leaves no file";
+    }
+  }
+}
+
+TEST_F(OutputFileTest, TheCostOfAnAppendDoesNotGrow) {
+  for (const Writer& append : appenders) {
+    const std::wstring path = station.path(L"growing");
+    fs::remove(station.native("growing"));
+    std::map<std::string, std::int64_t> early;
+    for (int i = 0; i < 3050; ++i) {
+      auto work = inputAndOutputOf([&] { append(path); });
+      if (i == 49) early = work;
+      if (i != 3049) continue;
+      for (const char* count : {"rchar:", "syscr:", "syscw:"}) EXPECT_EQ(work[count], early[count]);
+      EXPECT_LE(work["wchar:"], early["wchar:"] + 500) << "30 more groups in a page tree";
+    }
+  }
+}
+
+TEST_F(OutputFileTest, DamagedFilesNeitherCrashNorGrow) {
+  struct Case {
+    Writer append;
+    void (*deletePage)(const std::wstring&, std::int32_t);
+    int pages;
+  };
+  const fs::path file = station.native("damaged");
+  const std::wstring path = station.path(L"damaged");
+  for (const auto& [append, deletePage, pages] : {Case{appenders[0], TiffFile::deletePage, 3},
+                                                  Case{appenders[1], PdfFile::deletePage, 102}}) {
+    fs::remove(file);
+    for (int i = 0; i < pages; ++i) append(path);
+    const std::string good = readBytes(file);
+    withDamagedCopies(file, good, 150, [&, &add = append, &remove = deletePage] {
+      const std::string before = readBytes(file);
+      const bool removed = failureOf([&] { remove(path, 2); }).empty();
+      const std::string shorter = readBytes(file);
+      EXPECT_TRUE(removed ? shorter.size() < before.size() : shorter == before);
+      const bool added = failureOf([&] { add(path); }).empty();
+      EXPECT_TRUE(added || readBytes(file) == shorter);
+    });
+  }
+}
+
 TEST_F(OutputFileTest, AJpegFileHoldsTheStreamAndNothingElse) {
   const std::wstring path = station.path(L"page.jpg");
   writeJpegFile(path, jpeg);
   EXPECT_EQ(readBytes(station.native("page.jpg")), readBytes(station.native("jpeg colour.jpg")));
   EXPECT_NE(failureOf([&] { writeJpegFile(path, plainPage(0)); }), "");
-  const auto write = [&] { writeJpegFile(station.path(L"full.jpg"), jpeg); };
-  EXPECT_FALSE(succeedsUnderSizeLimit(100, write));
-  EXPECT_FALSE(fs::exists(station.native("full.jpg")));
 }
 
 }  // namespace

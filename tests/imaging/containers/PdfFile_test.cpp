@@ -191,29 +191,6 @@ TEST_F(PdfFileTest, DeletingGivesTheFileThatNeverHadThePage) {
   EXPECT_THAT(failureOf([&] { PdfFile::deletePage(path, 1); }), HasSubstr("the only page"));
 }
 
-TEST_F(PdfFileTest, AFullDiskLeavesTheFileAsItWas) {
-  for (const unsigned pages : {1U, 100U}) {
-    fs::remove(file);
-    PdfFile pdf;
-    for (unsigned i = 0; i < pages; ++i) pdf.append(path, plainPage(i));
-    const std::string before = bytes();
-    PdfFile().append(path, plainPage(1));
-    const std::uint64_t needed = bytes().size();
-    for (std::uint64_t limit = before.size(); limit <= needed; limit += (needed - limit) / 9 + 1) {
-      writeBytes(file, before);
-      const bool done =
-          succeedsUnderSizeLimit(limit, [&] { PdfFile().append(path, plainPage(1)); });
-      EXPECT_EQ(done, limit == needed) << limit;
-      EXPECT_TRUE(done || bytes() == before) << limit;
-    }
-    // A failure in the middle of the old tail cannot come from a full disk; the tail comes back.
-    writeBytes(file, before);
-    const std::uint64_t inTail = before.size() - 30;
-    EXPECT_FALSE(succeedsUnderSizeLimit(inTail, [&] { PdfFile().append(path, plainPage(1)); }));
-    EXPECT_EQ(bytes(), before);
-  }
-}
-
 TEST_F(PdfFileTest, OnlyWhatThisProgramWroteIsTouched) {
   PdfFile pdf;
   for (unsigned i = 0; i < 102; ++i) pdf.append(path, plainPage(i));
@@ -230,28 +207,6 @@ TEST_F(PdfFileTest, OnlyWhatThisProgramWroteIsTouched) {
     EXPECT_EQ(PdfFile::isPdf(path), content.starts_with("%PDF"));
   }
   EXPECT_FALSE(PdfFile::isPdf(station.path(L"none")));
-  withDamagedCopies(file, good, 150, [&] {
-    const std::string before = bytes();
-    const bool deleted = failureOf([&] { PdfFile::deletePage(path, 50); }).empty();
-    EXPECT_TRUE(deleted || bytes() == before);
-    const std::string shorter = bytes();
-    if (!failureOf([&] { PdfFile().append(path, plainPage(1)); }).empty()) {
-      EXPECT_EQ(bytes(), shorter);
-    }
-  });
-}
-
-TEST_F(PdfFileTest, TheCostOfAnAppendDoesNotGrow) {
-  PdfFile pdf;
-  SystemWork early;
-  for (int i = 0; i < 3050; ++i) {
-    const SystemWork work = workOf([&] { pdf.append(path, plainPage(0)); });
-    if (i == 49) early = work;
-    if (i != 3049) continue;
-    EXPECT_EQ(work.bytesRead, early.bytesRead);
-    EXPECT_EQ(work.calls, early.calls);
-    EXPECT_LE(work.bytesWritten, early.bytesWritten + 500) << "30 groups in the root, no more";
-  }
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <memory>
-#include <regex>
+#include <sstream>
 #include <string>
 #include <tiffio.h>
 #include <vector>
@@ -30,10 +30,11 @@ struct TiffDeletePageTest : testing::Test {
 std::vector<std::string> describePages(const fs::path& file) {
   const std::string output = outputOf("tiffinfo -D " + quoted(file));
   EXPECT_THAT(output, Not(HasSubstr("rror"))) << output;
-  const std::string plain = std::regex_replace(output, std::regex("at offset .*|=== .*"), "");
   std::vector<std::string> pages;
-  for (std::size_t at = 0; (at = plain.find("TIFF Directory", at)) != std::string::npos; ++at) {
-    pages.push_back(plain.substr(at, plain.find("\n\n", at) - at));
+  std::istringstream lines(output);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("TIFF Directory")) pages.emplace_back();
+    if (line.starts_with("  ")) pages.back() += line + "\n";
   }
   return pages;
 }
@@ -63,7 +64,9 @@ TEST_F(TiffDeletePageTest, TheOtherPagesStayAsTheyAre) {
         expected.erase(expected.begin() + static_cast<std::ptrdiff_t>(page) - 1);
         descriptions.erase(descriptions.begin() + static_cast<std::ptrdiff_t>(page) - 1);
 
+        fs::permissions(file, fs::perms(0640));
         TiffFile::deletePage(path, static_cast<std::int32_t>(page));
+        EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
         EXPECT_LE(fs::file_size(file), size - dropped) << "the data is gone too";
         EXPECT_EQ(describePages(file), descriptions);
         const std::vector<EncodedImage> left = takePages(file);
@@ -76,59 +79,35 @@ TEST_F(TiffDeletePageTest, TheOtherPagesStayAsTheyAre) {
   }
 }
 
-TEST_F(TiffDeletePageTest, OwnFilesShrinkToTheSizeTheyHadAndGrowOn) {
-  TiffFile tiff;
-  for (unsigned i = 0; i < 3; ++i) tiff.append(path, plainPage(i));
-  const std::uint64_t three = fs::file_size(file);
-  tiff.append(path, plainPage(3));
-  fs::permissions(file, fs::perms(0640));
-  TiffFile::deletePage(path, 2);
-  EXPECT_LE(fs::file_size(file), three);
-  EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
-  tiff.append(path, plainPage(9));
-  EXPECT_EQ(takePages(file)[3].strips, plainPage(9).strips);
-}
-
-// A page with a thumbnail in a directory below it, EXIF data and a private field.
-void writeRichPages(const fs::path& file, const std::string& mode) {
+// The second page has a private field, too long for its entry, and a smaller image in a directory
+// below it.
+void writeRichPages(const fs::path& file, const TiffKind& kind) {
   constexpr std::uint32_t kPrivateTag = 65001;
   static const TIFFFieldInfo kField[] = {{kPrivateTag, TIFF_VARIABLE2, TIFF_VARIABLE2, TIFF_DOUBLE,
                                           FIELD_CUSTOM, 1, 1, const_cast<char*>("Private")}};
-  writeTiff(file, {.mode = mode}, 1);
+  writeTiff(file, kind, 1);
   const Handle tiff(TIFFOpen(file.c_str(), "a"), TIFFClose);
-  const auto write = [&](std::uint32_t side) {
+  TIFFMergeFieldInfo(tiff.get(), kField, 1);
+  const std::vector<double> numbers{1.5, 2.5, 3.5};
+  std::uint64_t below[] = {0};
+  TIFFSetField(tiff.get(), kPrivateTag, 3, numbers.data());
+  TIFFSetField(tiff.get(), TIFFTAG_SUBIFD, 1, below);
+  for (const std::uint8_t side : std::initializer_list<std::uint8_t>{40, 7}) {
     TIFFSetField(tiff.get(), TIFFTAG_IMAGEWIDTH, side);
     TIFFSetField(tiff.get(), TIFFTAG_IMAGELENGTH, side);
     TIFFSetField(tiff.get(), TIFFTAG_BITSPERSAMPLE, 8);
     TIFFSetField(tiff.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK);
-    std::vector<std::uint8_t> row(side, static_cast<std::uint8_t>(side));
+    std::vector<std::uint8_t> row(side, side);
     for (std::uint32_t y = 0; y < side; ++y) TIFFWriteScanline(tiff.get(), row.data(), y, 0);
-  };
-  TIFFCreateEXIFDirectory(tiff.get());
-  TIFFSetField(tiff.get(), EXIFTAG_SPECTRALSENSITIVITY, "a text that is too long for its entry");
-  std::uint64_t exif = 0;
-  TIFFWriteCustomDirectory(tiff.get(), &exif);
-  TIFFFreeDirectory(tiff.get());
-  TIFFCreateDirectory(tiff.get());
-  TIFFMergeFieldInfo(tiff.get(), kField, 1);
-
-  const std::vector<double> numbers{1.5, 2.5, 3.5};
-  std::uint64_t below[] = {0};
-  TIFFSetField(tiff.get(), TIFFTAG_EXIFIFD, exif);
-  TIFFSetField(tiff.get(), kPrivateTag, 3, numbers.data());
-  TIFFSetField(tiff.get(), TIFFTAG_SUBIFD, 1, below);
-  write(40);
-  TIFFWriteDirectory(tiff.get());
-  write(7);
-  TIFFWriteDirectory(tiff.get());
+    TIFFWriteDirectory(tiff.get());
+  }
 }
 
 TEST_F(TiffDeletePageTest, DirectoriesBelowAPageAndPrivateFieldsTravelAlong) {
   for (const std::string mode : {"wl", "wb", "wl8"}) {
     SCOPED_TRACE(mode);
-    writeRichPages(file, mode);
+    writeRichPages(file, {.mode = mode});
     TiffFile::deletePage(path, 1);
-
     const Handle tiff(TIFFOpen(file.c_str(), "r"), TIFFClose);
     std::uint32_t count = 0;
     const double* numbers = nullptr;
@@ -136,17 +115,11 @@ TEST_F(TiffDeletePageTest, DirectoriesBelowAPageAndPrivateFieldsTravelAlong) {
     EXPECT_EQ(std::vector<double>(numbers, numbers + count), (std::vector<double>{1.5, 2.5, 3.5}));
     std::uint16_t belowCount = 0;
     const std::uint64_t* below = nullptr;
-    std::uint64_t exif = 0;
     ASSERT_EQ(TIFFGetField(tiff.get(), TIFFTAG_SUBIFD, &belowCount, &below), 1);
-    ASSERT_EQ(TIFFGetField(tiff.get(), TIFFTAG_EXIFIFD, &exif), 1);
     ASSERT_EQ(TIFFSetSubDirectory(tiff.get(), below[0]), 1);
     std::vector<std::uint8_t> row(7);
     TIFFReadScanline(tiff.get(), row.data(), 6, 0);
     EXPECT_EQ(row, std::vector<std::uint8_t>(7, 7));
-    ASSERT_EQ(TIFFReadEXIFDirectory(tiff.get(), exif), 1);
-    const char* text = nullptr;
-    TIFFGetField(tiff.get(), EXIFTAG_SPECTRALSENSITIVITY, &text);
-    EXPECT_STREQ(text, "a text that is too long for its entry");
   }
 }
 
@@ -214,24 +187,6 @@ TEST_F(TiffDeletePageTest, RefusalsLeaveTheFileAlone) {
   }
   const auto names = std::distance(fs::directory_iterator(station.native()), {});
   EXPECT_EQ(names, 2) << "nothing written aside stays";
-}
-
-TEST_F(TiffDeletePageTest, DamagedFilesNeitherCrashNorGrow) {
-  for (const std::string mode : {"wl", "wb8"}) {
-    writeRichPages(file, mode);
-    const std::string good = readBytes(file);
-    withDamagedCopies(file, good, 150, [&] {
-      const std::string before = readBytes(file);
-      if (!failureOf([&] { TiffFile::deletePage(path, 2); }).empty()) {
-        EXPECT_EQ(readBytes(file), before);
-      }
-      EXPECT_LE(fs::file_size(file), good.size());
-      const std::string shorter = readBytes(file);
-      if (!failureOf([&] { TiffFile().append(path, plainPage(1)); }).empty()) {
-        EXPECT_EQ(readBytes(file), shorter);
-      }
-    });
-  }
 }
 
 }  // namespace

@@ -14,23 +14,19 @@
 namespace orvane::test {
 namespace {
 
-// The kernel's own count. A look costs a few reads of its own, the same ones each time.
-SystemWork workSoFar() {
-  std::ifstream counters("/proc/self/io");
-  std::string name;
-  std::uint64_t value = 0;
-  SystemWork work;
-  while (counters >> name >> value) {
-    if (name == "rchar:") work.bytesRead = value;
-    if (name == "wchar:") work.bytesWritten = value;
-    if (name == "syscr:" || name == "syscw:") work.calls += value;
-  }
-  return work;
+using Counters = std::map<std::string, std::int64_t>;
+
+Counters operator-(Counters left, const Counters& right) {
+  for (const auto& [name, value] : right) left[name] -= value;
+  return left;
 }
 
-SystemWork difference(const SystemWork& after, const SystemWork& before) {
-  return {after.bytesRead - before.bytesRead, after.bytesWritten - before.bytesWritten,
-          after.calls - before.calls};
+Counters readCounters() {
+  std::ifstream file("/proc/self/io");
+  Counters counters;
+  std::string name;
+  while (file >> name) file >> counters[name];
+  return counters;
 }
 
 }  // namespace
@@ -58,11 +54,11 @@ bool succeedsUnderSizeLimit(std::uint64_t limit, const std::function<void()>& wo
   return WEXITSTATUS(status) == 0;
 }
 
-SystemWork workOf(const std::function<void()>& work) {
-  const SystemWork first = workSoFar();
-  const SystemWork before = workSoFar();
+Counters inputAndOutputOf(const std::function<void()>& work) {
+  const Counters first = readCounters();
+  const Counters before = readCounters();
   work();
-  return difference(difference(workSoFar(), before), difference(before, first));
+  return (readCounters() - before) - (before - first);  // without what the look itself costs
 }
 
 void withDamagedCopies(const std::filesystem::path& path, const std::string& bytes, int count,

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <string>
 
 namespace orvane::test {
@@ -14,13 +15,8 @@ std::string failureOf(const std::function<void()>& work);
 /// True when it ended without a Failure.
 bool succeedsUnderSizeLimit(std::uint64_t limit, const std::function<void()>& work);
 
-/// What this process asked of the system between two looks.
-struct SystemWork {
-  std::uint64_t bytesRead = 0;
-  std::uint64_t bytesWritten = 0;
-  std::uint64_t calls = 0;
-};
-SystemWork workOf(const std::function<void()>& work);
+/// How many bytes and calls `work` took to read and to write, by the kernel's own count.
+std::map<std::string, std::int64_t> inputAndOutputOf(const std::function<void()>& work);
 
 /// Puts a byte of `bytes` to another value for each of `count` damaged copies, and cuts the file
 /// short for as many more; `tryOut` sees the file under `path` each time.

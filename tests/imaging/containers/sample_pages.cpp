@@ -93,40 +93,32 @@ SampleDocument makeDocument(const std::filesystem::path& folder, const std::stri
 }
 
 std::vector<SampleDocument> makeDocuments(const std::filesystem::path& folder) {
-  const TiffKind bilevel{.bits = 1, .photometric = PHOTOMETRIC_MINISWHITE};
-  TiffKind group4 = bilevel;
-  group4.compression = COMPRESSION_CCITTFAX4;
-  group4.rowsPerStrip = 45;
-  TiffKind group4Black = group4;
-  group4Black.photometric = PHOTOMETRIC_MINISBLACK;
-  TiffKind group4Strips = group4;
-  group4Strips.rowsPerStrip = 11;
-  const TiffKind rgb{.samples = 3, .photometric = PHOTOMETRIC_RGB};
-  TiffKind rgbLzw = rgb;
-  rgbLzw.compression = COMPRESSION_LZW;
-  rgbLzw.predictor = PREDICTOR_HORIZONTAL;
-  TiffKind rgba = rgb;
-  rgba.samples = 4;
-  rgba.extras = {EXTRASAMPLE_UNASSALPHA};
-
-  std::vector<SampleDocument> documents;
-  const auto add = [&](const std::string& name, const TiffKind& kind) {
-    documents.push_back(makeDocument(folder, name, kind));
+  constexpr std::uint16_t kGray = PHOTOMETRIC_MINISBLACK;
+  constexpr std::uint16_t kWhite = PHOTOMETRIC_MINISWHITE;
+  constexpr std::uint16_t kRgb = PHOTOMETRIC_RGB;
+  struct Row {
+    std::string name;
+    std::uint16_t bits, samples, photometric, compression;
+    std::uint32_t rowsPerStrip = 11;
   };
-  add("group4", group4);
-  add("group4 black", group4Black);
-  add("group4 strips", group4Strips);
-  add("bilevel", bilevel);
-  add("gray4", {.bits = 4});
-  add("gray8", {.bits = 8});
-  add("white8", {.bits = 8, .photometric = PHOTOMETRIC_MINISWHITE});
-  add("gray16", {.bits = 16});
-  add("palette4", {.bits = 4, .photometric = PHOTOMETRIC_PALETTE});
-  add("palette8", {.bits = 8, .photometric = PHOTOMETRIC_PALETTE});
-  add("rgb8", rgb);
-  add("rgb8 lzw", rgbLzw);
-  add("rgba8", rgba);
-  add("cmyk8", {.samples = 4, .photometric = PHOTOMETRIC_SEPARATED});
+  std::vector<SampleDocument> documents;
+  for (const Row& row :
+       {Row{"group4", 1, 1, kWhite, COMPRESSION_CCITTFAX4, 45},
+        Row{"group4 black", 1, 1, kGray, COMPRESSION_CCITTFAX4, 45},
+        Row{"group4 strips", 1, 1, kWhite, COMPRESSION_CCITTFAX4},
+        Row{"bilevel", 1, 1, kWhite, COMPRESSION_NONE}, Row{"gray4", 4, 1, kGray, COMPRESSION_NONE},
+        Row{"gray8", 8, 1, kGray, COMPRESSION_NONE}, Row{"white8", 8, 1, kWhite, COMPRESSION_NONE},
+        Row{"gray16", 16, 1, kGray, COMPRESSION_NONE},
+        Row{"palette4", 4, 1, PHOTOMETRIC_PALETTE, COMPRESSION_NONE},
+        Row{"palette8", 8, 1, PHOTOMETRIC_PALETTE, COMPRESSION_NONE},
+        Row{"rgb8", 8, 3, kRgb, COMPRESSION_NONE}, Row{"rgb8 lzw", 8, 3, kRgb, COMPRESSION_LZW},
+        Row{"rgba8", 8, 4, kRgb, COMPRESSION_NONE},
+        Row{"cmyk8", 8, 4, PHOTOMETRIC_SEPARATED, COMPRESSION_NONE}}) {
+    TiffKind kind{row.bits, row.samples, row.photometric, row.compression, row.rowsPerStrip};
+    if (row.compression == COMPRESSION_LZW) kind.predictor = PREDICTOR_HORIZONTAL;
+    if (row.photometric == kRgb && row.samples == 4) kind.extras = {EXTRASAMPLE_UNASSALPHA};
+    documents.push_back(makeDocument(folder, row.name, kind));
+  }
   documents.push_back(makeJpeg(folder, "jpeg gray", false));
   documents.push_back(makeJpeg(folder, "jpeg colour", true));
   return documents;
