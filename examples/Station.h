@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
-#include <set>
 #include <string>
 
 #include "docstore/ScanTree.h"
@@ -13,7 +12,8 @@
 
 namespace example {
 
-/// The program folder named on the command line, with its first batch as the current one.
+/// The program folder named on the command line, with the batch of its longest document as the
+/// current one.
 class Station {
  public:
   Station(int argc, char** argv) {
@@ -23,13 +23,12 @@ class Station {
     }
     folder_ = std::filesystem::absolute(argv[1]);
     orvane::setProgramFolder(orvane::pathText(folder_));
-    const std::filesystem::path batch = firstBatch();
-    orvane::gBatchFolder = orvane::pathText(batch);
-    document_ = longestDocument(batch);
+    document_ = longestDocument();
+    orvane::gBatchFolder = orvane::pathText(document_.parent_path());
   }
 
-  /// The name of the batch's longest document.
-  std::wstring document() const { return orvane::pathText(document_); }
+  /// The name of the station's longest document.
+  std::wstring document() const { return orvane::pathText(document_.filename()); }
 
   /// The path text of a file in a folder of the example's own.
   std::wstring output(const std::string& name) const {
@@ -38,23 +37,13 @@ class Station {
   }
 
  private:
-  std::filesystem::path firstBatch() const {
-    std::set<std::filesystem::path> batches;
-    for (const auto& entry : std::filesystem::directory_iterator(folder_ / "Batchs")) {
-      batches.insert(entry.path());
-    }
-    return *batches.begin();
-  }
-
-  static std::filesystem::path longestDocument(const std::filesystem::path& batch) {
+  std::filesystem::path longestDocument() const {
     std::filesystem::path longest;
     std::uintmax_t size = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(batch)) {
-      std::error_code none;
-      const std::uintmax_t listSize = std::filesystem::file_size(entry.path() / "Doc.dat", none);
-      if (none || listSize <= size) continue;
-      longest = entry.path().filename();
-      size = listSize;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_ / "Batchs")) {
+      if (entry.path().filename() != "Doc.dat" || entry.file_size() <= size) continue;
+      longest = entry.path().parent_path();
+      size = entry.file_size();
     }
     return longest;
   }
