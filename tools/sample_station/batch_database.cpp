@@ -4,21 +4,10 @@
 #include <sqlite3.h>
 #include <stdexcept>
 
+#include "batch_table.h"
+
 namespace orvane::sample {
 namespace {
-
-constexpr const char* kSchema = R"(
-create table T_BatchInfo (
-  BatchID     text not null primary key,
-  BatchState  text,
-  CreateDate  text,
-  PaperNum    integer,
-  ScanUser    text,
-  ScanStation text,
-  Remark      text
-);
-create index IX_BatchInfo_State on T_BatchInfo (BatchState, CreateDate);
-)";
 
 constexpr const char* kInsert =
     "insert into T_BatchInfo (BatchID, BatchState, CreateDate, PaperNum, ScanUser, ScanStation)"
@@ -69,7 +58,7 @@ void insert(sqlite3* database, const BatchRow& row) {
 
 void createBatchDatabase(const std::filesystem::path& file, const std::vector<BatchRow>& rows) {
   const Database database = openNew(file);
-  check(database.get(), sqlite3_exec(database.get(), kSchema, nullptr, nullptr, nullptr));
+  check(database.get(), sqlite3_exec(database.get(), kBatchTable, nullptr, nullptr, nullptr));
   for (const BatchRow& row : rows) insert(database.get(), row);
 }
 
