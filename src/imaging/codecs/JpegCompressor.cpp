@@ -2,21 +2,16 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <jerror.h>
 #include <utility>
 
 #include "foundation/Failure.h"
+#include "imaging/codecs/jpeg_density.h"
 
 namespace orvane {
 namespace {
 
 constexpr JDIMENSION kRowsAtOnce = 16;
-
-UINT16 dotsPerInch(double resolution) {
-  if (!(resolution >= 1.0)) return 1;
-  return static_cast<UINT16>(std::lround(std::min(resolution, 65535.0)));
-}
 
 constexpr std::size_t kFirstOutput = std::size_t{1} << 16;
 
@@ -93,8 +88,8 @@ bool JpegCompressor::tryCompress(const Raster& raster, const JpegTables& tables,
   jpeg_set_defaults(&info_);  // YCbCr with 2 x 2 subsampling for RGB, the Annex K Huffman tables
   info_.dct_method = JDCT_ISLOW;
   info_.density_unit = 1;
-  info_.X_density = dotsPerInch(resolution.x);
-  info_.Y_density = dotsPerInch(resolution.y);
+  info_.X_density = jfifDensity(resolution.x);
+  info_.Y_density = jfifDensity(resolution.y);
   setTable(0, tables.luminance);
   setTable(1, tables.chrominance);
   jpeg_start_compress(&info_, TRUE);

@@ -14,6 +14,9 @@ using QuantisationTable = std::array<std::uint16_t, 64>;
 extern const QuantisationTable kAnnexKLuminance;
 extern const QuantisationTable kAnnexKChrominance;
 
+/// The place in a table of each coefficient in zigzag order (T.81 figure A.6).
+extern const std::array<std::uint8_t, 64> kZigzag;
+
 struct JpegTables {
   QuantisationTable luminance;
   QuantisationTable chrominance;
