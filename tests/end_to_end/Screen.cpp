@@ -22,11 +22,12 @@ std::string lineFrom(int end) {
 Screen::Screen() {
   int ends[2];
   if (pipe(ends) != 0) throw std::runtime_error("pipe failed");
-  // A number of its own: a server that is just going takes the socket of its successor with it.
+  // A number of its own, since a server that is just going takes the socket of its successor with
+  // it; and no reset, which would turn away who comes in just as the last client leaves.
   const std::string display = ":" + std::to_string(100 + getpid() % 50000);
   server_ = std::make_unique<Process>(
       std::vector<std::string>{"Xvfb", display, "-displayfd", std::to_string(ends[1]), "-screen",
-                               "0", "1280x1024x24", "-dpi", "96", "-nolisten", "tcp"});
+                               "0", "1280x1024x24", "-dpi", "96", "-noreset", "-nolisten", "tcp"});
   close(ends[1]);
   if (":" + lineFrom(ends[0]) != display) throw std::runtime_error("Xvfb did not start");
   setenv("DISPLAY", display.c_str(), 1);
