@@ -24,10 +24,12 @@ std::uint16_t LoadedPage::bitsPerPixel() const {
   return changed_ ? changed_->bitsPerPixel() : file_->info().bitsPerPixel;
 }
 
-std::optional<EncodedImage> LoadedPage::wholeGroup4Strips() const {
+std::optional<EncodedImage> LoadedPage::wholeGroup4Strips() {
   if (changed_) return std::nullopt;
   std::optional<EncodedImage> strips = file_->group4Strips();
-  if (strips && findGroup4Damage(*strips)) return std::nullopt;
+  if (!strips) return std::nullopt;
+  damage_ = findGroup4Damage(*strips);
+  if (damage_) return std::nullopt;
   return strips;
 }
 
@@ -40,9 +42,11 @@ Raster& LoadedPage::changeablePixels() {
   return *changed_;
 }
 
+// libtiff lets some damage of Group 4 data pass; the walk over its codes does not.
 Raster LoadedPage::decode() {
   DecodedPage decoded = file_->decode();
   if (decoded.damage) damage_ = std::move(decoded.damage);
+  if (!damage_) wholeGroup4Strips();
   return std::move(decoded.raster);
 }
 

@@ -24,8 +24,9 @@ class LoadedPage {
   std::uint16_t bitsPerPixel() const;
   const Resolution& resolution() const { return resolution_; }
 
-  /// The page's own Group 4 strips, when nothing has changed it and they are whole.
-  std::optional<EncodedImage> wholeGroup4Strips() const;
+  /// The page's own Group 4 strips, when nothing has changed it and they are whole. Damage in them is
+  /// noted.
+  std::optional<EncodedImage> wholeGroup4Strips();
 
   /// The pixels, for a reader that keeps them: decoded anew from the file, or a copy of the changed
   /// ones. Damage met on the way is noted.
