@@ -17,8 +17,8 @@ class BitWriter {
     if (needed > data_.size()) data_.resize(needed + data_.size() / 2);
   }
 
-  /// Adds the `count` low bits of `bits`, whose others are 0. At most 32. Whole bytes go out at
-  /// once: that is cheaper than to ask each time whether a word is full.
+  /// Adds the `count` low bits of `bits`, whose others are 0; 1 to 32 of them. Whole bytes go out
+  /// at once: that is cheaper than to ask each time whether a word is full.
   void put(std::uint32_t bits, unsigned count) {
     pendingCount_ += count;
     pending_ |= std::uint64_t{bits} << (64 - pendingCount_);

@@ -36,7 +36,7 @@ void JpegRequantiser::beginStream(const JpegHeader& source) {
 void JpegRequantiser::finish(Bytes& stream) {
   bits_.reserve(1);
   const auto open = static_cast<unsigned>(-bits_.bitCount() % 8);
-  bits_.put((1u << open) - 1, open);
+  if (open != 0) bits_.put((1u << open) - 1, open);
   appendStuffed(stream, bits_.take());
 }
 
