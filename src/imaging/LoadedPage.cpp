@@ -2,7 +2,9 @@
 
 #include <utility>
 
+#include "foundation/Failure.h"
 #include "imaging/codecs/group4.h"
+#include "imaging/codecs/jpeg_transcode.h"
 
 namespace orvane {
 
@@ -31,6 +33,18 @@ std::optional<EncodedImage> LoadedPage::wholeGroup4Strips() {
   damage_ = findGroup4Damage(*strips);
   if (damage_) return std::nullopt;
   return strips;
+}
+
+std::optional<EncodedImage> LoadedPage::transcodedJpeg(JpegFactors factors) {
+  if (changed_) return std::nullopt;
+  const std::optional<EncodedImage> strips = file_->jpegStrips();
+  if (!strips) return std::nullopt;
+  try {
+    return transcodeJpeg(*strips, factors);
+  } catch (const Failure& damage) {
+    damage_ = damage.what();
+    return std::nullopt;
+  }
 }
 
 Raster LoadedPage::pixels() {

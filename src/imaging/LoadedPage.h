@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "imaging/codecs/jpeg.h"
 #include "imaging/page/EncodedImage.h"
 #include "imaging/page/Raster.h"
 #include "imaging/page/TiffPage.h"
@@ -24,9 +25,13 @@ class LoadedPage {
   std::uint16_t bitsPerPixel() const;
   const Resolution& resolution() const { return resolution_; }
 
-  /// The page's own Group 4 strips, when nothing has changed it and they are whole. Damage in them is
-  /// noted.
+  /// The page's own Group 4 strips, when nothing has changed it and they are whole. Damage in them
+  /// is noted.
   std::optional<EncodedImage> wholeGroup4Strips();
+
+  /// The page as a JPEG save without a turn through its pixels, when nothing has changed it and its
+  /// own JPEG strips allow it. Damage in them is noted.
+  std::optional<EncodedImage> transcodedJpeg(JpegFactors factors);
 
   /// The pixels, for a reader that keeps them: decoded anew from the file, or a copy of the changed
   /// ones. Damage met on the way is noted.

@@ -64,6 +64,7 @@ EncodedImage encodeForPdf(LoadedPage& page, const SaveSettings& settings) {
 }
 
 EncodedImage encodeForJpeg(LoadedPage& page, const SaveSettings& settings) {
+  if (auto transcoded = page.transcodedJpeg(settings.jpegFactors)) return *std::move(transcoded);
   return withResolution(
       encodeJpeg(toGrayOrRgb8(page.pixels()), settings.jpegFactors, page.resolution()),
       page.resolution());

@@ -5,8 +5,8 @@
 
 #include "imaging/page/tiff_decode.h"
 #include "imaging/page/tiff_directories.h"
-#include "imaging/page/tiff_group4.h"
 #include "imaging/page/tiff_resolution.h"
+#include "imaging/page/tiff_strips.h"
 
 namespace orvane {
 namespace {
@@ -77,6 +77,12 @@ const PageInfo& TiffPage::info() const {
 
 std::optional<EncodedImage> TiffPage::group4Strips() const {
   std::optional<EncodedImage> image = readGroup4Strips(impl_->tiff, impl_->layout);
+  if (image) image->resolution = impl_->info.resolution;
+  return image;
+}
+
+std::optional<EncodedImage> TiffPage::jpegStrips() const {
+  std::optional<EncodedImage> image = readJpegStrips(impl_->tiff, impl_->layout);
   if (image) image->resolution = impl_->info.resolution;
   return image;
 }

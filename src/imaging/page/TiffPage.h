@@ -43,6 +43,12 @@ class TiffPage {
   /// cannot be read whole.
   std::optional<EncodedImage> group4Strips() const;
 
+  /// The untouched strips of an upright gray or YCbCr page that is encoded as one or more JPEG
+  /// strips (TIFF Technical Note 2), each made a complete stream with the tables of the directory,
+  /// and not yet verified; nothing for every other page, and for one whose strips cannot be read
+  /// whole.
+  std::optional<EncodedImage> jpegStrips() const;
+
   /// Decodes the page and brings it upright (TIFF 6.0 Orientation). Damage is reported in the
   /// result; a page that cannot be decoded at all throws Failure.
   DecodedPage decode() const;
