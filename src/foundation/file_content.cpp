@@ -16,6 +16,7 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t kLargestTextFile = std::size_t{64} << 20;
+constexpr std::size_t kReadBlock = std::size_t{16} << 10;
 constexpr std::size_t kCopyBlock = std::size_t{1} << 20;
 
 void copyBytes(const FileDescriptor& source, const FileDescriptor& target) {
@@ -46,7 +47,7 @@ void FileSystemObject::CopyFile(const std::wstring& source, const std::wstring& 
 std::string FileSystemObject::ReadFile(const std::wstring& path) {
   const FileDescriptor file = FileDescriptor::openRegularFile(path);
   std::string content;
-  std::vector<char> block(64 * 1024);
+  std::vector<char> block(kReadBlock);
   while (const std::size_t count = file.read(block.data(), block.size())) {
     if (content.size() + count > kLargestTextFile) throw systemFailure(EFBIG, path);
     content.append(block.data(), count);

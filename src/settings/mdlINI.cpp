@@ -31,16 +31,6 @@ std::string contentOf(const std::wstring& sIniFile) {
   return files.FileExists(sIniFile) ? files.ReadFile(sIniFile) : std::string();
 }
 
-// A file that cannot be read has no value, like one that is missing.
-std::string storedValue(const std::wstring& sIniFile, const std::string& section,
-                        const std::string& key) {
-  try {
-    return profileValue(contentOf(sIniFile), section, key);
-  } catch (const std::exception&) {
-    return {};
-  }
-}
-
 // As much of a value as fits the buffer of the reader, without half a character at its end.
 std::wstring shortened(const std::string& value) {
   if (value.size() <= kLongestValue) return fromAnsi(value);
@@ -70,7 +60,8 @@ std::wstring ReadIniValue(const std::wstring& sIniFile, std::wstring& sSection, 
   try {
     const std::string section = crossed(sSection);
     const std::string key = crossed(sKey);
-    std::wstring value = shortened(storedValue(sIniFile, section, key));
+    // A file that cannot be read ends here: the default must not go over a value that stands in it.
+    std::wstring value = shortened(profileValue(contentOf(sIniFile), section, key));
     value.resize(std::min(value.find(L'\0'), value.size()));
     if (!value.empty()) return value;
     WriteIniValue(sIniFile, sSection, sKey, sDefault);

@@ -6,7 +6,9 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include "foundation/Failure.h"
 #include "foundation/ansi_text.h"
+#include "foundation/mdlFolderAndFile.h"
 #include "support/AsOrdinaryUser.h"
 #include "support/TempStation.h"
 #include "support/command.h"
@@ -143,12 +145,28 @@ TEST_F(Ini, WhatCannotBeWrittenStaysAsItWas) {
 
   // Nor is a folder or a file too large to be one of ours replaced, nor a folder made.
   outputOf("truncate -s 65M " + quoted(station.native("large.ini")));
-  for (const wchar_t* path : {L"", L"large.ini", L"no-folder\\data.ini"}) {
+  const std::wstring cases[][2] = {
+      {L"", L"d"}, {L"large.ini", L""}, {L"no-folder\\data.ini", L"d"}};
+  for (const auto& [path, value] : cases) {
     mdlINI::IniFilePath = station.path(path);
-    EXPECT_EQ(read(L"S", L"k", L"d"), L"d");
+    EXPECT_EQ(read(L"S", L"k", L"d"), value);
   }
   EXPECT_EQ(fs::file_size(station.native("large.ini")), 65U << 20);
   EXPECT_EQ(outputOf("ls -A " + quoted(station.native())), "data.ini\nlarge.ini\n");
+}
+
+TEST_F(Ini, AReadThatFailsForOnceDoesNotPutTheDefaultOverTheValue) {
+  struct FailsOnce : FileSystemObject {
+    std::string ReadFile(const std::wstring& path) override {
+      return ++reads == 1 ? throw Failure("input/output error") : FileSystemObject::ReadFile(path);
+    }
+    int reads = 0;
+  };
+  writeBytes(file, "[S]\nk=1\n");
+  gFileSystem = std::make_unique<FailsOnce>();
+  EXPECT_EQ(read(L"S", L"k", L"d"), L"");
+  EXPECT_EQ(read(L"S", L"k", L"d"), L"1");
+  gFileSystem.reset();
 }
 
 }  // namespace
