@@ -1,0 +1,117 @@
+# For scripts that use the program as an operator does, on a screen in memory: to be sourced. The
+# script calls startScreen, then startProgram for each station; all is ended when the script ends.
+# Sets station, programId, windowId, and scratch, a folder that goes with the script.
+
+scratch=$(mktemp -d)
+station='' programId='' screenId=''
+
+endChildren() {
+  local id
+  for id in $programId $screenId; do
+    kill "$id" 2>/dev/null || true
+    wait "$id" 2>/dev/null || true
+  done
+  rm -rf "$scratch"
+}
+trap endChildren EXIT
+trap 'exit 130' INT TERM
+
+# The script's own name for messages, and where it wants the picture of a failed screen.
+scriptName=$(basename "$0")
+failurePicture=${failurePicture:-}
+
+fail() {
+  echo "$scriptName: $*" >&2
+  if [ -n "$screenId" ] && [ -n "$failurePicture" ] &&
+    import -window root "$failurePicture" 2>/dev/null; then
+    echo "$scriptName: the screen as it was: $failurePicture" >&2
+  fi
+  [ ! -s "$scratch/program.log" ] || sed 's/^/  program: /' "$scratch/program.log" >&2
+  local log
+  for log in "$station"/Log/*; do
+    [ ! -f "$log" ] || iconv -c -f CP936 -t UTF-8 "$log" | sed 's/^/  log: /' >&2
+  done
+  exit 1
+}
+
+waitFor() {  # what, seconds, condition...
+  local what=$1 end=$((SECONDS + $2))
+  shift 2
+  until "$@"; do
+    [ -z "$programId" ] || kill -0 "$programId" 2>/dev/null || fail "the program ended before $what"
+    [ $SECONDS -lt $end ] || fail "waited in vain for $what"
+    sleep 0.1
+  done
+}
+
+startScreen() {
+  export XDG_RUNTIME_DIR=$scratch/runtime QT_QPA_PLATFORM=xcb
+  unset WAYLAND_DISPLAY QT_SCALE_FACTOR
+  mkdir -m 700 "$XDG_RUNTIME_DIR"
+  # A number of its own: a server that is just going takes the socket of its successor with it.
+  Xvfb ":$((100 + $$ % 50000))" -displayfd 3 -screen 0 1280x1024x24 -dpi 96 -nolisten tcp \
+    3>"$scratch/display" 2>"$scratch/screen.log" &
+  screenId=$!
+  waitFor "the screen in memory" 15 test -s "$scratch/display"
+  DISPLAY=:$(<"$scratch/display")
+  export DISPLAY
+}
+
+# Starts a program that works in the station `$1` (by itself, or by the command behind it) and waits
+# for its window.
+startProgram() {  # station [command...]
+  station=$1
+  shift
+  [ $# -gt 0 ] || set -- "$station/orvane-export"
+  "$@" 2>"$scratch/program.log" &
+  programId=$!
+  waitFor "the window" 15 windowIsThere
+  xdotool windowfocus --sync "$windowId"
+}
+
+windowIsThere() {
+  windowId=$(xdotool search --onlyvisible --name '^Orvane成果导出$' 2>/dev/null | head -n 1)
+  [ -n "$windowId" ]
+}
+
+# The window's measures are known at 96 dots per inch: 933 x 645 pixels.
+clickAt() {
+  xdotool mousemove --sync --window "$windowId" "$1" "$2" click 1
+}
+
+# 启动, and what follows until every waiting batch is exported and the run is over. The lines of the
+# window's list are in $scratch/list then.
+runToItsEnd() {
+  clickAt 64 608
+  waitFor "the export of all batches" 40 noBatchIsWaiting
+  waitFor "the end of the run" 10 runHasEnded
+  clickAt 800 600  # below the lines: nothing stays selected
+}
+
+noBatchIsWaiting() {
+  [ "$(sqlite3 -cmd '.timeout 2000' "$station/Orvane.dll" \
+    "select count(*) from T_BatchInfo where BatchState = '完成扫描'")" = 0 ]
+}
+
+runHasEnded() {
+  copyList && grep -qF '没有扫描完成的档案！' "$scratch/list"
+}
+
+# Takes the lines of the window's list as an operator would: a click, Ctrl+A, Ctrl+C.
+copyList() {
+  clickAt 800 600
+  xdotool key --clearmodifiers ctrl+a ctrl+c
+  timeout 2 xclip -o -selection clipboard -t UTF8_STRING >"$scratch/list" 2>/dev/null
+}
+
+closeProgram() {
+  clickAt 304 608  # 退出
+  local end=$((SECONDS + 10)) status=0
+  while kill -0 "$programId" 2>/dev/null; do
+    [ $SECONDS -lt $end ] || fail "the program did not close"
+    sleep 0.1
+  done
+  wait "$programId" || status=$?
+  programId=''
+  [ $status -eq 0 ] || fail "the program ended with status $status"
+}
