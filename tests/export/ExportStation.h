@@ -34,7 +34,8 @@ class ExportStation : public TempStation {
   }
 
   std::string query(const std::string& sql) const {
-    return outputOf("sqlite3 " + quoted(native("Orvane.dll")) + " \"" + sql + "\"");
+    return outputOf("sqlite3 -cmd '.timeout 10000' " + quoted(native("Orvane.dll")) + " \"" + sql +
+                    "\"");
   }
 
   /// State and remark of a batch: "完成扫描|".
@@ -71,6 +72,8 @@ class ExportStation : public TempStation {
 
   /// The whole scan tree, with the bytes of every file.
   std::map<std::string, std::string> scanTree() const { return contentOf(native("Batchs")); }
+
+  std::map<std::string, std::string> outputTree() const { return contentOf(output()); }
 
   static const std::string& grayPage() {
     static const std::string bytes =

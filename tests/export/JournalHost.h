@@ -44,6 +44,7 @@ class JournalHost final : public RunHost, private ProgressList {
   std::wstring pageNumberWidth = L"3";
   bool stopAfterBatch = false;         ///< the operator presses stop when a batch is over
   std::function<void()> whenYielding;  ///< what the operator does meanwhile
+  std::function<void(const std::string&)> whenLineAdded;
   RecordingWindow window;
   std::vector<std::string> journal;
   std::vector<std::string> lines;
@@ -52,6 +53,7 @@ class JournalHost final : public RunHost, private ProgressList {
   void addItem(std::wstring_view line) override {
     lines.push_back(toUtf8(line));
     journal.push_back("line " + lines.back());
+    if (whenLineAdded) whenLineAdded(lines.back());
     if (stopAfterBatch && line == L" ") stopRequested_ = true;
   }
   void clear() override { lines.clear(); }

@@ -1,0 +1,137 @@
+#include "trust/ReferenceStation.h"
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "export/JournalHost.h"
+#include "export/RunOutPutBatch.h"
+#include "settings/ExportSettingsFile.h"
+#include "settings/NamingPattern.h"
+
+namespace orvane::test {
+
+ReferenceStation::ReferenceStation() {
+  const std::string sheet = "convert -size 240x300 gradient: -density 200 ";
+  const std::string pages[] = {
+      outputOf(sheet + "-ordered-dither o8x8 -monochrome -compress group4 tif:-"),
+      outputOf(sheet + "-depth 8 -compress none tif:-"),
+      outputOf(sheet + "-type TrueColor -compress jpeg tif:-")};
+  std::vector<std::string> batches;
+  for (int i = 0; i < kBatches; ++i) {
+    batches.push_back("B" + std::to_string(i));
+    for (const char* name : {"D1/P0", "D1/P1", "D2/P2"}) {
+      writeBytes(scan(batches.back() + "/" + name + ".tif"), pages[name[4] - '0']);
+    }
+    writeBytes(scan(batches.back() + "/D1/Doc.dat"), "P0$P1$");
+    writeBytes(scan(batches.back() + "/D2/Doc.dat"), "P2$");
+  }
+  createTable(batches);
+  writeBytes(native("data.ini"),
+             "; kept\r\n[Setting]\r\nPerName=x\r\nSavePath=" + toUtf8(outputText()) +
+                 "\r\n[Commit]\r\nSaveFileType=2\r\nIsMutiPage=True\r\nCompressionType=1\r\n"
+                 "CompressionRatios=2\r\nReNameFormat=" +
+                 toAnsi(kNameOfDocument) +
+                 "\r\nReNameSp1=+\r\nReNameSp2=_\r\nIsCreateDocFolder=False\r\n"
+                 "IsCreateBatchFolder=True\r\n");
+  database_ = readBytes(native("Orvane.dll"));
+  settings_ = readBytes(native("data.ini"));
+  scans_ = scanTree();
+  if (inChild([this] { return work(); }) != 0) throw std::runtime_error("the reference run failed");
+  outputs_ = outputTree();
+  finishedSettings_ = readBytes(native("data.ini"));
+}
+
+void ReferenceStation::reset() const {
+  for (const char* name : {"output", "Log", "Orvane.dll-journal", "data.ini.new"}) {
+    std::filesystem::remove_all(native(name));
+  }
+  std::filesystem::create_directory(output());
+  writeBytes(native("Orvane.dll"), database_);
+  writeBytes(native("data.ini"), settings_);
+}
+
+ExportSettings ReferenceStation::formOf(int batch) const {
+  const struct {
+    std::int16_t fileType;
+    bool multiPage;
+    std::int16_t compressionType;
+    bool batchFolder, documentFolder;
+  } forms[kBatches] = {{0, false, 0, true, true},
+                       {0, true, 1, true, false},
+                       {1, false, 0, false, true},
+                       {2, true, 0, true, false},
+                       {2, true, 1, false, false}};
+  ExportSettings settings;
+  settings.SaveFileType = forms[batch].fileType;
+  settings.IsMutiPage = forms[batch].multiPage;
+  settings.CompressionType = forms[batch].compressionType;
+  settings.IsCreateBatchFolder = forms[batch].batchFolder;
+  settings.IsCreateDocFolder = forms[batch].documentFolder;
+  settings.ReNameFormat = kNameOfDocumentAndPage;
+  settings.SavePath = outputText();
+  if (!settings.IsCreateBatchFolder) settings.SavePath += L"\\B" + std::to_wstring(batch);
+  return settings;
+}
+
+int ReferenceStation::work() const {
+  JournalHost host;
+  bool failed = false, broken = false;
+  int passes = 0;
+  ExportForm form;
+  LoadExportSettings(form);
+  host.options.SavePath = outputText();
+  host.whenLineAdded = [&](const std::string& line) {
+    if (line.ends_with("开始导出...")) {
+      host.options = formOf(line[std::string("档案：B").size()] - '0');
+      if (++passes == 2 * kBatches) host.setIsStopRequested(true);  // it would try for ever
+    } else if (line.find("失败") != line.npos) {
+      failed = true;
+      broken = broken || !outputsAreWhole();
+    }
+  };
+  RunOutPutBatch(host);
+  SaveExportSettings(form);
+  if (broken) return 2;
+  return failed || !host.window.boxes.empty() ? 1 : 0;
+}
+
+bool ReferenceStation::outputsAreWhole() const {
+  for (const auto& [name, bytes] : outputTree()) {
+    if (!outputs_.contains(name) || outputs_.at(name) != bytes) return false;
+  }
+  return true;
+}
+
+std::string ReferenceStation::wrongs(bool wasKilled) const {
+  std::string found;
+  if (scanTree() != scans_) found += "the scans changed; ";
+  const std::string settings = readBytes(native("data.ini"));
+  if (settings != settings_ && settings != finishedSettings_) found += "data.ini: " + settings;
+  if (!wasKilled && !outputsAreWhole()) found += "a broken file is left; ";
+  const std::string states = query(
+      "pragma integrity_check; select BatchID from T_BatchInfo where BatchState='完成成果输出'");
+  if (!states.starts_with("ok\n")) found += "the database: " + states;
+  const auto outputs = outputTree();
+  for (const auto& [name, bytes] : outputs_) {
+    const bool isExported = states.find(name.substr(0, 2)) != states.npos;
+    const bool isWhole = outputs.contains(name) && outputs.at(name) == bytes;
+    if (isExported && !isWhole) found += name + " is not whole; ";
+  }
+  return found;
+}
+
+bool ReferenceStation::isFinished() const {
+  return outputTree() == outputs_ && readBytes(native("data.ini")) == finishedSettings_ &&
+         query("select count(*) from T_BatchInfo where BatchState='完成成果输出'") ==
+             std::to_string(kBatches) + "\n";
+}
+
+int inChild(const std::function<int()>& work) {
+  const pid_t child = fork();
+  if (child == 0) _exit(work());
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+}  // namespace orvane::test

@@ -1,0 +1,39 @@
+#pragma once
+
+/// System calls that fail, or end the process, when a test says so. The library stands in front of
+/// the C library, linked to a test or preloaded into a program. Only files below one folder are
+/// watched, and allocations of 64 KiB and more.
+namespace orvane::test {
+
+enum CallKind : unsigned {
+  kWrite = 1,    ///< write, pwrite, writev, pwritev
+  kOpen = 2,     ///< open, openat, for writing
+  kRename = 4,   ///< rename, renameat2
+  kSync = 8,     ///< fsync, fdatasync
+  kClose = 16,   ///< close of a file that was opened for writing
+  kResize = 32,  ///< ftruncate, posix_fallocate
+  kMemory = 64,  ///< malloc, calloc, realloc
+  kFolder = 128,
+  kRemove = 256,
+  kAllButRemove = 255,
+  kAllButMemory = 511 - kMemory,
+};
+
+enum class Fault {
+  None,        ///< only counts
+  Fail,        ///< call number `at` fails
+  FailOnward,  ///< it and every later one fails, as on a full disk
+  Short,       ///< a write takes only half of its bytes
+  Kill,        ///< SIGKILL in front of the call
+};
+
+extern "C" {
+
+/// From now on counts the calls of `kinds`, from 1, and lets the fault happen at call `at`.
+void armFaults(const char* folder, unsigned kinds, Fault fault, long at);
+
+/// Ends the watch and gives the number of calls counted.
+long disarmFaults();
+}
+
+}  // namespace orvane::test
