@@ -68,7 +68,7 @@ void Group4RowWriter::writeRow(const ChangingElements& reference, const Changing
     }
     const std::int32_t offset = *a1 - *b1;
     if (-kMaxOffset <= offset && offset <= kMaxOffset) {
-      put(bits, kVerticalCodes[static_cast<std::size_t>(offset + kMaxOffset)]);
+      put(bits, kVerticalCodes[verticalIndex(offset)]);
       if (*a1 == width) return;
       a0 = *a1++;
       black = !black;

@@ -65,7 +65,7 @@ bool isPossible(const HuffmanTable& table) {
 HuffmanDecoder::HuffmanDecoder(const HuffmanTable& table) : symbols_(table.symbols) {
   forEachCode(table, [&](std::uint32_t code, unsigned length, std::size_t index) {
     codesEnd_[length] = code + 1;
-    symbolOfCode_[length] = static_cast<std::int32_t>(index) - static_cast<std::int32_t>(code);
+    firstSymbol_[length] = static_cast<std::uint32_t>(index) - code;  // may wrap, and back again
     if (length > kShortBits) return;
     const unsigned open = kShortBits - length;
     std::fill_n(short_.begin() + (code << open), std::size_t{1} << open,
@@ -77,9 +77,7 @@ HuffmanDecoder::Hit HuffmanDecoder::findLong(std::uint64_t bits) const {
   for (unsigned length = kShortBits + 1; length < codesEnd_.size(); ++length) {
     const auto code = static_cast<std::uint32_t>(bits >> (64 - length));
     if (code < codesEnd_[length]) {
-      const auto index =
-          static_cast<std::size_t>(symbolOfCode_[length] + static_cast<std::int32_t>(code));
-      return {static_cast<std::uint8_t>(length), symbols_[index]};
+      return {static_cast<std::uint8_t>(length), symbols_[firstSymbol_[length] + code]};
     }
   }
   return {};

@@ -48,7 +48,7 @@ class HuffmanDecoder {
 
   std::array<Hit, 1u << kShortBits> short_{};
   std::array<std::uint32_t, 17> codesEnd_{};     ///< behind the last code of each length
-  std::array<std::int32_t, 17> symbolOfCode_{};  ///< index of a symbol minus its code
+  std::array<std::uint32_t, 17> firstSymbol_{};  ///< index of a symbol minus its code
   Bytes symbols_;
 };
 

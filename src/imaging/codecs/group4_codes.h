@@ -17,6 +17,11 @@ inline constexpr std::int32_t kMaxOffset = 3;
 inline constexpr std::array<std::string_view, 7> kVertical = {"0000010", "000010", "010",    "1",
                                                               "011",     "000011", "0000011"};
 
+/// The place in `kVertical` for a1 lying `offset` pixels from b1.
+constexpr std::size_t verticalIndex(std::int32_t offset) {
+  return static_cast<std::size_t>(offset) + static_cast<std::size_t>(kMaxOffset);
+}
+
 /// A run is coded as any number of 2560s, at most one other multiple of 64, then 0 to 63.
 inline constexpr std::int32_t kMakeUpUnit = 64;
 inline constexpr std::int32_t kLongestMakeUp = 2560;

@@ -52,7 +52,7 @@ constexpr ModeTable makeModeTable() {
     forEachIndex(code, kModeBits, [&](std::uint32_t index) { table[index] = entry; });
   };
   for (std::int32_t offset = -kMaxOffset; offset <= kMaxOffset; ++offset) {
-    add(kVertical[static_cast<std::size_t>(offset + kMaxOffset)], Mode::Vertical, offset);
+    add(kVertical[verticalIndex(offset)], Mode::Vertical, offset);
   }
   add(kHorizontal, Mode::Horizontal, 0);
   add(kPass, Mode::Pass, 0);

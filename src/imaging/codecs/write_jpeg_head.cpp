@@ -57,7 +57,7 @@ Bytes scan(const JpegHeader& header) {
 using HuffmanTables = std::array<std::optional<HuffmanTable>, 4>;
 
 void appendHuffmanTables(Bytes& stream, const HuffmanTables& tables, std::uint8_t kind) {
-  for (std::uint8_t i = 0; i < tables.size(); ++i) {
+  for (std::size_t i = 0; i < tables.size(); ++i) {
     if (!tables[i]) continue;
     Bytes content = {static_cast<std::uint8_t>(kind + i)};
     content.insert(content.end(), tables[i]->counts.begin(), tables[i]->counts.end());
@@ -71,9 +71,9 @@ void appendHuffmanTables(Bytes& stream, const HuffmanTables& tables, std::uint8_
 Bytes jpegHead(const JpegHeader& header, const Resolution& resolution) {
   Bytes stream = {0xFF, kStartOfImage};
   appendSegment(stream, kApplication0, jfif(resolution));
-  for (std::uint8_t i = 0; i < header.quantisation.size(); ++i) {
+  for (std::size_t i = 0; i < header.quantisation.size(); ++i) {
     if (!header.quantisation[i]) continue;
-    Bytes content = {i};
+    Bytes content = {static_cast<std::uint8_t>(i)};
     for (const std::uint16_t entry : *header.quantisation[i]) {
       content.push_back(static_cast<std::uint8_t>(entry));
     }

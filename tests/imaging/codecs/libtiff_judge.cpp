@@ -1,11 +1,10 @@
 #include "imaging/codecs/libtiff_judge.h"
 
 #include <algorithm>
-#include <cstring>
-#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <sys/mman.h>
 #include <tiffio.h>
 
 #include "imaging/codecs/encoded_form.h"
@@ -13,45 +12,11 @@
 namespace orvane::test {
 namespace {
 
-struct MemoryFile {
-  Bytes bytes;
-  std::size_t position = 0;
-};
-
-MemoryFile& fileOf(thandle_t handle) {
-  return *static_cast<MemoryFile*>(handle);
-}
-
-tmsize_t readMemory(thandle_t handle, void* to, tmsize_t size) {
-  MemoryFile& file = fileOf(handle);
-  const std::size_t left = file.bytes.size() - std::min(file.position, file.bytes.size());
-  const std::size_t count = std::min(left, static_cast<std::size_t>(size));
-  if (count != 0) std::memcpy(to, file.bytes.data() + file.position, count);
-  file.position += count;
-  return static_cast<tmsize_t>(count);
-}
-
-tmsize_t writeMemory(thandle_t handle, void* from, tmsize_t size) {
-  MemoryFile& file = fileOf(handle);
-  const auto count = static_cast<std::size_t>(size);
-  file.bytes.resize(std::max(file.bytes.size(), file.position + count));
-  if (count != 0) std::memcpy(file.bytes.data() + file.position, from, count);
-  file.position += count;
-  return size;
-}
-
-toff_t seekMemory(thandle_t handle, toff_t offset, int whence) {
-  MemoryFile& file = fileOf(handle);
-  if (whence == SEEK_CUR) offset += file.position;
-  if (whence == SEEK_END) offset += file.bytes.size();
-  return file.position = offset;
-}
-
-int closeMemory(thandle_t) {
-  return 0;
-}
-toff_t sizeOfMemory(thandle_t handle) {
-  return fileOf(handle).bytes.size();
+// A file in memory that libtiff can open by its path.
+const char* memoryFile() {
+  static const std::string path =
+      "/proc/self/fd/" + std::to_string(memfd_create("judge.tif", MFD_CLOEXEC));
+  return path.c_str();
 }
 
 int collectMessage(TIFF*, void* messages, const char*, const char* format, va_list arguments) {
@@ -63,15 +28,12 @@ int collectMessage(TIFF*, void* messages, const char*, const char* format, va_li
 
 using TiffPointer = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
 
-TiffPointer openMemory(MemoryFile& file, const char* mode, std::string& messages) {
-  file.position = 0;
+TiffPointer openTiff(const char* path, const char* mode, std::string& messages) {
   std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(TIFFOpenOptionsAlloc(),
                                                                            &TIFFOpenOptionsFree);
   TIFFOpenOptionsSetErrorHandlerExtR(options.get(), collectMessage, &messages);
   TIFFOpenOptionsSetWarningHandlerExtR(options.get(), collectMessage, &messages);
-  TiffPointer tiff(TIFFClientOpenExt("memory", mode, &file, readMemory, writeMemory, seekMemory,
-                                     closeMemory, sizeOfMemory, nullptr, nullptr, options.get()),
-                   &TIFFClose);
+  TiffPointer tiff(TIFFOpenExt(path, mode, options.get()), &TIFFClose);
   if (!tiff) throw std::runtime_error("libtiff: " + messages);
   return tiff;
 }
@@ -102,31 +64,21 @@ void setTags(TIFF* tiff, const EncodedImage& image) {
 
 }  // namespace
 
-Bytes tiffOf(const EncodedImage& image, bool bigEndian) {
-  MemoryFile file;
+void writeTiff(const std::filesystem::path& file, const EncodedImage& image, bool bigEndian) {
   std::string messages;
-  TiffPointer tiff = openMemory(file, bigEndian ? "wb" : "wl", messages);
+  const TiffPointer tiff = openTiff(file.c_str(), bigEndian ? "wb" : "wl", messages);
   setTags(tiff.get(), image);
   for (std::size_t i = 0; i < image.strips.size(); ++i) {
     Bytes strip = image.strips[i];
     TIFFWriteRawStrip(tiff.get(), static_cast<std::uint32_t>(i), strip.data(),
                       static_cast<tmsize_t>(strip.size()));
   }
-  tiff.reset();
-  return std::move(file.bytes);
-}
-
-void writeTiff(const std::filesystem::path& file, const EncodedImage& image, bool bigEndian) {
-  const Bytes bytes = tiffOf(image, bigEndian);
-  std::ofstream(file, std::ios::binary)
-      .write(reinterpret_cast<const char*>(bytes.data()),
-             static_cast<std::streamsize>(bytes.size()));
 }
 
 LibtiffReading readWithLibtiff(const EncodedImage& image, bool bigEndian) {
-  MemoryFile file{tiffOf(image, bigEndian)};
+  writeTiff(memoryFile(), image, bigEndian);
   LibtiffReading reading;
-  TiffPointer tiff = openMemory(file, "r", reading.messages);
+  const TiffPointer tiff = openTiff(memoryFile(), "r", reading.messages);
   Bytes strip(static_cast<std::size_t>(TIFFStripSize(tiff.get())));
   for (std::uint32_t i = 0; i < TIFFNumberOfStrips(tiff.get()); ++i) {
     const tmsize_t size =
@@ -139,11 +91,10 @@ LibtiffReading readWithLibtiff(const EncodedImage& image, bool bigEndian) {
 
 std::vector<Bytes> encodeWithLibtiff(const Raster& raster, std::uint16_t compression,
                                      std::uint32_t rowsPerStrip) {
-  MemoryFile file;
   std::string messages;
   EncodedImage image = encodedFormOf(raster);
   image.rowsPerStrip = rowsPerStrip;
-  TiffPointer tiff = openMemory(file, "w", messages);
+  TiffPointer tiff = openTiff(memoryFile(), "w", messages);
   setTags(tiff.get(), image);
   TIFFSetField(tiff.get(), TIFFTAG_COMPRESSION, compression);
   for (std::uint32_t y = 0; y < raster.height; ++y) {
@@ -151,7 +102,7 @@ std::vector<Bytes> encodeWithLibtiff(const Raster& raster, std::uint16_t compres
     TIFFWriteScanline(tiff.get(), row.data(), y);
   }
   tiff.reset();
-  tiff = openMemory(file, "r", messages);
+  tiff = openTiff(memoryFile(), "r", messages);
   std::vector<Bytes> strips;
   for (std::uint32_t i = 0; i < TIFFNumberOfStrips(tiff.get()); ++i) {
     Bytes strip(static_cast<std::size_t>(TIFFRawStripSize(tiff.get(), i)));

@@ -8,9 +8,7 @@
 /// Encoded images as TIFF files made with libtiff, and what libtiff makes of them.
 namespace orvane::test {
 
-/// A TIFF file of one page that holds the image's strips as they are.
-Bytes tiffOf(const EncodedImage& image, bool bigEndian = false);
-
+/// Writes a TIFF file of one page that holds the image's strips as they are.
 void writeTiff(const std::filesystem::path& file, const EncodedImage& image,
                bool bigEndian = false);
 
