@@ -1,6 +1,8 @@
 #include "end_to_end/judges.h"
 
-#include <regex>
+#include <cstdio>
+#include <sstream>
+#include <stdexcept>
 
 #include "support/TempStation.h"
 #include "support/command.h"
@@ -10,54 +12,64 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<std::smatch> matchesIn(const std::string& text, const std::regex& pattern) {
-  return {std::sregex_iterator(text.begin(), text.end(), pattern), std::sregex_iterator()};
+std::vector<std::string> linesOf(const std::string& command) {
+  std::istringstream stream(outputOf(command));
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
 }
 
-std::string sizeText(const std::string& width, const std::string& height, const std::string& dpi) {
-  return width + "x" + height + " at " + dpi + " dpi";
+std::string sizeText(int width, int height, int dpi) {
+  return std::to_string(width) + "x" + std::to_string(height) + " at " + std::to_string(dpi) +
+         " dpi";
+}
+
+void require(bool condition, const std::string& what, const fs::path& file) {
+  if (!condition) throw std::runtime_error(file.string() + ": " + what);
 }
 
 std::vector<PageLook> tiffPages(const fs::path& file) {
-  static const std::regex directory(
-      "Image Width: (\\d+) Image Length: (\\d+)[^]*?Resolution: (\\d+), \\3 pixels/inch[^]*?"
-      "Compression Scheme: ([^\\n]*)");
-  const std::string info = outputOf("tiffinfo -D " + quoted(file));
+  const std::string scheme = "  Compression Scheme: ";
   std::vector<PageLook> pages;
-  for (const std::smatch& m : matchesIn(info, directory)) {
-    pages.push_back({"TIFF " + m.str(4), sizeText(m[1], m[2], m[3])});
+  int width = 0, height = 0, across = 0, down = 0;
+  for (const std::string& line : linesOf("tiffinfo -D " + quoted(file))) {
+    std::sscanf(line.c_str(), " Image Width: %d Image Length: %d", &width, &height);
+    std::sscanf(line.c_str(), " Resolution: %d, %d pixels/inch", &across, &down);
+    if (line.rfind(scheme, 0) != 0) continue;  // it comes behind the others
+    require(across == down, "resolutions differ", file);
+    pages.push_back({"TIFF " + line.substr(scheme.size()), sizeText(width, height, across)});
   }
   return pages;
 }
 
 std::vector<PageLook> jpegPages(const fs::path& file) {
-  const std::string warnings = outputOf("djpeg -outfile /dev/null " + quoted(file));
-  if (!warnings.empty()) throw std::runtime_error(warnings);
+  require(outputOf("djpeg -outfile /dev/null " + quoted(file)).empty(), "djpeg warns", file);
+  int width = 0, height = 0, dpi = 0;
   const std::string info =
       outputOf("identify -units PixelsPerInch -format '%w %h %x' " + quoted(file));
-  std::smatch m;
-  std::regex_match(info, m, std::regex("(\\d+) (\\d+) (\\d+)\\D*"));
-  return {{"JPEG file", sizeText(m[1], m[2], m[3])}};
+  require(std::sscanf(info.c_str(), "%d %d %d", &width, &height, &dpi) == 3, info, file);
+  return {{"JPEG file", sizeText(width, height, dpi)}};
 }
 
 std::vector<PageLook> pdfPages(const fs::path& file) {
-  // page, number, type, width, height, colour, components, bits, encoding, interpolation, object,
-  // generation, resolution across and down
-  static const std::regex image(
-      "\\s+(\\d+)\\s+\\d+ "
-      "image\\s+(\\d+)\\s+(\\d+)\\s+\\w+\\s+\\d+\\s+\\d+\\s+(\\w+)\\s+\\w+\\s+\\d+"
-      "\\s+\\d+\\s+(\\d+)\\s+(\\d+)");
   outputOf("qpdf --check " + quoted(file));
-  const std::string images = outputOf("pdfimages -list " + quoted(file));
-  const std::string info = outputOf("pdfinfo " + quoted(file));
   std::vector<PageLook> pages;
-  for (const std::smatch& m : matchesIn(images, image)) {
-    if (m.str(1) != std::to_string(pages.size() + 1)) throw std::runtime_error(images);
-    if (m.str(5) != m.str(6)) throw std::runtime_error(images);
-    pages.push_back({"PDF " + m.str(4), sizeText(m[2], m[3], m[5])});
+  for (const std::string& line : linesOf("pdfimages -list " + quoted(file))) {
+    int page = 0, width = 0, height = 0, across = 0, down = 0;
+    char coding[16] = "";
+    // page, number, type, size, colour, components, bits, coding, interpolation, object, resolution
+    if (std::sscanf(line.c_str(), "%d %*d image %d %d %*s %*d %*d %15s %*s %*d %*d %d %d", &page,
+                    &width, &height, coding, &across, &down) != 6) {
+      continue;
+    }
+    require(page == static_cast<int>(pages.size()) + 1 && across == down, line, file);
+    pages.push_back({std::string("PDF ") + coding, sizeText(width, height, across)});
   }
-  const std::regex count("Pages:\\s+" + std::to_string(pages.size()) + "\\n");
-  if (!std::regex_search(info, count)) throw std::runtime_error(info);
+  int count = 0;
+  for (const std::string& line : linesOf("pdfinfo " + quoted(file))) {
+    std::sscanf(line.c_str(), "Pages: %d", &count);
+  }
+  require(count == static_cast<int>(pages.size()), "a page without its image", file);
   return pages;
 }
 
