@@ -1,0 +1,159 @@
+// Damaged page files of every kind that a station reads, exported in every form.
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <random>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include "imaging/ImagingControl.h"
+#include "imaging/mdlImageProcess.h"
+#include "imaging/page/tiff_kinds.h"
+#include "support/TempStation.h"
+#include "support/command.h"
+
+namespace orvane::test {
+namespace {
+
+constexpr int kCuts = 50;
+#ifdef __SANITIZE_ADDRESS__
+constexpr int kChanges = 25;
+#else
+constexpr int kChanges = 500;
+#endif
+constexpr unsigned kLongestSeconds = 5;
+constexpr rlim_t kMostMemory = 1229U << 20;  // bytes: 1.2 GiB
+
+// A kind of page, and how tiffcp stores it.
+struct Source {
+  TiffKind kind;
+  std::vector<std::string> storages;
+};
+
+const TiffKind kBilevel{.bits = 1, .photometric = PHOTOMETRIC_MINISWHITE};
+const TiffKind kColour{.samples = 3, .photometric = PHOTOMETRIC_RGB};
+const std::vector<Source> kSources{
+    {kBilevel, {"none", "g3", "g3:2d", "g4", "g4 -r 11", "g4 -f lsb2msb", "g4 -B", "packbits"}},
+    {{}, {"none", "lzw", "lzw:2", "zip", "jpeg -r 16", "none -t -w 32 -l 32", "lzw -B", "zip -8"}},
+    {kColour, {"none", "lzw:2", "zip -t -w 32 -l 32", "jpeg -r 16", "packbits -p separate"}},
+    {{.bits = 4, .photometric = PHOTOMETRIC_PALETTE}, {"none", "lzw"}},
+    {{.bits = 8, .photometric = PHOTOMETRIC_PALETTE}, {"packbits"}},
+    {{.bits = 16}, {"none", "lzw:2", "zip -B"}},
+    {{.bits = 16, .samples = 3, .photometric = PHOTOMETRIC_RGB}, {"zip:2"}},
+    {{.samples = 4, .photometric = PHOTOMETRIC_RGB, .extras = {2}}, {"lzw"}},
+    {{.samples = 4, .photometric = PHOTOMETRIC_SEPARATED}, {"none", "zip"}},
+};
+
+std::uint32_t number(const std::string& bytes, std::size_t at, int width) {
+  std::uint32_t value = 0;
+  for (int i = width; i-- > 0;) value = value << 8 | static_cast<std::uint8_t>(bytes.at(at + i));
+  return value;
+}
+
+void add(std::string& bytes, std::size_t at, int width, std::uint32_t summand) {
+  const std::uint32_t value = number(bytes, at, width) + summand;
+  for (int i = 0; i < width; ++i) bytes.at(at + i) = static_cast<char>(value >> 8 * i);
+}
+
+// The same classic file with its directory in front of the data, so that a cut takes data and
+// leaves a page that still opens. Other files come back as they are.
+std::string directoryFirst(const std::string& file) {
+  if (!file.starts_with(std::string("II*\0", 4))) return file;
+  const std::uint32_t old = number(file, 4, 4);
+  std::string block = file.substr(old);
+  const auto length = static_cast<std::uint32_t>(block.size());
+  for (std::uint32_t i = 0; i < number(file, old, 2); ++i) {
+    const std::size_t entry = 2 + 12 * i;
+    const std::uint32_t tag = number(block, entry, 2), count = number(block, entry + 4, 4);
+    const int width =
+        std::vector{0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8}[number(block, entry + 2, 2)];
+    const bool outside = width * count > 4;
+    std::size_t values = outside ? number(block, entry + 8, 4) - old : entry + 8;
+    if (outside) add(block, entry + 8, 4, 8 - old);
+    if (tag != TIFFTAG_STRIPOFFSETS && tag != TIFFTAG_TILEOFFSETS) continue;
+    for (std::uint32_t k = 0; k < count; ++k, values += width) add(block, values, width, length);
+  }
+  return std::string("II*\0\x08\0\0\0", 8) + block + file.substr(8, old - 8);
+}
+
+struct Form {
+  decltype(&mdlImageProcess::SaveImage) save;
+  const char* name;
+  bool compress;
+  const char* judge;
+};
+const std::vector<Form> kForms{
+    {mdlImageProcess::SaveImage, "out.tif", true, "tiffcp -c none out.tif judged"},
+    {mdlImageProcess::SaveImage, "out.tif", false, "tiffcp -c none out.tif judged"},
+    {mdlImageProcess::SaveImage, "out.jpg", true,
+     "(djpeg out.jpg || tiffcp -c none out.jpg judged)"},
+    {mdlImageProcess::SavePDF, "out.pdf", true, "qpdf --check out.pdf"},
+    {mdlImageProcess::SavePDF, "out.pdf", false, "qpdf --check out.pdf"}};
+
+class DamagedPages : public testing::Test {
+ protected:
+  DamagedPages() {
+#ifndef __SANITIZE_ADDRESS__  // whose shadow takes terabytes of addresses
+    getrlimit(RLIMIT_AS, &before);
+    const rlimit limit{kMostMemory, before.rlim_max};
+    setrlimit(RLIMIT_AS, &limit);
+#endif
+    writeBytes(station.native("Log"), "in the way, so that no log grows");
+  }
+  ~DamagedPages() override {
+#ifndef __SANITIZE_ADDRESS__
+    setrlimit(RLIMIT_AS, &before);
+#endif
+  }
+
+  // A hang ends the process; the page then still lies in its folder under /tmp.
+  bool exportPage(const std::string& bytes, const Form& form) {
+    writeBytes(station.native("page.tif"), bytes);
+    alarm(kLongestSeconds);
+    const bool done = form.save(control, station.path(L"page.tif"), 1,
+                                pathText(station.native(form.name)), form.compress, 0, false);
+    alarm(0);
+    return done;
+  }
+
+  void expectValid(const Form& form) {
+    const CommandResult judged =
+        runCommand("cd " + quoted(station.native()) + " && " + form.judge + " >text");
+    EXPECT_EQ(judged.exitCode, 0) << judged.output << " " << form.name;
+  }
+
+  rlimit before{};
+  TempStation station;
+  ImagingControl control;
+};
+
+TEST_F(DamagedPages, NeitherCrashNorHangNorGrowAndACutOneAlwaysFails) {
+  std::mt19937 random(20240601);
+  int exported = 0;
+  for (const auto& [kind, storages] : kSources) {
+    for (const std::string& storage : storages) {
+      SCOPED_TRACE(std::to_string(kind.bits) + " bits, " + storage);
+      writeTiff(station.native("base.tif"), kind);
+      outputOf("cd " + quoted(station.native()) + " && tiffcp -c " + storage +
+               " base.tif whole.tif");
+      const std::string whole = directoryFirst(readBytes(station.native("whole.tif")));
+      for (const Form& form : kForms) {
+        ASSERT_TRUE(exportPage(whole, form)) << form.name;
+        expectValid(form);
+      }
+      for (int i = 0; i < kCuts; ++i) {
+        const std::size_t length = whole.size() * static_cast<std::size_t>(i) / kCuts;
+        EXPECT_FALSE(exportPage(whole.substr(0, length), kForms[i % kForms.size()])) << length;
+      }
+      for (int i = 0; i < kChanges; ++i) {
+        std::string damaged = whole;
+        damaged[random() % damaged.size()] = static_cast<char>(random());
+        const Form& form = kForms[static_cast<std::size_t>(i) % kForms.size()];
+        if (exportPage(damaged, form) && ++exported % 50 == 0) expectValid(form);
+      }
+    }
+  }
+  EXPECT_GT(exported, 0);
+}
+
+}  // namespace
+}  // namespace orvane::test
