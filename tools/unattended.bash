@@ -44,17 +44,24 @@ waitFor() {  # what, seconds, condition...
   done
 }
 
-startScreen() {
+startScreen() {  # [width x height]
   export XDG_RUNTIME_DIR=$scratch/runtime QT_QPA_PLATFORM=xcb
   unset WAYLAND_DISPLAY QT_SCALE_FACTOR
-  mkdir -m 700 "$XDG_RUNTIME_DIR"
+  : >"$scratch/display"
+  mkdir -m 700 -p "$XDG_RUNTIME_DIR"
   # A number of its own: a server that is just going takes the socket of its successor with it.
-  Xvfb ":$((100 + $$ % 50000))" -displayfd 3 -screen 0 1280x1024x24 -dpi 96 -nolisten tcp \
+  Xvfb ":$((100 + $$ % 50000))" -displayfd 3 -screen 0 "${1:-1280x1024}x24" -dpi 96 -nolisten tcp \
     3>"$scratch/display" 2>"$scratch/screen.log" &
   screenId=$!
   waitFor "the screen in memory" 15 test -s "$scratch/display"
   DISPLAY=:$(<"$scratch/display")
   export DISPLAY
+}
+
+endScreen() {
+  kill "$screenId"
+  wait "$screenId" || true
+  screenId=''
 }
 
 # Starts a program that works in the station `$1` (by itself, or by the command behind it) and waits
@@ -74,9 +81,11 @@ windowIsThere() {
   [ -n "$windowId" ]
 }
 
-# The window's measures are known at 96 dots per inch: 933 x 645 pixels.
+# At a place of the window's design, which is 933 x 645 pixels large; windowWidth is the width that it
+# really has.
 clickAt() {
-  xdotool mousemove --sync --window "$windowId" "$1" "$2" click 1
+  local width=${windowWidth:-933}
+  xdotool mousemove --sync --window "$windowId" $(($1 * width / 933)) $(($2 * width / 933)) click 1
 }
 
 # 启动, and what follows until every waiting batch is exported and the run is over. The lines of the

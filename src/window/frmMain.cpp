@@ -1,6 +1,7 @@
 #include "window/frmMain.h"
 
 #include <QCloseEvent>
+#include <QComboBox>
 #include <QPushButton>
 #include <QScreen>
 
@@ -10,6 +11,7 @@
 #include "foundation/program.h"
 #include "settings/ExportSettingsFile.h"
 #include "window/BrowseForFolder.h"
+#include "window/ControlHelp.h"
 #include "window/ControlTable.h"
 #include "window/buildControls.h"
 #include "window/qt_text.h"
@@ -26,8 +28,11 @@ frmMain::frmMain(std::function<void(RunHost&)> run, std::function<void()> endPro
   setObjectName(QStringLiteral("frmMain"));
   setWindowTitle(toQt(kApplicationTitle));
   buildControls(*this);
+  addControlHelp(*this);
   listProcessLog_ = &control<ProgressListBox>(*this, "listProcessLog");
   binding_ = std::make_unique<FormBinding>(*this, form_);
+  namingPreview_ =
+      std::make_unique<NamingPreview>(control<QComboBox>(*this, "cboRenameType"), form_);
   connectButtons();
   openInTheCentre();
   Form_Load();

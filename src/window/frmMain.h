@@ -7,6 +7,8 @@
 #include "imaging/ImagingControl.h"
 #include "settings/ExportForm.h"
 #include "window/FormBinding.h"
+#include "window/FormOperations.h"
+#include "window/NamingPreview.h"
 #include "window/ProgressListBox.h"
 
 namespace orvane {
@@ -18,7 +20,7 @@ struct ToolbarButton {
 
 /// The program's only window: the options on the left, the progress list on the right. It owns the
 /// export options, the six imaging instances and the list; a run reads them live.
-class frmMain : public QWidget, public RunHost {
+class frmMain : public QWidget, public RunHost, public FormOperations {
  public:
   /// `run` works through the batches; `endProcess` ends the process at once, also in mid-run.
   frmMain(std::function<void(RunHost&)> run, std::function<void()> endProcess);
@@ -75,6 +77,7 @@ class frmMain : public QWidget, public RunHost {
   ExportForm form_;
   ProgressListBox* listProcessLog_ = nullptr;
   std::unique_ptr<FormBinding> binding_;
+  std::unique_ptr<NamingPreview> namingPreview_;
 };
 
 }  // namespace orvane

@@ -9,6 +9,7 @@
 #include "window/QtWindowServices.h"
 #include "window/appearance.h"
 #include "window/frmMain.h"
+#include "window/screen_fit.h"
 
 namespace {
 
@@ -27,6 +28,7 @@ int main(int argc, char** argv) {
   if (guard.anotherRuns()) return EXIT_SUCCESS;
 
   QApplication application(argc, argv);
+  orvane::fitToScreen(argv);
   orvane::applyAppearance();
   orvane::QtWindowServices services;
   orvane::installWindowServices(&services);

@@ -1,0 +1,41 @@
+#include "window/screen_fit.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <algorithm>
+#include <unistd.h>
+
+#include "window/ControlTable.h"
+
+namespace orvane {
+namespace {
+
+// Qt reads the scale once, before there is an application.
+constexpr const char* kScale = "QT_SCALE_FACTOR";
+constexpr const char* kFitted = "ORVANE_FITTED";  // ends the attempts, whatever comes of the first
+constexpr QSize kFrame(8, 36);                    // what a desktop puts around a window, at most
+
+}  // namespace
+
+double fittingScale(QSize design, QSize available) {
+  const QSize needed = design + kFrame;
+  return std::min({1.0, double(available.width()) / needed.width(),
+                   double(available.height()) / needed.height()});
+}
+
+void fitToScreen(char** argv) {
+  const bool isFitted = qEnvironmentVariableIsSet(kFitted);
+  qunsetenv(kFitted);
+  const QSize design(kClientWidth / kTwipsPerPixel, kClientHeight / kTwipsPerPixel);
+  const double scale =
+      fittingScale(design, QGuiApplication::primaryScreen()->availableGeometry().size());
+  if (isFitted || scale >= 1) return;
+
+  bool isNumber = false;
+  const double wanted = qEnvironmentVariable(kScale).toDouble(&isNumber);
+  qputenv(kScale, QByteArray::number((isNumber && wanted > 0 ? wanted : 1) * scale));
+  qputenv(kFitted, "1");
+  execv("/proc/self/exe", argv);
+}
+
+}  // namespace orvane

@@ -1,0 +1,131 @@
+// What the window tells about itself: tool tips, keys, the preview of a name, its size on a screen.
+
+#include <QHelpEvent>
+#include <QPushButton>
+#include <QTest>
+#include <set>
+
+#include "Station.h"
+#include "settings/NamingPattern.h"
+#include "window/ControlTable.h"
+#include "window/NamingPreview.h"
+#include "window/screen_fit.h"
+
+namespace orvane::test {
+namespace {
+
+class Help : public Station {
+ protected:
+  Help() {
+    window.show();
+    window.activateWindow();
+    if (!QTest::qWaitForWindowActive(&window)) throw std::runtime_error("no active window");
+  }
+  /// The key that a control's tool tip tells.
+  static QKeySequence keyOf(const QWidget& control) {
+    const QString tip = control.toolTip();
+    return QKeySequence(tip.mid(tip.indexOf("Alt+")));
+  }
+  void press(const QWidget& control) { QTest::keySequence(&window, keyOf(control)); }
+};
+
+TEST_F(Help, EveryControlHasAToolTipANameAndAKeyThatReachesIt) {
+  find<QPushButton>("btnStop").setEnabled(true);
+  std::set<QString> keys;
+  for (const ControlRow& row : controlTable()) {
+    if (row.kind == ControlKind::Frame || row.kind == ControlKind::Label) continue;
+    SCOPED_TRACE(row.name);
+    QWidget& control = find(row.name);
+    QWidget* focus = control.focusProxy() != nullptr ? control.focusProxy() : &control;
+    EXPECT_FALSE(focus->accessibleName().isEmpty());
+    EXPECT_TRUE(keys.insert(keyOf(control).toString()).second && keyOf(control).count() == 1);
+    bool clicked = false;
+    if (auto* button = qobject_cast<QAbstractButton*>(&control)) {
+      button->disconnect();
+      QObject::connect(button, &QAbstractButton::clicked, [&] { clicked = true; });
+    }
+    window.setFocus();
+    press(control);
+    EXPECT_EQ(QApplication::focusWidget(), focus);
+    EXPECT_EQ(clicked, qobject_cast<QAbstractButton*>(&control) != nullptr);
+  }
+}
+
+TEST_F(Help, EnterStartsARunAndEscapeDoesNothing) {
+  int runs = 0;
+  run = [&](RunHost&) { ++runs; };
+  find("btnRun").setFocus();
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape}) {
+    QTest::keyClick(&find("btnRun"), key);
+  }
+  EXPECT_EQ(runs, 2);
+  EXPECT_TRUE(window.isVisible());
+
+  find("Frame1").setEnabled(false);  // as in a run: its keys are as dead as its buttons
+  press(find("optSaveFileType_2"));
+  EXPECT_EQ(window.settings().SaveFileType, 0);
+}
+
+TEST_F(Help, TheNamingListTellsWhereThePageWillGo) {
+  QComboBox& names = find<QComboBox>("cboRenameType");
+  const auto tip = [&] {
+    QHelpEvent asked(QEvent::ToolTip, {1, 1}, names.mapToGlobal(QPoint(1, 1)));
+    QApplication::sendEvent(&names, &asked);
+    return names.toolTip().toStdString();
+  };
+  EXPECT_THAT(tip(), testing::StartsWith("还没有选择成果输出文件夹。"));
+
+  ExportForm form;
+  form.chooseSavePath(L"\\home\\成果");
+  const auto preview = [&] {
+    const std::wstring text = namingPreview(form);
+    return text.substr(text.find(L'\n') + 1);
+  };
+  form.clickButton(OptionGroup::MutiPage, 0);
+  const std::pair<const wchar_t*, std::wstring> patterns[] = {
+      {kNameOfDocument, L"/home/成果/0003002.tif"},
+      {kNameOfPage, L"/home/成果/002.tif"},
+      {kNameOfDocumentAndPage, L"/home/成果/0003_002.tif"},
+      {kNameOfBatchAndDocument, L"/home/成果/2024-0001-0003002.tif"},
+      {kNameOfBatchDocumentAndPage, L"/home/成果/2024-0001-0003_002.tif"}};
+  form.setText(TextBox::Sp2, L"_");
+  form.setText(TextBox::Sp1, L"-");
+  form.settings().ReNameSp1 = L"-";  // as the load leaves it
+  for (int i = 0; const auto& [pattern, path] : patterns) {
+    form.selectRenameType(i++);
+    EXPECT_EQ(form.renameTypeText(), pattern);
+    EXPECT_THAT(preview(), testing::StartsWith(path));
+    EXPECT_EQ(preview() != path, pattern == kNameOfPage);  // it warns
+  }
+  form.setChecked(CheckBox::CreateBatchFolder, true);
+  form.setChecked(CheckBox::CreateDocFolder, true);
+  form.selectRenameType(1);
+  form.setText(TextBox::LiuShui, L"0");
+  EXPECT_EQ(preview(), L"/home/成果/2024-0001/0003/2.tif");
+  form.clickButton(OptionGroup::MutiPage, 1);
+  EXPECT_THAT(preview(), testing::HasSubstr(L"\n注意："));  // no pattern is selected
+  form.selectRenameType(0);
+  form.clickButton(OptionGroup::SaveFileType, 2);
+  form.selectRenameType(0);
+  EXPECT_EQ(preview(), L"/home/成果/2024-0001/0003/0003.pdf");
+  form.clickButton(OptionGroup::MutiPage, 0);
+  form.setText(TextBox::LiuShui, L"99999");
+  EXPECT_EQ(preview(), L"页码位数或分割符不能用，请改正。");
+}
+
+TEST(ScreenFit, TheDesignIsShownWholeWheneverItCan) {
+  const QSize design(933, 645);
+  const std::pair<QSize, bool> screens[] = {{{1920, 1080}, true}, {{1366, 768}, true},
+                                            {{1366, 681}, true},  {{911, 512}, false},
+                                            {{683, 384}, false},  {{800, 2000}, false}};
+  for (const auto& [screen, isWhole] : screens) {
+    const double scale = fittingScale(design, screen);
+    EXPECT_EQ(scale == 1, isWhole) << screen.width();
+    EXPECT_LE(design.width() * scale, screen.width());
+    EXPECT_LE(design.height() * scale + 20, screen.height());
+    EXPECT_GT(scale, 0.5);
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test
