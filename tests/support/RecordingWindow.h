@@ -2,9 +2,11 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "foundation/WindowServices.h"
+#include "foundation/utf8_text.h"
 
 namespace orvane::test {
 
@@ -32,6 +34,16 @@ class RecordingWindow : public WindowServices {
     if (onYield) onYield();
   }
   void showBusyPointer(bool busy) override { busyPointer.push_back(busy); }
+
+  /// The boxes since the last call, a line each: "<text> | <title>", with " | !" for the icon.
+  std::string takeBoxes() {
+    std::string told;
+    for (const Box& box : std::exchange(boxes, {})) {
+      told +=
+          toUtf8(box.text + L" | " + box.title) + (box.icon == BoxIcon::Critical ? " | !\n" : "\n");
+    }
+    return told;
+  }
 
   std::vector<Box> boxes;
   std::vector<bool> busyPointer;  ///< the calls, in their order

@@ -12,6 +12,8 @@
 #include "foundation/ansi_text.h"
 #include "foundation/path_text.h"
 #include "foundation/program.h"
+#include "foundation/utf8_text.h"
+#include "support/command.h"
 
 namespace orvane::test {
 
@@ -55,6 +57,28 @@ class TempStation {
   /// The path text of `relative`, which has `\` as separator and none in front.
   std::wstring path(const std::wstring& relative = {}) const {
     return pathText(native_) + (relative.empty() ? L"" : L"\\" + relative);
+  }
+
+  void write(const std::string& relative, const std::string& bytes) const {
+    writeBytes(native(relative), bytes);
+  }
+  std::string read(const std::string& relative) const { return readBytes(native(relative)); }
+
+  /// The output of a command of the shell that runs in this folder and must succeed.
+  std::string shell(const std::string& command) const {
+    return outputOf("cd " + quoted(native_) + " && { " + command + "\n}");
+  }
+
+  /// The entries since the last call, a line each: "<source>:<message>".
+  std::string takeLog() const {
+    const std::string program = "Orvane成果导出 - ";
+    std::string log;
+    for (const std::wstring& entry : logEntries()) {
+      const std::string line = toUtf8(entry);
+      log += (line.starts_with(program) ? line.substr(program.size()) : line) + "\n";
+    }
+    for (const std::filesystem::path& file : logFiles()) std::filesystem::remove(file);
+    return log;
   }
 
   /// The lines of all logs of the station, decoded, without their time stamps and without the empty
