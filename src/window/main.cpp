@@ -23,6 +23,7 @@ namespace {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);  // a file-size limit is a failed write like a full disk
 
   const orvane::InstanceGuard guard(orvane::programFolder());
   if (guard.anotherRuns()) return EXIT_SUCCESS;
