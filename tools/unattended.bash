@@ -113,8 +113,9 @@ copyList() {
   timeout 2 xclip -o -selection clipboard -t UTF8_STRING >"$scratch/list" 2>/dev/null
 }
 
-closeProgram() {
-  clickAt 304 608  # 退出
+closeProgram() {  # [command that does it: by itself a click on 退出]
+  [ $# -gt 0 ] || set -- clickAt 304 608
+  "$@"
   local end=$((SECONDS + 10)) status=0
   while kill -0 "$programId" 2>/dev/null; do
     [ $SECONDS -lt $end ] || fail "the program did not close"

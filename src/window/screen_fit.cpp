@@ -17,18 +17,20 @@ constexpr QSize kFrame(8, 36);                    // what a desktop puts around 
 
 }  // namespace
 
-double fittingScale(QSize design, QSize available) {
+double fittingScale(QSize design, QSize available, double pixelRatio) {
   const QSize needed = design + kFrame;
-  return std::min({1.0, double(available.width()) / needed.width(),
-                   double(available.height()) / needed.height()});
+  const double part = std::min(double(available.width()) / needed.width(),
+                               double(available.height()) / needed.height());
+  return std::min(1.0, std::max(part, 1 / pixelRatio));
 }
 
 void fitToScreen(char** argv) {
   const bool isFitted = qEnvironmentVariableIsSet(kFitted);
   qunsetenv(kFitted);
   const QSize design(kClientWidth / kTwipsPerPixel, kClientHeight / kTwipsPerPixel);
+  const QScreen& screen = *QGuiApplication::primaryScreen();
   const double scale =
-      fittingScale(design, QGuiApplication::primaryScreen()->availableGeometry().size());
+      fittingScale(design, screen.availableGeometry().size(), screen.devicePixelRatio());
   if (isFitted || scale >= 1) return;
 
   bool isNumber = false;

@@ -115,16 +115,19 @@ TEST_F(Help, TheNamingListTellsWhereThePageWillGo) {
 
 TEST(ScreenFit, TheDesignIsShownWholeWheneverItCan) {
   const QSize design(933, 645);
-  const std::pair<QSize, bool> screens[] = {{{1920, 1080}, true}, {{1366, 768}, true},
-                                            {{1366, 681}, true},  {{911, 512}, false},
-                                            {{683, 384}, false},  {{800, 2000}, false}};
-  for (const auto& [screen, isWhole] : screens) {
-    const double scale = fittingScale(design, screen);
-    EXPECT_EQ(scale == 1, isWhole) << screen.width();
+  for (const QSize screen : {QSize(1920, 1080), QSize(1366, 768), QSize(1366, 681)}) {
+    EXPECT_EQ(fittingScale(design, screen, 1), 1) << screen.width();
+    EXPECT_LT(fittingScale(design, screen / 2, 2), 1) << screen.width();
+  }
+  for (const QSize screen : {QSize(911, 512), QSize(683, 384), QSize(800, 2000)}) {
+    const double scale = fittingScale(design, screen, 4);
+    EXPECT_GT(scale, 0.5);
     EXPECT_LE(design.width() * scale, screen.width());
     EXPECT_LE(design.height() * scale + 20, screen.height());
-    EXPECT_GT(scale, 0.5);
   }
+  // What Qt can draw smallest stays, on a screen that it is too large for.
+  EXPECT_EQ(fittingScale(design, QSize(800, 600), 1), 1);
+  EXPECT_EQ(fittingScale(design, QSize(400, 300), 2), 0.5);
 }
 
 }  // namespace
