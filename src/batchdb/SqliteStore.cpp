@@ -76,6 +76,9 @@ void SqliteStore::open(const std::wstring& path) {
   const int result = sqlite3_open_v2(path_.c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr);
   Connection connection(handle);  // SQLite gives a handle also when it reports a failure
   if (result != SQLITE_OK) throw sqliteFailure(handle);
+  // SQLite opens a file that it may not write for reading, and so it would stay for this
+  // connection.
+  if (sqlite3_db_readonly(handle, "main") == 1) throw Failure(sqlite3_errstr(SQLITE_READONLY));
   sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, kLargestValue);
   waitForLocks(handle, lockWait_);
 
