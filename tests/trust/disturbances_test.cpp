@@ -1,0 +1,152 @@
+// What can happen around a run in the night: each is told as the system tells it, nothing outside
+// the output folder changes, and once the cause is gone the next run finishes.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "batchdb/mdlDataBase.h"
+#include "export/ExportStation.h"
+#include "export/JournalHost.h"
+#include "export/RunOutPutBatch.h"
+#include "settings/NamingPattern.h"
+#include "support/AsOrdinaryUser.h"
+
+namespace orvane::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Night : public testing::Test {
+ protected:
+  Night() {
+    host.options.SavePath = station.outputText();
+    host.options.ReNameFormat = kNameOfDocumentAndPage;
+    host.options.IsCreateBatchFolder = true;
+    writeBytes(station.native("beside/keep"), "kept");
+  }
+
+  // Runs until the table is done or a batch has failed.
+  void run(const std::function<void()>& event = {}) {
+    bool happened = false;
+    host.lines.clear();
+    host.window.boxes.clear();
+    host.whenLineAdded = [&](const std::string& line) {
+      if (line.find("失败") != line.npos) host.setIsStopRequested(true);
+      if (event && line == "D1 导出成功！" && !std::exchange(happened, true)) event();
+    };
+    RunOutPutBatch(host);
+    EXPECT_EQ(happened, event != nullptr);
+  }
+
+  std::string told() const {
+    std::string text;
+    for (const std::string& line : host.lines) text += line + "\n";
+    for (const Box& box : host.window.boxes) text += toUtf8(box.text) + "\n";
+    for (const std::wstring& entry : station.logEntries()) text += toUtf8(entry) + "\n";
+    return text;
+  }
+
+  ExportStation station;
+  JournalHost host;
+};
+
+TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
+  const auto out = [&] { return station.output(); };
+  const auto database = station.native("Orvane.dll");
+  const auto source = [&] { return station.scan("B1/D2/P.tif"); };
+  const auto docDat = [&] { return station.scan("B1/D2/Doc.dat"); };
+  const auto aside = [](const fs::path& path) { fs::rename(path, path.string() + ".aside"); };
+  const auto back = [](const fs::path& path) {
+    fs::remove_all(path);
+    fs::rename(path.string() + ".aside", path);
+  };
+  const std::string batchFailed = "成果输出失败！", updateFailed = "档案导出数字化成果失败！";
+  const struct {
+    const char* what;
+    std::function<void()> event, repair;
+    std::string told, remark;
+  } cases[] = {
+      {"the output folder is removed, and comes back with the next document",
+       [&] { fs::remove_all(out()); }, [] {}, "D2 导出成功！", ""},
+      {"a file takes the place of the output folder",
+       [&] { aside(out()), writeBytes(out(), "a file"); }, [&] { back(out()); },
+       "output: File exists", batchFailed},
+      {"the output folder becomes read-only",
+       [&] { fs::permissions(out() / "B1", fs::perms{0555}); }, [] {}, "Permission denied",
+       batchFailed},
+      {"the log folder is not writable and a page is missing",
+       [&] { aside(source()), writeBytes(station.native("Log"), "a file"); },
+       [&] { back(source()), fs::remove(station.native("Log")); }, "D2 导出失败！", batchFailed},
+      {"the page list is a folder", [&] { aside(docDat()), fs::create_directory(docDat()); },
+       [&] { back(docDat()); }, "档案导出成果成功！", ""},
+      {"the page list may not be read", [&] { fs::permissions(docDat(), fs::perms{0}); },
+       [&] { fs::permissions(docDat(), fs::perms{0644}); }, "Doc.dat: Permission denied",
+       batchFailed},
+      {"a page is a folder", [&] { aside(source()), fs::create_directory(source()); },
+       [&] { back(source()); }, "P.tif: Is a directory", batchFailed},
+      {"a page is a link to nothing",
+       [&] { aside(source()), fs::create_symlink("nothing", source()); }, [&] { back(source()); },
+       "P.tif: No such file", batchFailed},
+      {"a page is a link to itself",
+       [&] { aside(source()), fs::create_symlink("P.tif", source()); }, [&] { back(source()); },
+       "P.tif: Too many levels of symbolic links", batchFailed},
+      {"a page is a pipe", [&] { aside(source()), mkfifo(source().c_str(), 0666); },
+       [&] { back(source()); }, "P.tif: Invalid argument", batchFailed},
+      {"the database is removed", [&] { aside(database); }, [&] { back(database); }, updateFailed,
+       ""},
+      {"the database is replaced by its copy",
+       [&] {
+         fs::copy_file(database, database.string() + ".copy"), aside(database),
+             fs::rename(database.string() + ".copy", database);
+       },
+       [&] { fs::remove(database.string() + ".aside"); }, "档案导出成果成功！", ""},
+      {"the database is overwritten with rubbish",
+       [&] {
+         fs::copy_file(database, database.string() + ".aside"), fs::resize_file(database, 100),
+             std::ofstream(database, std::ios::in) << std::string(100, 'x');
+       },
+       [&] { back(database); }, updateFailed, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    for (const char* name : {"Batchs", "output", "Log"}) fs::remove_all(station.native(name));
+    fs::create_directory(out());
+    station.createTable({"B1"});
+    for (const char* name : {"B1/D1", "B1/D2", "B1/D3"}) station.addDocument(name, {"P"});
+    runCommand("chown -R 65534 " + quoted(station.native()));  // as root alone
+    const auto scans = station.scanTree();
+    {
+      const AsOrdinaryUser user;
+      run(c.event);
+      EXPECT_NE(told().find(c.told), std::string::npos) << told();
+      c.repair();
+    }
+    EXPECT_EQ(station.scanTree(), scans);
+    if (!c.remark.empty()) {
+      EXPECT_EQ(station.stateOf("B1"), "完成扫描|" + c.remark);
+    }
+    {
+      const AsOrdinaryUser user;
+      run();
+    }
+    EXPECT_EQ(station.stateOf("B1").substr(0, std::string("完成成果输出").size()), "完成成果输出")
+        << told();
+  }
+  EXPECT_EQ(readBytes(station.native("beside/keep")), "kept");
+}
+
+TEST_F(Night, ADatabaseThatMayNotBeWrittenIsRefusedAndOpenedAgainWhenItMay) {
+  station.createTable({"B1"});
+  station.addDocument("B1/D1", {"P"});
+  runCommand("chown -R 65534 " + quoted(station.native()));
+  fs::permissions(station.native("Orvane.dll"), fs::perms{0444});
+  const AsOrdinaryUser user;
+  host.whenYielding = [&] { fs::permissions(station.native("Orvane.dll"), fs::perms{0644}); };
+  run();
+  EXPECT_EQ(station.stateOf("B1"), "完成成果输出|");
+  EXPECT_NE(told().find("OpenConnection Err:attempt to write a readonly database"),
+            std::string::npos);
+}
+
+}  // namespace
+}  // namespace orvane::test
