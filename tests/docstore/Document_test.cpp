@@ -1,130 +1,100 @@
-// Reading and writing Doc.dat in the scan tree.
+// A document's page list: Doc.dat in the scan tree, and the editing in memory.
 
 #include "docstore/Document.h"
 
 #include <cerrno>
-#include <filesystem>
-#include <gmock/gmock.h>
-#include <memory>
+#include <gtest/gtest.h>
 
 #include "docstore/ScanTree.h"
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"
-#include "support/command.h"
 
 namespace orvane::test {
 namespace {
 
-namespace fs = std::filesystem;
-using testing::ElementsAre;
-std::wstring pagesOf(const Document& document) {
-  std::wstring pages;
-  for (std::int16_t i = 1; i <= document.PageCount(); ++i) pages += document.GetPage(i) + L"|";
-  return pages;
-}
-
-class DocumentOnDisk : public testing::Test {
+class DocumentTest : public testing::Test {
  protected:
-  DocumentOnDisk() { gBatchFolder = station.path(L"Batchs\\B1"); }
-  ~DocumentOnDisk() override {
+  DocumentTest() { gBatchFolder = station.path(L"Batchs\\B1"); }
+  ~DocumentTest() override {
     gBatchFolder.clear();
     gFileSystem.reset();
   }
-  std::wstring logged(const std::wstring& text) const {
-    return L"Orvane成果导出 - Document:" + text;
+  // The pages with a "|" behind each.
+  std::string pages() const {
+    std::string pages;
+    for (std::int16_t i = 1; i <= document.PageCount(); ++i) {
+      pages += toUtf8(document.GetPage(i)) + "|";
+    }
+    return pages;
   }
-  std::string listing() const { return outputOf("ls -A " + quoted(dataFile.parent_path())); }
+  // The files of the document, and the bytes of its page list.
+  std::string files() const { return station.shell("cd Batchs/B1/D1; ls -A | xargs; cat Doc.dat"); }
 
   TempStation station;
   RecordingWindow window;
-  fs::path dataFile = station.native("Batchs/B1/D1/Doc.dat");
+  Document document;
+  const std::string dataFile = "Batchs/B1/D1/Doc.dat";
 };
 
-TEST(ScanTree, BuildersRefuseNothing) {
-  gBatchFolder.clear();
-  EXPECT_EQ(GetDocumentPath(L"") + GetDocDataPath(L"D1"), L"\\\\\\D1\\Doc.dat");
-  gBatchFolder = L"X";
-  EXPECT_EQ(GetPagePath(L"D1", L"P1"), L"X\\D1\\P1.tif");
+TEST_F(DocumentTest, LoadsWhatStandsInFrontOfEachTerminator) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"A$B$C", "A|B|"},
+      {"A", ""},
+      {"A$$   $B$", "A|B|"},
+      {"  A$ B $C$  ", "A| B |C|"},
+      {"A$\r\n", "A|"},
+      {"A$\r\nB$", "A|\r\nB|"},
+      {"$$", ""},
+      {"A$A$", "A|A|"},
+      {"\xC9\xA8$\xC9\xFF$\x81$z$", "扫|\uFFFD\uFFFD|\uFFFD|z|"}};
+  for (const auto& [bytes, expected] : cases) {
+    station.write(dataFile, bytes);
+    EXPECT_TRUE(document.LoadDocument(L"D1")) << bytes;
+    EXPECT_EQ(pages(), expected) << bytes;
+    const auto behind = static_cast<std::int16_t>(document.PageCount() + 1);
+    EXPECT_EQ(document.GetPage(0) + document.GetPage(behind), L"");
+  }
+  EXPECT_EQ(station.takeLog(), "");
 }
 
-TEST_F(DocumentOnDisk, LoadsWhatStandsInFrontOfEachTerminator) {
-  const std::pair<std::string, std::wstring> cases[] = {
-      // the bytes, and the pages with a "|" behind each
-      {"A$B$C$", L"A|B|C|"},
-      {"A$B$C", L"A|B|"},
-      {"A", L""},
-      {"A$$B$", L"A|B|"},
-      {"A$   $B$", L"A|B|"},
-      {"  A$ B $C$  ", L"A| B |C|"},
-      {"A$\r\n", L"A|"},
-      {"A$\r\nB$", L"A|\r\nB|"},
-      {"$$", L""},
-      {"A$A$", L"A|A|"},
-      {"\xC9\xA8$\xC9\xFF$\x81$z$", L"扫|\uFFFD\uFFFD|\uFFFD|z|"}};
-  Document document;
-  for (const auto& [bytes, pages] : cases) {
-    writeBytes(dataFile, bytes);
-    EXPECT_TRUE(document.LoadDocument(L"D1")) << bytes;
-    EXPECT_EQ(pagesOf(document), pages) << bytes;
-    EXPECT_EQ(
-        document.GetPage(0) + document.GetPage(static_cast<std::int16_t>(document.PageCount() + 1)),
-        L"");
-  }
-  EXPECT_TRUE(station.logEntries().empty());
+TEST_F(DocumentTest, ALoadThatFailsIsLogged) {
+  const auto expectLogged = [&](const std::string& line) {
+    EXPECT_EQ(station.takeLog(), "Document:" + line + "\n");
+  };
+  EXPECT_FALSE(document.SaveDocument());
+  expectLogged("InitDocument-文档名【】文档路径不存在");
+  EXPECT_EQ(document.GetPage(1), L"");
+  expectLogged("GetPage-the document has no page list");
+  EXPECT_FALSE(document.LoadDocument(L"缺"));
+  expectLogged("InitDocument-文档名【缺】找不到当前文档的数据文件【Doc.dat】");
+  EXPECT_THROW(document.PageCount(), Failure);
   for (const char* bytes : {"", "   "}) {
-    writeBytes(dataFile, bytes);
+    station.write(dataFile, bytes);
     EXPECT_FALSE(document.LoadDocument(L"D1"));
+    expectLogged("InitDocument-文档名【D1】 数据文件为空");
     EXPECT_EQ(document.PageCount(), 0);
   }
-  const std::wstring empty = logged(L"InitDocument-文档名【D1】 数据文件为空");
-  EXPECT_THAT(station.logEntries(), ElementsAre(empty, empty));
-}
-
-TEST_F(DocumentOnDisk, ALoadThatFailsIsLogged) {
-  Document document;
-  EXPECT_FALSE(document.SaveDocument());
-  EXPECT_EQ(document.GetPage(1), L"");
-  EXPECT_FALSE(document.LoadDocument(L"缺"));
-  EXPECT_THROW(document.PageCount(), Failure);
-  EXPECT_EQ(document.DocName(), L"缺");
-
-  std::string tooMany;
-  for (int i = 0; i < 32768; ++i) tooMany += "p$";
-  writeBytes(dataFile, tooMany);
+  station.shell("yes p$ | head -32768 | tr -d '\\n' > " + dataFile);
   EXPECT_FALSE(document.LoadDocument(L"D1"));
-  EXPECT_EQ(document.PageCount(), 32767);
-  writeBytes(dataFile, tooMany.substr(2));
-  EXPECT_TRUE(document.LoadDocument(L"D1"));
+  expectLogged("InitDocument-Value too large for defined data type");
   EXPECT_FALSE(document.LoadDocument(L"缺"));  // the new name with the old list
+  EXPECT_EQ(document.DocName(), L"缺");
   EXPECT_EQ(document.PageCount(), 32767);
-
-  const std::wstring missing =
-      logged(L"InitDocument-文档名【缺】找不到当前文档的数据文件【Doc.dat】");
-  EXPECT_THAT(station.logEntries(),
-              ElementsAre(logged(L"InitDocument-文档名【】文档路径不存在"),
-                          logged(L"GetPage-the document has no page list"), missing,
-                          logged(L"InitDocument-Value too large for defined data type"), missing));
 }
 
-TEST_F(DocumentOnDisk, SavesWithABackupThatIsGoneAfterwards) {
-  Document created;
-  EXPECT_TRUE(created.CreateDocument(L"D1"));
-  EXPECT_TRUE(created.SaveDocument());
+TEST_F(DocumentTest, SavesWithABackupThatIsGoneAfterwards) {
+  EXPECT_TRUE(document.CreateDocument(L"D1"));
+  EXPECT_TRUE(document.SaveDocument());
   EXPECT_EQ(window.boxes.size(), 1U);  // the first save has no file to set aside
-  EXPECT_EQ(listing(), "Doc.dat\n");
-  EXPECT_EQ(fs::file_size(dataFile), 0U);
+  EXPECT_EQ(files(), "Doc.dat\n");
 
-  writeBytes(dataFile, "old$");
-  writeBytes(dataFile.parent_path() / "Doc.datbak", "left by a crash");
-  for (const wchar_t* name : {L" 扫描", L"A ", L"A "}) EXPECT_TRUE(created.AddPage(name));
-  EXPECT_TRUE(created.SaveDocument());
-  EXPECT_EQ(listing(), "Doc.dat\n");
-  EXPECT_EQ(outputOf("iconv -f GBK -t UTF-8 " + quoted(dataFile)), " 扫描$A $A $");
-  Document loaded;
-  EXPECT_TRUE(loaded.LoadDocument(L"D1"));
-  EXPECT_EQ(pagesOf(loaded), L"扫描|A |A |");  // the trim of the whole text
+  station.write(dataFile, "old$");
+  station.write(dataFile + "bak", "left by a crash");
+  for (const wchar_t* name : {L" 扫描", L"A ", L"A "}) EXPECT_TRUE(document.AddPage(name));
+  EXPECT_TRUE(document.SaveDocument());
+  EXPECT_EQ(files(), "Doc.dat\n \xC9\xA8\xC3\xE8$A $A $");
   EXPECT_EQ(window.boxes.size(), 1U);
 }
 
@@ -140,51 +110,94 @@ class BrokenWriter : public FileSystemObject {
   bool tells_;
 };
 
-TEST_F(DocumentOnDisk, ASaveThatFailsPutsTheOldFileBack) {
-  writeBytes(dataFile, "old$");
-  Document document;
+TEST_F(DocumentTest, ASaveThatFailsPutsTheOldFileBack) {
+  station.write(dataFile, "old$");
   ASSERT_TRUE(document.LoadDocument(L"D1"));
-  gFileSystem = std::make_unique<BrokenWriter>(true);
-  EXPECT_FALSE(document.SaveDocument());
-  gFileSystem = std::make_unique<BrokenWriter>(false);
-  EXPECT_TRUE(document.SaveDocument());
+  for (const bool tells : {true, false}) {
+    gFileSystem = std::make_unique<BrokenWriter>(tells);
+    EXPECT_NE(document.SaveDocument(), tells);
+    EXPECT_EQ(files(), "Doc.dat\nold$");
+  }
   gFileSystem.reset();
   document.AddPage(L"好\U0001F600");
   EXPECT_FALSE(document.SaveDocument());
+  EXPECT_EQ(files(), "Doc.dat\nold$");
+  EXPECT_EQ(station.takeLog(),
+            "Document:SaveDocument-No space left on device\nDocument:SaveDocument-U+1F600: "
+            "Invalid or incomplete multibyte or wide character\n");
+  EXPECT_EQ(window.takeBoxes(), "");
 
-  EXPECT_EQ(readBytes(dataFile), "old$");
-  EXPECT_EQ(listing(), "Doc.dat\n");
-  EXPECT_THAT(
-      station.logEntries(),
-      ElementsAre(
-          logged(L"SaveDocument-No space left on device"),
-          logged(L"SaveDocument-U+1F600: Invalid or incomplete multibyte or wide character")));
-  EXPECT_TRUE(window.boxes.empty());
+  station.shell("mkdir " + dataFile + "bak");  // no backup can be made: nothing can be copied there
+  EXPECT_FALSE(document.SaveDocument());
+  EXPECT_EQ(files(), "Doc.dat Doc.datbak\nold$");
 }
 
-TEST_F(DocumentOnDisk, AFileInOtherLetterCaseIsReplacedAndGetsNoSecondOneBesideIt) {
-  writeBytes(station.native("Batchs/b1/D1/DOC.DAT"), "A$");
-  writeBytes(station.native("Batchs/b1/D1/Doc.datbak"), "left by a crash");
-  Document document;
+TEST_F(DocumentTest, AFileInOtherLetterCaseIsReplacedAndGetsNoSecondOneBesideIt) {
+  station.write("Batchs/b1/D1/DOC.DAT", "A$");
+  station.write("Batchs/b1/D1/Doc.datbak", "left by a crash");
   ASSERT_TRUE(document.LoadDocument(L"d1"));
   document.AddPage(L"B");
   EXPECT_TRUE(document.SaveDocument());
-  EXPECT_EQ(outputOf("cd " + quoted(station.native("Batchs/b1/D1")) + " && ls && cat DOC.DAT"),
-            "DOC.DAT\nDoc.datbak\nA$B$");
-
   document.AddPage(L"\U0001F600");  // the old list comes back, not what the crash has left
   EXPECT_FALSE(document.SaveDocument());
-  EXPECT_EQ(readBytes(station.native("Batchs/b1/D1/DOC.DAT")), "A$B$");
+  EXPECT_EQ(station.shell("cd Batchs/b1/D1; ls; cat DOC.DAT"), "DOC.DAT\nDoc.datbak\nA$B$");
 }
 
-TEST_F(DocumentOnDisk, NothingIsLostWhenNoBackupCanBeMade) {
-  writeBytes(dataFile, "old$");
-  Document document;
-  ASSERT_TRUE(document.LoadDocument(L"D1"));
-  document.AddPage(L"\U0001F600");
-  fs::create_directory(dataFile.parent_path() / "Doc.datbak");  // nothing can be copied onto it
-  EXPECT_FALSE(document.SaveDocument());
-  EXPECT_EQ(readBytes(dataFile), "old$");
+TEST_F(DocumentTest, PagesAreEditedByPosition) {
+  enum Edit { Add, Remove, Move };
+  const struct {
+    std::wstring before;  // a page for each letter
+    Edit edit;
+    std::int16_t position, target;
+    std::string after, failure;
+  } cases[] = {{L"AB", Add, -1, 0, "A|B|X|", ""},
+               {L"", Add, -32768, 0, "X|", ""},
+               {L"AB", Add, 1, 0, "X|A|B|", ""},
+               {L"AB", Add, 2, 0, "A|X|B|", ""},
+               {L"AB", Add, 3, 0, "A|B|", "AddPage-there is no page 3"},
+               {L"AB", Add, 0, 0, "A|B|", "AddPage-there is no page 0"},
+               {L"AB", Remove, 1, 0, "B|", ""},
+               {L"AB", Remove, 0, 0, "A|B|", "RemovePage-there is no page 0"},
+               {L"AB", Remove, 3, 0, "A|B|", "RemovePage-there is no page 3"},
+               {L"ABCD", Move, 3, 1, "C|A|B|D|", ""},
+               {L"ABCD", Move, 1, 3, "B|A|C|D|", ""},
+               {L"ABCD", Move, 1, 4, "B|C|A|D|", ""},
+               {L"ABCD", Move, 1, 2, "B|A|C|D|", ""},
+               {L"ABCD", Move, 3, 4, "A|B|D|C|", ""},
+               {L"ABCD", Move, 2, 2, "A|B|C|D|", ""},
+               {L"ABCD", Move, 2, 5, "A|B|C|D|", "MovePage-there is no page 5"},
+               {L"ABCD", Move, 0, 1, "A|B|C|D|", "MovePage-there is no page 0"}};
+  for (const auto& c : cases) {
+    document.CreateDocument(L"D1");
+    for (const wchar_t page : c.before) document.AddPage(std::wstring(1, page));
+    EXPECT_EQ(c.edit == Add      ? document.AddPage(L"X", c.position)
+              : c.edit == Remove ? document.RemovePage(c.position)
+                                 : document.MovePage(c.position, c.target),
+              c.failure.empty());
+    EXPECT_EQ(pages(), c.after);
+    EXPECT_EQ(station.takeLog(), c.failure.empty() ? "" : "Document:" + c.failure + "\n");
+  }
+}
+
+TEST_F(DocumentTest, PagesAreRemovedByTheirExactNameAndNotEditedWithoutAList) {
+  EXPECT_FALSE(document.AddPage(L"A") || document.RemovePage(1) || document.MovePage(1, 1));
+  EXPECT_EQ(document.RemovePageForName(L"A"), L"False");
+  std::string log;
+  for (const char* operation : {"AddPage", "RemovePage", "MovePage", "RemovePageForName"}) {
+    log += std::string("Document:") + operation + "-the document has no page list\n";
+  }
+  EXPECT_EQ(station.takeLog(), log);
+  document.CreateDocument(L"D1");
+  for (const wchar_t* page : {L"A", L"A", L"a", L"A ", L"A"}) document.AddPage(page);
+  EXPECT_EQ(document.RemovePageForName(L"A") + document.RemovePageForName(L"B"), L"TrueTrue");
+  EXPECT_EQ(pages(), "a|A |");
+}
+
+TEST(ScanTree, BuildersRefuseNothing) {
+  gBatchFolder.clear();
+  EXPECT_EQ(GetDocumentPath(L"") + GetDocDataPath(L"D1"), L"\\\\\\D1\\Doc.dat");
+  gBatchFolder = L"X";
+  EXPECT_EQ(GetPagePath(L"D1", L"P1"), L"X\\D1\\P1.tif");
 }
 
 }  // namespace
