@@ -1,40 +1,37 @@
+// The option controls: the rules that join them, and their life from data.ini back into it.
+
 #include "settings/ExportForm.h"
 
 #include <gmock/gmock.h>
+#include <sstream>
 
-#include "settings/NamingPattern.h"
+#include "settings/ExportSettingsFile.h"
+#include "support/RecordingWindow.h"
+#include "support/TempStation.h"
 
-namespace orvane {
+namespace orvane::test {
 namespace {
 
 using enum OptionGroup;
-using testing::ElementsAreArray;
 
 TEST(ExportForm, EveryClickOnFileTypeOrFormRefillsTheNamingListAndKeepsTheStoredPattern) {
   ExportForm form;
   form.offerAllRenameTypes();
-  struct Click {
+  // The list follows the last click: a file type offers all patterns in the multi-page form too.
+  const struct {
     OptionGroup group;
     int button;
-    bool offersAll;
-  };
-  // The list follows the last click: a file type offers all patterns in the multi-page form too.
-  const Click clicks[] = {{MutiPage, 1, false},    {MutiPage, 1, false},   {SaveFileType, 1, true},
-                          {SaveFileType, 1, true}, {MutiPage, 0, true},    {SaveFileType, 2, true},
-                          {MutiPage, 1, false},    {SaveFileType, 0, true}};
-  for (const auto& [group, button, offersAll] : clicks) {
+    std::size_t names;
+  } clicks[] = {{MutiPage, 1, 2}, {MutiPage, 1, 2},     {SaveFileType, 1, 5}, {SaveFileType, 1, 5},
+                {MutiPage, 0, 5}, {SaveFileType, 2, 5}, {MutiPage, 1, 2},     {SaveFileType, 0, 5}};
+  for (const auto& [group, button, names] : clicks) {
     form.selectRenameType(1);
     const std::wstring stored = form.settings().ReNameFormat;
     form.clickButton(group, button);
     EXPECT_EQ(form.selectedButton(group), button);
-    EXPECT_EQ(form.selectedRenameType(), ExportForm::kNone);
+    EXPECT_EQ(form.renameTypes().size(), names);
     EXPECT_EQ(form.renameTypeText(), L"");
     EXPECT_EQ(form.settings().ReNameFormat, stored);
-    if (offersAll) {
-      EXPECT_THAT(form.renameTypes(), ElementsAreArray(kAllNamingPatterns));
-    } else {
-      EXPECT_THAT(form.renameTypes(), ElementsAreArray(kMultiPageNamingPatterns));
-    }
   }
   EXPECT_EQ(form.settings().SaveFileType, 0);
   EXPECT_TRUE(form.settings().IsMutiPage);
@@ -44,7 +41,7 @@ TEST(ExportForm, SettingAButtonThatIsSetOrThatDoesNotExistCallsNoHandler) {
   ExportForm form;
   form.setButton(SaveFileType, 1);
   form.selectRenameType(2);
-  for (const int button : {1, 3, 7, -1}) {
+  for (const int button : {1, 3, -1}) {
     form.setButton(SaveFileType, button);
     EXPECT_EQ(form.selectedRenameType(), 2) << button;
     EXPECT_EQ(form.selectedButton(SaveFileType), 1) << button;
@@ -55,16 +52,149 @@ TEST(ExportForm, SettingAButtonThatIsSetOrThatDoesNotExistCallsNoHandler) {
 
 TEST(ExportForm, TheChosenFolderGetsOneBackslashAndACancelEmptiesTheSettingAlone) {
   ExportForm form;
-  for (const auto& [chosen, expected] :
-       {std::pair{L"\\out\\成果", L"\\out\\成果\\"}, {L"\\", L"\\"}, {L"\\out\\", L"\\out\\"}}) {
+  for (const wchar_t* chosen : {L"\\out\\成果", L"\\out\\成果\\", L""}) {
     form.chooseSavePath(chosen);
-    EXPECT_EQ(form.settings().SavePath, expected);
-    EXPECT_EQ(form.text(TextBox::SavePath), expected);
+    EXPECT_EQ(form.settings().SavePath, *chosen == L'\0' ? L"" : L"\\out\\成果\\");
+    EXPECT_EQ(form.text(TextBox::SavePath), L"\\out\\成果\\");
   }
-  form.chooseSavePath(L"");
-  EXPECT_EQ(form.settings().SavePath, L"");
-  EXPECT_EQ(form.text(TextBox::SavePath), L"\\out\\");
+}
+
+/// What the window would show: the buttons of the groups in their order ("." for none), the naming
+/// list, the texts, the ticks, and "N" for an enabled naming frame.
+std::string shown(const ExportForm& form) {
+  std::ostringstream state;
+  for (const OptionGroup group : {SaveFileType, MutiPage, CompressionType, CompressionRatios}) {
+    const int button = form.selectedButton(group);
+    state << (button < 0 ? "." : std::to_string(button));
+  }
+  state << " " << toUtf8(form.renameTypeText()) << "/" << form.renameTypes().size() << " ";
+  for (const TextBox box : {TextBox::Sp1, TextBox::Sp2, TextBox::LiuShui}) {
+    state << toUtf8(form.text(box));
+  }
+  state << " " << form.isChecked(CheckBox::CreateBatchFolder)
+        << form.isChecked(CheckBox::CreateDocFolder) << (form.isFrameEnabled(4) ? "N" : "");
+  return state.str();
+}
+
+/// A complete file with some lines replaced.
+std::string fileWith(const std::string& lines) {
+  std::string text =
+      "; 备注\n[Setting]\nPerName=王\nSavePath=\\成果\\\nx=1\n[Commit]\nSaveFileType=2\n"
+      "IsMutiPage=False\nCompressionType=0\nCompressionRatios=1\nReNameFormat=页码\nReNameSp1=+\n"
+      "ReNameSp2=_\nLiuShuiHao=4\nIsCreateDocFolder=True\nIsCreateBatchFolder=False\n";
+  std::istringstream stream(lines);
+  for (std::string line; std::getline(stream, line);) {
+    const std::size_t start = text.find(line.substr(0, line.find('=') + 1));
+    text.replace(start, text.find('\n', start) - start, line);
+  }
+  return text;
+}
+
+class ExportSettingsFile : public testing::Test {
+ protected:
+  /// Writes data.ini from UTF-8 text with plain line ends, by iconv.
+  void write(const std::string& text) const {
+    station.write("utf8.txt", text);
+    station.shell("iconv -f UTF-8 -t GBK utf8.txt | sed 's/$/\\r/' > data.ini");
+  }
+  /// The whole of data.ini as UTF-8, its line ends (which must all be CR LF) as "\n".
+  std::string content() const {
+    EXPECT_EQ(station.shell("awk '!/\\r$/' data.ini"), "");
+    return station.shell("iconv -f GBK -t UTF-8 data.ini | tr -d '\\r'");
+  }
+  /// A window's life from its creation to its first close.
+  ExportForm load() const {
+    ExportForm form;
+    form.offerAllRenameTypes();
+    LoadExportSettings(form);
+    return form;
+  }
+
+  TempStation station;
+  RecordingWindow window;
+};
+
+TEST_F(ExportSettingsFile, AFirstStartWritesAllDefaultsAndACloseTheShownPattern) {
+  const auto defaults = [](const std::string& isMutiPage, const std::string& pattern) {
+    return "[Setting]\nPerName=\nSavePath=\n[Commit]\nSaveFileType=0\nIsMutiPage=" + isMutiPage +
+           "\nCompressionType=0\nCompressionRatios=0\nReNameFormat=" + pattern +
+           "\nReNameSp1=-\nReNameSp2=-\nLiuShuiHao=3\nIsCreateDocFolder=False\n"
+           "IsCreateBatchFolder=False\n";
+  };
+  const ExportForm form = load();
+  EXPECT_EQ(content(), defaults("false", ""));
+  EXPECT_EQ(shown(form), "0000 档案（件）名称/5 --3 00N");
+  SaveExportSettings(form);
+  EXPECT_EQ(content(), defaults("False", "档案（件）名称"));
+
+  // A folder in the place of the file: neither can it be read nor replaced, by root either.
+  station.shell("rm data.ini; mkdir data.ini");
+  const ExportForm unwritten = load();
+  EXPECT_EQ(shown(unwritten), shown(form));
+  SaveExportSettings(unwritten);
+  EXPECT_EQ(station.shell("ls -F"), "data.ini/\n");
+  EXPECT_EQ(window.takeBoxes(), "");
+}
+
+TEST_F(ExportSettingsFile, WhatStandsInTheFileIsShownAndComesBack) {
+  const struct {
+    std::string lines, shown;
+    std::string saved;  ///< what the close makes of these lines; empty for the same
+  } cases[] = {
+      {"", "2001 页码/5 +_4 01N", ""},
+      {"SaveFileType=7", ".001 页码/5 +_4 01N", ""},
+      {"SaveFileType=1.5", "2001 页码/5 +_4 01N", "SaveFileType=2"},
+      {"CompressionType=2", "20.1 页码/5 +_4 01N", ""},
+      {"CompressionRatios=-3", "200. 页码/5 +_4 01N", ""},
+      {"CompressionType=1\nCompressionRatios=2", "2012 页码/5 +_4 01", ""},
+      {"ReNameFormat=页码 ", "2001 页码/5 +_4 01N", "ReNameFormat=页码"},
+      {"ReNameFormat=随便", "2001 档案（件）名称/5 +_4 01N", "ReNameFormat=档案（件）名称"},
+      {"IsMutiPage=TRUE", "2101 档案（件）名称/2 +_4 01N",
+       "IsMutiPage=True\nReNameFormat=档案（件）名称"},
+      {"IsMutiPage=-1\nReNameFormat=档案名称 + 档案（件）名称",
+       "2101 档案名称 + 档案（件）名称/2 +_4 01N",
+       "IsMutiPage=True\nReNameFormat=档案名称 + 档案（件）名称"},
+      {"ReNameSp1=  \nReNameSp2=", "2001 页码/5 --4 01N", "ReNameSp1=-\nReNameSp2=-"},
+      {"LiuShuiHao=三", "2001 页码/5 +_三 01N", ""},
+      {"IsCreateDocFolder=0\nIsCreateBatchFolder=true", "2001 页码/5 +_4 10N",
+       "IsCreateDocFolder=False\nIsCreateBatchFolder=True"}};
+  for (const auto& [lines, expected, saved] : cases) {
+    SCOPED_TRACE(lines);
+    write(fileWith(lines));
+    ExportForm form = load();
+    EXPECT_EQ(shown(form), expected);
+    EXPECT_EQ(form.settings().PerName + form.text(TextBox::SavePath), L"王\\成果\\");
+    form.chooseSavePath(L"\\新\\☃");  // which is no character of the code page
+    SaveExportSettings(form);
+    EXPECT_EQ(content(), fileWith("SavePath=\\新\\?\\\n" + (saved.empty() ? lines : saved)));
+  }
+  EXPECT_EQ(window.takeBoxes(), "");
+}
+
+TEST_F(ExportSettingsFile, ABadValueEndsTheLoadWithABoxAndLeavesTheRestUnread) {
+  const struct {
+    std::string line, reason, shown;
+  } cases[] = {
+      {"SaveFileType=x", "not a number: \"x\"", ".... /5 --3 00N"},
+      {"SaveFileType=32768", "number outside -32768 to 32767", ".... /5 --3 00N"},
+      {"CompressionType=1e9", "number outside -32768 to 32767", "20.. /5 --3 00N"},
+      {"CompressionRatios=0 0", "not a number: \"0 0\"", "20.. /5 --3 00N"},
+      {"IsCreateDocFolder=是", "not a number: \"是\"", "2001 页码/5 +_4 00N"},
+      {"IsCreateBatchFolder=F", "not a number: \"f\"", "2001 页码/5 +_4 01N"},
+      {"IsMutiPage=abc", "not a number: \"abc\"", "2... /5 --3 00N"},
+  };
+  for (const auto& [line, reason, expected] : cases) {
+    write(fileWith(line));
+    EXPECT_EQ(shown(load()), expected);
+    EXPECT_EQ(content(), fileWith(line));  // nothing behind it was filled in, the value is kept
+    EXPECT_EQ(window.takeBoxes(),
+              "初始化导出档案参数出错! Error-" + reason + " | Orvane成果导出\n");
+    EXPECT_EQ(station.takeLog(), "");
+  }
+  SaveExportSettings(load());  // a close behind a failed load writes the settings as they stand
+  EXPECT_EQ(content(), fileWith("IsMutiPage=False\nCompressionRatios=0\nReNameFormat=\nReNameSp1=\n"
+                                "ReNameSp2=\nLiuShuiHao=3\nIsCreateDocFolder=False"));
 }
 
 }  // namespace
-}  // namespace orvane
+}  // namespace orvane::test
