@@ -1,7 +1,4 @@
-#include <gtest/gtest.h>
-#include <map>
-#include <string>
-#include <vector>
+#include <gmock/gmock.h>
 
 #include "docops/DocumentHelper.h"
 #include "docops/mdlDocumentHelper.h"
@@ -10,22 +7,18 @@
 #include "imaging/RecordingEngine.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"
-#include "support/command.h"
 
 namespace orvane::test {
 namespace {
 
-using Lines = std::vector<std::wstring>;
-
-const std::wstring kLogSource = L"Orvane成果导出 - Orvane成果导出:DocumentHelper-";
+using testing::ElementsAre;
 
 class Item : public DispatchObject {
  public:
-  Item(std::wstring name, std::wstring value) : name_(std::move(name)), value_(std::move(value)) {}
-  explicit Item(std::wstring documentID) : Item(L"DocumentID", std::move(documentID)) {}
+  explicit Item(std::wstring value, std::wstring name = L"DocumentID")
+      : name_(std::move(name)), value_(std::move(value)) {}
   std::wstring property(const std::wstring& sName) const override {
-    if (sName != name_) throw Failure("no such property");
-    return value_;
+    return sName == name_ ? value_ : throw Failure("no such property");
   }
 
  private:
@@ -34,30 +27,14 @@ class Item : public DispatchObject {
 
 class DocumentOperations : public testing::Test {
  protected:
-  TempStation station;
-  RecordingWindow window;
-  RecordingEngine engine;
-  RecordingEngine pageCount;
-  DocumentHelper helper;
-
   void SetUp() override {
     gBatchFolder = station.path(L"Batchs\\B1");
-    addDocument("D1", "a$b$a$", {"a", "b"});
-    addDocument("D2", "b$c$", {"b", "c"});
+    station.shell(
+        "mkdir -p Batchs/B1/D1 Batchs/B1/D2 Batchs/B1/Old; cd Batchs/B1; printf 1a > D1/a.tif; "
+        "printf 1b > D1/b.tif; printf 2b > D2/b.tif; printf 2c > D2/c.tif; printf x > Old/x.tif; "
+        "printf 'a$b$a$' > D1/Doc.dat; printf 'b$c$' > D2/Doc.dat; printf 'x$' > Old/Doc.dat");
   }
   void TearDown() override { gBatchFolder.clear(); }
-
-  std::filesystem::path document(const std::string& name) const {
-    return station.native("Batchs/B1/" + name);
-  }
-
-  void addDocument(const std::string& name, const std::string& pageList,
-                   const std::vector<std::string>& pages) {
-    writeBytes(document(name) / "Doc.dat", pageList);
-    for (const std::string& page : pages) {
-      writeBytes(document(name) / (page + ".tif"), name + " page " + page);
-    }
-  }
 
   bool merge(const std::wstring& target, const std::vector<std::wstring>& ids) {
     std::vector<Item> items;
@@ -66,123 +43,117 @@ class DocumentOperations : public testing::Test {
     for (const Item& item : items) list.push_back(&item);
     return mdlDocumentHelper::MergeDocument(engine, pageCount, target, &list);
   }
-
-  std::string treeSum() const {
-    return outputOf("cd " + quoted(station.native("Batchs")) +
-                    " && find . -type f | LC_ALL=C sort | xargs -d '\\n' sha256sum; find . | sort");
+  // What lies in the scan tree, with the bytes of every file.
+  std::string scanTree() const {
+    return station.shell("cd Batchs; find . | sort; grep -rH '' . | sort");
   }
+
+  TempStation station;
+  RecordingWindow window;
+  RecordingEngine engine, pageCount;
+  DocumentHelper helper;
 };
 
 TEST_F(DocumentOperations, AMergedDocumentHoldsThePagesOfBothInTheirOrder) {
-  const std::string before = treeSum();
+  const std::string before = scanTree();
   pageCount.imagError = 3;
   EXPECT_TRUE(merge(L"新", {L"D1", L"D2", L"absent"}));
-  EXPECT_EQ(pageCount.calls, (std::vector<std::string>{"SourceFile", "Refresh", "Picture"}));
+  EXPECT_THAT(pageCount.calls, ElementsAre("SourceFile", "Refresh", "Picture"));
   EXPECT_TRUE(engine.calls.empty());
-
   // D2's page b finds its name taken; D1's a stands twice.
-  EXPECT_EQ(readBytes(document("新") / "Doc.dat"), "a$b$a$b_2$c$");
-  const std::map<std::string, std::string> pages{
-      {"a", "D1 page a"}, {"b", "D1 page b"}, {"b_2", "D2 page b"}, {"c", "D2 page c"}};
-  for (const auto& [name, bytes] : pages) {
-    EXPECT_EQ(readBytes(document("新") / (name + ".tif")), bytes);
-  }
-  EXPECT_EQ(outputOf("ls " + quoted(document("新")) + " | wc -l"), "5\n");
-  std::filesystem::remove_all(document("新"));
-  EXPECT_EQ(treeSum(), before);
-  EXPECT_TRUE(window.boxes.empty());
-  EXPECT_TRUE(station.logEntries().empty());
+  EXPECT_EQ(station.shell("cd Batchs/B1/新; grep -H '' *"),
+            "Doc.dat:a$b$a$b_2$c$\na.tif:1a\nb.tif:1b\nb_2.tif:2b\nc.tif:2c\n");
+  station.shell("rm -r Batchs/B1/新");
+  EXPECT_EQ(scanTree(), before);
+  EXPECT_EQ(window.takeBoxes() + station.takeLog(), "");
 }
 
 TEST_F(DocumentOperations, AnOlderDocumentIsReplacedByAWholeOneOrKept) {
-  addDocument("Old", "x$", {"x"});
-  const std::string before = treeSum();
-  std::filesystem::remove(document("D2") / "c.tif");
+  station.shell("mv Batchs/B1/D2/c.tif .");
+  const std::string before = scanTree();
   EXPECT_FALSE(merge(L"Old", {L"D1", L"D2"}));
   EXPECT_EQ(window.boxes.size(), 1U);  // the copy tells its failure
-  writeBytes(document("D2") / "c.tif", "D2 page c");
-  EXPECT_EQ(treeSum(), before);
+  EXPECT_EQ(scanTree(), before);
+  station.shell("mv c.tif Batchs/B1/D2");
   EXPECT_TRUE(merge(L"Old", {L"D2", L"D1"}));
-  EXPECT_EQ(readBytes(document("Old") / "Doc.dat"), "b$c$a$b_2$a$");
-  EXPECT_FALSE(std::filesystem::exists(document("Old") / "x.tif"));
-  EXPECT_EQ(outputOf("ls " + quoted(station.native("Batchs/B1"))), "D1\nD2\nOld\n");
+  EXPECT_EQ(station.shell("cd Batchs/B1; ls . Old | xargs; cat Old/Doc.dat"),
+            ".: D1 D2 Old Old: Doc.dat a.tif b.tif b_2.tif c.tif\nb$c$a$b_2$a$");
 }
 
 TEST_F(DocumentOperations, AMergeThatCannotBeTouchesNothing) {
-  const std::string before = treeSum();
-  EXPECT_FALSE(merge(L"", {L"D1", L"D2"}));
-  EXPECT_FALSE(merge(L"N", {L"D1"}));
+  const std::string before = scanTree();
+  EXPECT_FALSE(merge(L"", {L"D1", L"D2"}) || merge(L"N", {L"D1"}));
   EXPECT_FALSE(mdlDocumentHelper::MergeDocument(engine, pageCount, L"N", nullptr));
   EXPECT_FALSE(mdlDocumentHelper::MergeDocumentFor奇偶排序(L"N", nullptr, true));
-  EXPECT_TRUE(station.logEntries().empty());
+  EXPECT_EQ(station.takeLog(), "");
 
-  const Item nameless(L"Name", L"D1");
-  const Item second(L"D2");
+  const std::string source = "Orvane成果导出:DocumentHelper-MergeDocument-";
+  const Item nameless(L"D1", L"Name"), second(L"D2");
   const DispatchList wrongItem{&nameless, &second};
   EXPECT_FALSE(mdlDocumentHelper::MergeDocument(engine, pageCount, L"N", &wrongItem));
-  EXPECT_FALSE(merge(L"D1", {L"D1", L"D2"}));
-  EXPECT_FALSE(merge(L"D2", {L"D1", L"D2"}));
-  EXPECT_FALSE(merge(L"..", {L"D1", L"D2"}));
-  EXPECT_FALSE(merge(L"N", {L"D1", L"absent"}));
-  const Lines log = station.logEntries();
-  ASSERT_EQ(log.size(), 6U);  // the missing document also has the line of its page list
-  EXPECT_EQ(log[0], kLogSource + L"MergeDocument-no such property");
-  for (const std::size_t i : {1U, 2U, 3U, 5U}) {
-    EXPECT_EQ(log[i].rfind(kLogSource + L"MergeDocument-", 0), 0U) << toUtf8(log[i]);
+  EXPECT_EQ(station.takeLog(), source + "no such property\n");
+  const struct {
+    std::wstring target, second;
+    std::string log;
+  } cases[] = {{L"D1", L"D2", source + "D1: a document cannot be merged into itself\n"},
+               {L"D2", L"D2", source + "D2: a document cannot be merged into itself\n"},
+               {L"..", L"D2", source + "..: cannot name a document\n"},
+               {L"N", L"absent",
+                "Document:InitDocument-文档名【absent】找不到当前文档的数据文件【Doc.dat】\n" +
+                    source + "absent: its page list cannot be read\n"}};
+  for (const auto& c : cases) {
+    EXPECT_FALSE(merge(c.target, {L"D1", c.second}));
+    EXPECT_EQ(station.takeLog(), c.log);
   }
-  EXPECT_EQ(treeSum(), before);
+  EXPECT_EQ(scanTree(), before);
 }
 
 TEST_F(DocumentOperations, OnlyADirectChildOfTheBatchIsDeleted) {
-  writeBytes(station.native("Batchs/keep.txt"), "x");
-  std::filesystem::create_directory_symlink(station.native("Batchs"), document("link"));
-  const std::string before = treeSum();
+  station.shell("cd Batchs; touch keep.txt; ln -s .. B1/link");
+  const std::string before = scanTree();
   for (const wchar_t* name : {L"", L".", L"..", L"D1\\..", L"..\\B1", L"D1/../D2", L"absent"}) {
     EXPECT_FALSE(helper.DeleteDocumentForDocumentID(name)) << toUtf8(name);
   }
-  EXPECT_EQ(treeSum(), before);
-  std::filesystem::permissions(document("D1"), std::filesystem::perms::owner_read);
+  EXPECT_EQ(scanTree(), before);
+  station.shell("chmod 400 Batchs/B1/D1");
   EXPECT_TRUE(helper.DeleteDocumentForDocumentID(L"D1"));
   EXPECT_TRUE(helper.DeleteDocumentForDocumentID(L"link"));
-  EXPECT_EQ(outputOf("ls " + quoted(station.native("Batchs/B1"))), "D2\n");
-  EXPECT_EQ(readBytes(station.native("Batchs/keep.txt")), "x");
+  EXPECT_EQ(station.shell("ls Batchs Batchs/B1 | xargs"),
+            "Batchs: B1 keep.txt Batchs/B1: D2 Old\n");
   gBatchFolder.clear();
   EXPECT_FALSE(helper.DeleteDocumentForDocumentID(L"D2"));
-  EXPECT_TRUE(station.logEntries().empty());
+  EXPECT_EQ(station.takeLog(), "");
 }
 
 TEST_F(DocumentOperations, AFreeNameIsFoundByCounting) {
   EXPECT_EQ(helper.MakeOnlyOneFileName(L"D3"), L"D3");
-  EXPECT_EQ(helper.MakeOnlyOneFileName(L"D1"), L"D1_2");
-  std::filesystem::create_directory(document("D1_2"));
-  EXPECT_EQ(helper.MakeOnlyOneFileName(L"D1"), L"D1_3");
+  EXPECT_EQ(helper.MakeOnlyOneFileName(L"D3", 1001), L"D3");
   EXPECT_EQ(helper.MakeOnlyOneFileName(L"D1", 5), L"D1_5");
   EXPECT_EQ(helper.MakeOnlyOneFileName(L"D1", 1001), L"");
-  EXPECT_EQ(helper.MakeOnlyOneFileName(L"D9", 1001), L"D9");
-  for (int i = 3; i < 1000; ++i)
-    std::filesystem::create_directory(document("D1_" + std::to_string(i)));
-  EXPECT_EQ(helper.MakeOnlyOneFileName(L"D1"), L"D1_1000");
-  std::filesystem::create_directory(document("D1_1000"));
-  EXPECT_EQ(helper.MakeOnlyOneFileName(L"D1"), L"");
+  const std::pair<int, std::wstring> cases[] = {
+      {1, L"D1_2"}, {2, L"D1_3"}, {999, L"D1_1000"}, {1000, L""}};
+  for (const auto& [last, free] : cases) {
+    station.shell("cd Batchs/B1; mkdir -p $(seq -f D1_%.0f 1 " + std::to_string(last) + ")");
+    EXPECT_EQ(helper.MakeOnlyOneFileName(L"D1"), free);
+  }
 }
 
 TEST_F(DocumentOperations, APageIsDeletedThroughTheInstanceAndItsErrorCounts) {
-  using Calls = std::vector<std::string>;
   engine.imagError = 4;
   EXPECT_TRUE(mdlDocumentHelper::DeletePage(engine, L"\\m.tif", -3));
-  EXPECT_EQ(engine.calls, (Calls{"SourceFile", "Refresh", "DeletePageFromFile \\m.tif -3"}));
+  EXPECT_THAT(engine.calls, ElementsAre("SourceFile", "Refresh", "DeletePageFromFile \\m.tif -3"));
 
   engine.calls.clear();
   engine.imagErrorAfterDelete = 9;
   EXPECT_FALSE(mdlDocumentHelper::DeletePage(engine, L"\\m.tif", 1));
-  EXPECT_EQ(engine.calls, (Calls{"DeletePageFromFile \\m.tif 1", "SourceFile", "Refresh"}));
-  EXPECT_TRUE(station.logEntries().empty());
+  EXPECT_THAT(engine.calls, ElementsAre("DeletePageFromFile \\m.tif 1", "SourceFile", "Refresh"));
+  EXPECT_EQ(station.takeLog(), "");
 
   engine.throwsAt = "DeletePageFromFile";
   EXPECT_FALSE(mdlDocumentHelper::DeletePage(engine, L"\\m.tif", 1));
   EXPECT_EQ(engine.imagError, 0);
-  EXPECT_EQ(station.logEntries(),
-            Lines{kLogSource + L"DeletePage-Err:broken ImgDelete.ImagError=9"});
+  EXPECT_EQ(station.takeLog(),
+            "Orvane成果导出:DocumentHelper-DeletePage-Err:broken ImgDelete.ImagError=9\n");
 }
 
 }  // namespace
