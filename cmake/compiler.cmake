@@ -10,6 +10,17 @@ if(ORVANE_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+if(ORVANE_FUZZ)  # clang warns of other things than the compiler of the project
+  add_compile_options(-Wno-error -O1 -g1 -fno-omit-frame-pointer -fno-sanitize-recover=all
+                      -fsanitize=fuzzer-no-link,address,undefined)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+if(ORVANE_COVERAGE)
+  add_compile_options(--coverage -O0)
+  add_link_options(--coverage)
+endif()
+
 find_program(CCACHE ccache)
 if(CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})

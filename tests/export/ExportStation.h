@@ -75,15 +75,7 @@ class ExportStation : public TempStation {
 
   std::map<std::string, std::string> outputTree() const { return contentOf(output()); }
 
-  static const std::string& grayPage() {
-    static const std::string bytes =
-        outputOf("convert -size 40x30 gradient: -depth 8 -density 200 -units PixelsPerInch tif:-");
-    return bytes;
-  }
-
- private:
-  static constexpr const char* kFolder = "a folder";
-
+  /// Every entry below a folder, with the bytes of the files.
   static std::map<std::string, std::string> contentOf(const std::filesystem::path& folder) {
     std::map<std::string, std::string> content;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
@@ -92,6 +84,15 @@ class ExportStation : public TempStation {
     }
     return content;
   }
+
+  static const std::string& grayPage() {
+    static const std::string bytes =
+        outputOf("convert -size 40x30 gradient: -depth 8 -density 200 -units PixelsPerInch tif:-");
+    return bytes;
+  }
+
+ private:
+  static constexpr const char* kFolder = "a folder";
 };
 
 }  // namespace orvane::test

@@ -148,5 +148,68 @@ TEST_F(Night, ADatabaseThatMayNotBeWrittenIsRefusedAndOpenedAgainWhenItMay) {
             std::string::npos);
 }
 
+TEST_F(Night, NoNameLeadsOutOfTheOutputFolderOrIntoTheWrongRow) {
+  const struct {
+    std::wstring name;
+    bool isPageName;  // the page list can hold it
+    std::string told;
+  } cases[] = {
+      {L"it's \"quoted\"`", true, "exported"},
+      {L"B0' or '1'='1", true, "exported"},
+      {L"100%s%n%", true, "exported"},
+      {L"$(touch x);&|<>*?", false, "exported"},
+      {L"-rf", true, "exported"},
+      {L"..x..", true, "exported"},
+      {L"...", true, "exported"},
+      {L" blanks ", true, "exported"},
+      {L"tab\t\x01 line\r\nend", true, "exported"},
+      {L"\U0001F600\u00F6", false, "exported"},  // outside code page 936
+      {std::wstring(255, L'n'), false, "File name too long"},
+      {L"..", false, "档案扫描件找不到！"},
+      {L"../beside", false, "档案扫描件找不到！"},
+      {L"..\\beside", false, "档案扫描件找不到！"},
+  };
+  host.stopAfterBatch = true;
+  for (const auto& [name, isPageName, expected] : cases) {
+    const std::string bytes = toUtf8(name);
+    SCOPED_TRACE(bytes);
+    for (const char* folder : {"Batchs", "output", "Log"}) fs::remove_all(station.native(folder));
+    fs::create_directories(station.output());
+    station.createTable({"B0"});
+    station.query("update T_BatchInfo set CreateDate='2030'");
+    mdlDataBase::OpenConnection();
+    gConnection->execute(L"insert into T_BatchInfo values (?, '完成扫描', '2020', 1, null)",
+                         {name});
+    if (name.find(L"..\\") != 0 && name.find(L"../") != 0 && name != L"..") {
+      const fs::path document = station.scan(bytes + "/" + bytes);
+      writeBytes(document / "P.tif", ExportStation::grayPage());
+      if (isPageName) writeBytes(document / (bytes + ".tif"), ExportStation::grayPage());
+      writeBytes(document / "Doc.dat", "P$" + (isPageName ? toAnsi(name) + "$" : ""));
+    }
+    const auto around = [&] {
+      auto tree = ExportStation::contentOf(station.native());
+      std::erase_if(tree, [](const auto& entry) {
+        return entry.first.starts_with("output") || entry.first.starts_with("Log") ||
+               entry.first == "Orvane.dll";
+      });
+      return tree;
+    };
+    const auto before = around();
+    host.window.boxes.clear();
+    host.lines.clear();
+    RunOutPutBatch(host);
+    EXPECT_EQ(around(), before);
+    const bool isExported = expected == "exported";
+    EXPECT_EQ(station.outputFiles().size(), isExported ? (isPageName ? 2u : 1u) : 0u) << told();
+    for (const std::string& file : station.outputFiles()) {
+      EXPECT_TRUE(file.starts_with(bytes + "/" + bytes)) << file;
+    }
+    const auto row =
+        gConnection->query(L"select BatchState from T_BatchInfo where BatchID<>'B0'", true).at(0);
+    EXPECT_EQ(row[0].text(), isExported ? L"完成成果输出" : L"完成扫描");
+    EXPECT_EQ(station.stateOf("B0"), "完成扫描|");
+  }
+}
+
 }  // namespace
 }  // namespace orvane::test

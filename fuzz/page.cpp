@@ -1,0 +1,33 @@
+// A page file is loaded and saved in one of the forms of the export. What the export calls written
+// must be a file that reads back whole.
+#include "fuzz/Workshop.h"
+
+using namespace orvane;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const fuzz::Workshop shop;
+  static ImagingControl control, reader;
+  const struct {
+    decltype(&mdlImageProcess::SaveImage) save;
+    const char* name;
+    bool compress;
+  } forms[] = {{mdlImageProcess::SaveImage, "out.tif", true},
+               {mdlImageProcess::SaveImage, "out.tif", false},
+               {mdlImageProcess::SaveImage, "out.jpg", true},
+               {mdlImageProcess::SavePDF, "out.pdf", true},
+               {mdlImageProcess::SavePDF, "out.pdf", false}};
+  shop.put("page.tif", data, size);
+  const auto& form = forms[size % std::size(forms)];
+  const std::wstring target = pathText(shop.station.native(form.name));
+  if (!form.save(control, shop.station.path(L"page.tif"), 1, target, form.compress, 0, false)) {
+    return 0;
+  }
+  if (shop.bytesOf(form.name).starts_with("\xFF\xD8")) return 0;
+  fuzz::require(fuzz::pagesOf(target) == 1, "no page in what was written");
+  if (form.name == std::string("out.tif")) {
+    fuzz::require(mdlImageProcess::SaveImage(reader, target, 1, shop.station.path(L"again.tif"),
+                                             true, 0, false),
+                  "what was written does not read back");
+  }
+  return 0;
+}
