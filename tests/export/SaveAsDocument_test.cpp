@@ -11,170 +11,127 @@
 namespace orvane {
 namespace {
 
-namespace fs = std::filesystem;
+using Files = std::set<std::string>;
+const std::string kSource = "Orvane成果导出:DocumentHelper-SaveAsDocument-";
 
 class SaveAsDocument : public testing::Test {
  protected:
   SaveAsDocument() { gBatchFolder = station.path(L"Batchs\\B1"); }
 
   bool save(bool isPageFile, const std::wstring& savePath, const std::wstring& stem = L"D1_",
-            std::int16_t fileType = 0) {
-    return mdlDocumentHelper::SaveAsDocument(merge, control, pageCount, L"D1", fileType, isPageFile,
-                                             0, 0, savePath, L"000", stem);
-  }
-  std::string entry(std::size_t index) const {
-    const auto entries = station.logEntries();
-    return index < entries.size() ? toUtf8(entries[index]) : "no such entry";
+            std::int16_t fileType = 0, const std::wstring& document = L"D1") {
+    return mdlDocumentHelper::SaveAsDocument(merge, control, pageCount, document, fileType,
+                                             isPageFile, 0, 0, savePath, L"000", stem);
   }
 
   test::RecordingWindow window;
   test::ExportStation station;
+  const std::wstring out = station.outputText();
   ImagingControl control;
   RecordingEngine merge, pageCount;
 };
 
-TEST_F(SaveAsDocument, WritesTheFilesOfEachFormUnderTheirNames) {
-  station.addDocument("B1/D1", {"A", "B", "C"});
+TEST_F(SaveAsDocument, WritesTheFilesOfEachFormUnderTheirNamesAndOverOlderOnes) {
+  station.addDocument("B1/D1", {"A", "B", "A"});
+  merge.imagError = 7;  // of an earlier operation
   const struct {
     std::int16_t fileType;
     bool isPageFile;
-    std::size_t files;
-    std::string first, content;
-  } cases[] = {{0, true, 3, "D1_001.tif", "II*"},  {1, true, 3, "D1_001.jpg", "\xFF\xD8"},
-               {2, true, 3, "D1_001.pdf", "%PDF"}, {0, false, 1, "D1_.tif", "II*"},
-               {1, false, 1, "D1_.jpg", "%PDF"},   {2, false, 1, "D1_.pdf", "%PDF"}};
+    std::string files, firstBytes;
+  } cases[] = {{0, true, "D1_001.tif D1_002.tif D1_003.tif", "II"},
+               {1, true, "D1_001.jpg D1_002.jpg D1_003.jpg", "\xFF\xD8"},
+               {2, true, "D1_001.pdf D1_002.pdf D1_003.pdf", "%P"},
+               {0, false, "D1_.tif", "II"},
+               {1, false, "D1_.jpg", "%P"},
+               {2, false, "D1_.pdf", "%P"}};
   for (const auto& c : cases) {
-    const std::string folder = "deep." + std::to_string(c.fileType) + (c.isPageFile ? "p" : "m");
-    const std::wstring savePath = station.outputText() + L"\\\\" + fromUtf8(folder);
-    window.yields = 0;
-    EXPECT_TRUE(save(c.isPageFile, savePath, L"D1_", c.fileType)) << folder;
-    EXPECT_EQ(window.yields, 6) << "one in the saver and one behind each page";
-    EXPECT_TRUE(save(c.isPageFile, savePath + L"\\", L"D1_", c.fileType)) << "over the first";
-    std::size_t files = 0;
-    for (const std::string& name : station.outputFiles()) files += name.rfind(folder, 0) == 0;
-    EXPECT_EQ(files, c.files) << folder;
-    const std::string bytes = test::readBytes(station.output(folder + "/" + c.first));
-    EXPECT_EQ(bytes.rfind(c.content, 0), 0u) << folder;
+    station.shell("rm -r output");
+    for (const std::wstring& savePath : {out + L"\\\\sub.dir", out + L"\\sub.dir\\"}) {
+      window.yields = 0;
+      EXPECT_TRUE(save(c.isPageFile, savePath, L"D1_", c.fileType));
+      EXPECT_EQ(window.yields, 6) << "one in the saver and one behind each page";
+    }
+    EXPECT_EQ(station.shell("cd output/sub.dir; ls | xargs; head -c 2 $(ls | head -1)"),
+              c.files + "\n" + c.firstBytes);
+    if (c.files == "D1_.tif") {
+      EXPECT_EQ(station.shell("tiffinfo output/sub.dir/D1_.tif | grep -c 'Page Number'"), "3\n");
+    }
   }
-  EXPECT_TRUE(station.logEntries().empty());
+  EXPECT_EQ(station.takeLog(), "");
   EXPECT_EQ(control.SourceFile(), L"");
-}
-
-TEST_F(SaveAsDocument, PagesOfAMultiPageFileKeepTheirOrderAndNumber) {
-  station.addDocument("B1/D1", {"A", "B", "A"});
-  ASSERT_TRUE(save(false, station.outputText()));
-  ASSERT_TRUE(save(false, station.outputText()));
-  const std::string info = test::outputOf("tiffinfo " + test::quoted(station.output("D1_.tif")));
-  for (const char* page : {"Page Number: 0-", "Page Number: 1-", "Page Number: 2-"}) {
-    EXPECT_NE(info.find(page), std::string::npos) << info;
-  }
-  EXPECT_EQ(info.find("Page Number: 3-"), std::string::npos) << "the first page starts anew";
+  EXPECT_EQ(merge.calls, (std::vector<std::string>{"SourceFile", "Refresh", "Picture"}));
+  EXPECT_TRUE(pageCount.calls.empty());
 }
 
 TEST_F(SaveAsDocument, AFailedPageTakesItsFileWithIt) {
   station.addDocument("B1/D1", {"A", "missing", "C"});
-  const struct {
-    bool isPageFile;
-    std::set<std::string> left;
-    std::string text;
-  } cases[] = {{true, {"D1_001.tif", "other.tif"}, "按页保存时出错。页码：2"},
-               {false, {"other.tif"}, "按多页文件保存时出错。页码：2"}};
-  for (const auto& c : cases) {
-    for (const char* name : {"D1_002.tif", "D1_.tif", "other.tif"}) {
-      test::writeBytes(station.output(name), "older");
-    }
-    fs::remove(station.output(c.isPageFile ? "D1_.tif" : "D1_002.tif"));
-    fs::remove_all(station.native("Log"));
-    EXPECT_FALSE(save(c.isPageFile, station.outputText()));
-    EXPECT_EQ(station.outputFiles(), c.left);
-    EXPECT_EQ(entry(1), "Orvane成果导出 - Orvane成果导出:DocumentHelper-SaveAsDocument-" + c.text);
-    fs::remove(station.output("D1_001.tif"));
-  }
+  station.shell("touch output/D1_002.tif output/other.tif");
+  EXPECT_FALSE(save(true, out));
+  EXPECT_EQ(station.outputFiles(), (Files{"D1_001.tif", "other.tif"}));
+  EXPECT_TRUE(station.takeLog().ends_with("\n" + kSource + "按页保存时出错。页码：2\n"));
+  EXPECT_FALSE(save(false, out));
+  EXPECT_EQ(station.outputFiles(), (Files{"D1_001.tif", "other.tif"}));
+  EXPECT_TRUE(station.takeLog().ends_with("\n" + kSource + "按多页文件保存时出错。页码：2\n"));
 }
 
-TEST_F(SaveAsDocument, WithoutAPageListNothingIsMade) {
-  const std::wstring target = station.outputText() + L"\\new";
-  EXPECT_FALSE(save(true, target));
+TEST_F(SaveAsDocument, WithoutAPageListOrAFolderNothingIsMade) {
+  EXPECT_FALSE(save(true, out + L"\\new"));
   station.addDocument("B1/D1", {});
-  EXPECT_FALSE(save(true, target)) << "an empty list";
-  EXPECT_FALSE(fs::exists(station.output("new")));
-  EXPECT_EQ(station.logEntries().size(), 2u) << "the lines of the page list alone";
-  test::writeBytes(station.scan("B1/D1/Doc.dat"), "$$");
-  EXPECT_TRUE(save(true, target)) << "a list without pages";
-  EXPECT_TRUE(fs::is_empty(station.output("new")));
-}
+  EXPECT_FALSE(save(true, out + L"\\new"));
+  EXPECT_EQ(station.takeLog(),
+            "Document:InitDocument-文档名【D1】找不到当前文档的数据文件【Doc.dat】\n"
+            "Document:InitDocument-文档名【D1】 数据文件为空\n");
+  EXPECT_EQ(station.shell("ls output"), "");
+  station.write("Batchs/B1/D1/Doc.dat", "$$");
+  EXPECT_TRUE(save(true, out + L"\\new")) << "a list without pages";
+  EXPECT_EQ(station.shell("ls -F output"), "new/\n");
 
-TEST_F(SaveAsDocument, AFolderThatCannotBeMadeIsLoggedWithItsReason) {
-  station.addDocument("B1/D1", {"A"});
-  test::writeBytes(station.output("file"), "in the way");
+  station.shell("touch output/file");
   for (const bool isPageFile : {true, false}) {
-    EXPECT_FALSE(save(isPageFile, station.outputText() + L"\\file\\sub"));
+    EXPECT_FALSE(save(isPageFile, out + L"\\file\\sub"));
+    EXPECT_EQ(station.takeLog(), kSource + toUtf8(out) + "\\file: File exists\n");
   }
-  EXPECT_EQ(station.outputFiles(), std::set<std::string>{"file"});
-  for (const std::size_t i : {0u, 1u}) {
-    EXPECT_EQ(entry(i).rfind("Orvane成果导出 - Orvane成果导出:DocumentHelper-SaveAsDocument-", 0),
-              0u);
-    EXPECT_NE(entry(i).find("file: File exists"), std::string::npos) << entry(i);
-  }
-}
-
-TEST_F(SaveAsDocument, ClearsTheTwoOtherInstancesOnlyAfterAnError) {
-  station.addDocument("B1/D1", {"A"});
-  merge.imagError = 7;
-  EXPECT_TRUE(save(true, station.outputText()));
-  EXPECT_EQ(merge.calls, (std::vector<std::string>{"SourceFile", "Refresh", "Picture"}));
-  EXPECT_TRUE(pageCount.calls.empty());
 }
 
 TEST_F(SaveAsDocument, TheScanTreeIsSafeFromEveryOutputPlace) {
   station.addDocument("B1/D1", {"A", "B"});
   station.addDocument("B1/D2", {"A"});
-  fs::rename(station.scan("B1/D2"), station.output("disk2"));
-  fs::create_directory_symlink(station.output("disk2"), station.scan("B1/D2"));
-  fs::create_directory_symlink(station.native("Batchs"), station.output("link"));
-  fs::create_symlink(station.scan("B1/D1/A.tif"), station.output("D1_001.tif"));
-  fs::create_symlink(station.scan("B1/D1/new.tif"), station.output("D1_.tif"));
-  fs::create_directory(station.output("own"));
-  const auto before = station.scanTree();
-  const std::wstring out = station.outputText();
+  station.shell(
+      "mv Batchs/B1/D2 output/disk2; ln -s ../../output/disk2 Batchs/B1/D2; cd output; "
+      "ln -s ../Batchs link; ln -s link/B1/D1/A.tif D1_001.tif; "
+      "ln -s link/B1/D1/new.tif D1_.tif; mkdir own");
+  const std::string tree =
+      "find . -name Log -prune -o -print; cat output/disk2/*; cat Batchs/B1/D1/*";
+  const std::string before = station.shell(tree);
+  const std::string inside = "输出位置在扫描件文件夹内，不能导出：";
   const struct {
     std::wstring savePath, stem;
     std::string reason;
-  } cases[] = {
-      {station.path(L"Batchs"), L"D1_", "在扫描件文件夹内"},
-      {station.path(L"Batchs\\B1\\D1\\"), L"A", "在扫描件文件夹内"},
-      {station.path(L"Batchs\\B2\\new"), L"D1_", "在扫描件文件夹内"},
-      {station.path(L"nowhere\\..\\Batchs"), L"D1_", "在扫描件文件夹内"},
-      {out + L"\\link\\B1\\D1", L"A", "在扫描件文件夹内"},
-      {out + L"\\link\\B9", L"D1_", "在扫描件文件夹内"},
-      {out, L"D1_", "在扫描件文件夹内"},
-      {out, L"link\\B1\\D1\\A", "在扫描件文件夹内"},
-      {out + L"\\own", L"../x", "不在输出文件夹内"},
-      {out + L"\\own", L"..\\x", "不在输出文件夹内"},
-      {out + L"\\own", L"a\\..\\..\\x", "不在输出文件夹内"},
-  };
+  } cases[] = {{station.path(L"Batchs"), L"D1_", inside},
+               {station.path(L"Batchs\\B1\\D1\\"), L"A", inside},
+               {station.path(L"Batchs\\B2\\new"), L"x", inside},
+               {station.path(L"nowhere\\..\\Batchs"), L"x", inside},
+               {out + L"\\link\\B1\\D1", L"A", inside},
+               {out + L"\\link\\B9", L"x", inside},
+               {out, L"D1_", inside},
+               {out, L"link\\B1\\D1\\A", inside},
+               {out + L"\\own", L"../x", "输出文件不在输出文件夹内："},
+               {out + L"\\own", L"a\\..\\..\\x", "输出文件不在输出文件夹内："}};
   for (const auto& c : cases) {
     for (const bool isPageFile : {true, false}) {
-      fs::remove_all(station.native("Log"));
       EXPECT_FALSE(save(isPageFile, c.savePath, c.stem)) << toUtf8(c.savePath + L" " + c.stem);
-      EXPECT_NE(entry(0).find(c.reason), std::string::npos) << entry(0);
-      EXPECT_EQ(station.logEntries().size(), 1u);
+      const std::string log = station.takeLog();
+      EXPECT_TRUE(log.starts_with(kSource + c.reason)) << log;
+      EXPECT_EQ(log.find('\n'), log.size() - 1);
     }
   }
-  gBatchFolder = station.path(L"Batchs\\B1");
-  EXPECT_FALSE(mdlDocumentHelper::SaveAsDocument(merge, control, pageCount, L"D2", 0, false, 0, 0,
-                                                 out + L"\\disk2", L"", L"A"))
-      << "a document that is a link to another disk";
-  EXPECT_EQ(station.scanTree(), before);
-  EXPECT_TRUE(fs::exists(station.output("disk2/A.tif")));
-  EXPECT_FALSE(fs::exists(station.output("x001.tif")));
-}
+  EXPECT_FALSE(save(false, out + L"\\disk2", L"A", 0, L"D2")) << "a document on another disk";
+  EXPECT_EQ(station.shell(tree), before);
 
-TEST_F(SaveAsDocument, ASeparatorInANameLeadsDeeperAndNoFurther) {
-  station.addDocument("B1/D1", {"A"});
-  EXPECT_TRUE(save(true, station.outputText(), L"D1\\p"));
-  EXPECT_TRUE(save(false, station.outputText(), L"..D1.."));
-  EXPECT_EQ(station.outputFiles(), (std::set<std::string>{"D1/p001.tif", "..D1...tif"}));
+  station.shell("rm output/D1_*");  // a separator in a name leads deeper and no further
+  EXPECT_TRUE(save(true, out, L"D1\\p") && save(false, out, L"..D1.."));
+  EXPECT_EQ(station.outputFiles(),
+            (Files{"D1/p001.tif", "D1/p002.tif", "..D1...tif", "disk2/A.tif", "disk2/Doc.dat"}));
 }
 
 }  // namespace
