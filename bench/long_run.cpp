@@ -1,0 +1,127 @@
+// The nights that nobody watches, in one go: a run of many batches, a batch that fails again and
+// again, and a table of a million rows. Prints its figures; ends with 1 when one is beyond its
+// limit.
+
+#include <chrono>
+#include <fstream>
+#include <iostream>
+
+#include "batchdb/mdlDataBase.h"
+#include "export/ExportStation.h"
+#include "export/JournalHost.h"
+#include "export/RunOutPutBatch.h"
+#include "settings/NamingPattern.h"
+
+namespace {
+
+using namespace orvane;
+namespace fs = std::filesystem;
+
+constexpr int kBatches = 500, kDocuments = 10, kPages = 10, kFailures = 100'000;
+constexpr double kMostGrowthMb = 5, kMostQueryMs = 50;
+
+bool withinLimits = true;
+
+void report(const std::string& what, double value, double limit) {
+  std::cout << what << ": " << value << (value > limit ? "  TOO MUCH" : "") << std::endl;
+  withinLimits = withinLimits && value <= limit;
+}
+
+double residentMb() {
+  long total = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> total >> resident;
+  return static_cast<double>(resident) * 4096 / 1e6;
+}
+
+double openFiles() {
+  return static_cast<double>(
+      std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
+}
+
+double msSince(std::chrono::steady_clock::time_point begin) {
+  return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin)
+      .count();
+}
+
+// Runs until `passes` batches are over and compares the last fifth of them with the first one.
+void run(const test::ExportStation& station, const std::string& what, int passes) {
+  test::JournalHost host;
+  host.options.SavePath = station.outputText();
+  host.options.ReNameFormat = kNameOfDocument;
+  host.options.SaveFileType = 2;
+  host.options.IsMutiPage = true;
+  host.options.IsCreateBatchFolder = true;
+  double memory[2]{}, files[2]{}, ms[2]{};
+  int done = 0;
+  auto begin = std::chrono::steady_clock::now();
+  host.whenLineAdded = [&](const std::string& line) {
+    host.journal.clear();  // the memory is to be the program's
+    if (line != " ") return;
+    ++done;
+    host.lines.clear();
+    if (done % (passes / 5) != 0) return;
+    const int part = done == passes ? 1 : 0;
+    if (part == 1 || done == passes / 5) {
+      memory[part] = residentMb();
+      files[part] = openFiles();
+      ms[part] = msSince(begin);
+    }
+    begin = std::chrono::steady_clock::now();
+    if (part == 1) host.setIsStopRequested(true);
+  };
+  RunOutPutBatch(host);
+  report(what + ", passes short", passes - done, 0);
+  report(what + ", growth of memory in MB", memory[1] - memory[0], kMostGrowthMb);
+  report(what + ", growth of open files", files[1] - files[0], 0);
+  report(what + ", time of the last fifth over that of the first", ms[1] / ms[0], 1.5);
+}
+
+void runManyBatches() {
+  test::ExportStation station;
+  for (int i = 0; i < kDocuments; ++i) {
+    station.addDocument("../batch/D" + std::to_string(i), std::vector<std::string>(kPages, "P"));
+  }
+  std::vector<std::string> batches;
+  fs::create_directory(station.scan(""));
+  for (int i = 0; i < kBatches; ++i) {
+    batches.push_back("B" + std::to_string(i));
+    fs::create_directory_symlink("../batch", station.scan(batches.back()));
+  }
+  station.createTable(batches);
+  run(station, std::to_string(kBatches) + " batches", kBatches);
+  report("files missing", kBatches * kDocuments - static_cast<double>(station.outputFiles().size()),
+         0);
+}
+
+void runFailingBatch() {
+  test::ExportStation station;
+  station.createTable({"missing"});
+  run(station, std::to_string(kFailures) + " failures of one batch", kFailures);
+}
+
+void queryMillionRows() {
+  test::ExportStation station;
+  test::outputOf("sqlite3 " + test::quoted(station.native("Orvane.dll")) + " <" BATCH_TABLE);
+  station.query(
+      "insert into T_BatchInfo (BatchID, BatchState, CreateDate, PaperNum)"
+      " with recursive n(i) as (select 1 union all select i + 1 from n where i < 1000000)"
+      " select 'B' || i, iif(i % 1000, '完成成果输出', '完成扫描'),"
+      " datetime(1700000000 + i * 7919 % 1000003, 'unixepoch'), 3 from n");
+  Recordset record;
+  mdlDataBase::OpenConnection();
+  const auto begin = std::chrono::steady_clock::now();
+  mdlDataBase::OpenRecordset(
+      record, L"select top 1 * from T_BatchInfo where BatchState='完成扫描' order by  CreateDate",
+      true);
+  report("query of a million rows in ms", msSince(begin), kMostQueryMs);
+  report("rows not found", 1 - record.RecordCount(), 0);
+}
+
+}  // namespace
+
+int main() {
+  runManyBatches();
+  runFailingBatch();
+  queryMillionRows();
+  return withinLimits ? 0 : 1;
+}
