@@ -162,14 +162,21 @@ ImagingInstances frmMain::imaging() {
           .ImgPageCount = ImgPageCount_};
 }
 
+// The focus of a button that is disabled would pass to the next one, and the next Enter with it.
+void frmMain::enableButton(const char* name, bool enabled) {
+  QPushButton& button = control<QPushButton>(*this, name);
+  if (!enabled && button.hasFocus()) listProcessLog_->setFocus();
+  button.setEnabled(enabled);
+}
+
 void frmMain::enableBtnRun(bool enabled) {
-  control<QPushButton>(*this, "btnRun").setEnabled(enabled);
+  enableButton("btnRun", enabled);
 }
 
 void frmMain::RefreshRunButtons() {
   const bool isIdle = control<QPushButton>(*this, "btnRun").isEnabled();
-  control<QPushButton>(*this, "btnExit").setEnabled(isIdle);
-  control<QPushButton>(*this, "btnStop").setEnabled(!isIdle);
+  enableButton("btnExit", isIdle);
+  enableButton("btnStop", !isIdle);
 }
 
 }  // namespace orvane

@@ -60,6 +60,7 @@ class frmMain : public QWidget, public RunHost, public FormOperations {
 
   void connectButtons();
   void openInTheCentre();
+  void enableButton(const char* name, bool enabled);
   /// A run with `Frame1` to `Frame<lastFrame>` disabled and the list cleared.
   void runWithOptionsLocked(int lastFrame);
 

@@ -53,9 +53,18 @@ TEST_F(Help, EveryControlHasAToolTipANameAndAKeyThatReachesIt) {
 
 TEST_F(Help, EnterStartsARunAndEscapeDoesNothing) {
   int runs = 0;
-  run = [&](RunHost&) { ++runs; };
-  find("btnRun").setFocus();
+  run = [&](RunHost& host) {
+    ++runs;
+    for (const bool running : {true, false}) {
+      host.enableBtnRun(!running);
+      host.RefreshRunButtons();
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);  // pressed once too often
+      EXPECT_FALSE(host.IsStopRequested());
+      find("btnStop").setFocus();
+    }
+  };
   for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape}) {
+    find("btnRun").setFocus();
     QTest::keyClick(&find("btnRun"), key);
   }
   EXPECT_EQ(runs, 2);
