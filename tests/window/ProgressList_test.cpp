@@ -1,35 +1,14 @@
+#include <QApplication>
 #include <QClipboard>
 #include <QElapsedTimer>
-#include <QKeyEvent>
 #include <QScrollBar>
+#include <QTest>
 #include <malloc.h>
 
 #include "Station.h"
-#include "window/LineStore.h"
 
 namespace orvane::test {
 namespace {
-
-constexpr int kManyLines = 1'000'000;
-
-std::wstring numbered(int number) {
-  return L"第 " + std::to_wstring(number) + L" 行";
-}
-
-TEST(LineStore, EqualLinesAreNewOnceAndEveryLineComesBackInItsPlace) {
-  LineStore store;
-  for (int life = 0; life < 2; ++life) {
-    for (int i = 0; i < 3000; ++i) EXPECT_EQ(store.add(numbered(i % 1000)), i < 1000);
-    EXPECT_TRUE(store.add(L""));
-    EXPECT_FALSE(store.add(L""));
-    EXPECT_EQ(store.size(), 3002U);
-    EXPECT_EQ(store.line(2345), "第 345 行");
-    EXPECT_EQ(store.line(999), "第 999 行");
-    EXPECT_EQ(store.line(3001), "");
-    store.clear();
-    EXPECT_EQ(store.size(), 0U);
-  }
-}
 
 class ProgressListTest : public Station {
  protected:
@@ -38,13 +17,11 @@ class ProgressListTest : public Station {
     window.show();
     QCoreApplication::processEvents();
   }
-
   void add(int lines) {
-    for (int i = 0; i < lines; ++i) list.addItem(numbered(i % 50));
+    for (int i = 0; i < lines; ++i) list.addItem(L"第 " + std::to_wstring(i % 50) + L" 行");
   }
-  void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-    QKeyEvent event(QEvent::KeyPress, key, modifiers);
-    QCoreApplication::sendEvent(&list, &event);
+  void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    QTest::keyClick(&list, key, modifiers);
   }
   std::string copied() {
     press(Qt::Key_C, Qt::ControlModifier);
@@ -78,20 +55,21 @@ TEST_F(ProgressListTest, ShowsTheNewestLineWholeUnlessTheOperatorScrolledBack) {
 }
 
 TEST_F(ProgressListTest, CopiesTheSelectedLinesInTheirOrder) {
-  add(30);
-  list.setCurrentIndex(list.model()->index(20, 0));
-  EXPECT_EQ(copied(), "第 20 行");
+  add(80);
+  list.setCurrentIndex(list.model()->index(70, 0));
   press(Qt::Key_Down, Qt::ShiftModifier);
-  EXPECT_EQ(copied(), "第 20 行\n第 21 行");
   list.selectionModel()->select(list.model()->index(3, 0), QItemSelectionModel::Select);
   EXPECT_EQ(copied(), "第 3 行\n第 20 行\n第 21 行");
   press(Qt::Key_Home);
   EXPECT_EQ(copied(), "第 0 行");
   press(Qt::Key_A, Qt::ControlModifier);
-  EXPECT_EQ(std::ranges::count(copied(), '\n'), 29);
-  window.listProcessLog().clear();
+  EXPECT_EQ(std::ranges::count(copied(), '\n'), 79);
+  list.clear();
   press(Qt::Key_Down);
   EXPECT_EQ(copied(), "");
+  list.addItem(L"第 0 行");
+  press(Qt::Key_Down);
+  EXPECT_EQ(copied(), "第 0 行");
 }
 
 TEST_F(ProgressListTest, AMillionLinesStayQuickAndSmall) {
@@ -105,20 +83,19 @@ TEST_F(ProgressListTest, AMillionLinesStayQuickAndSmall) {
     }
     return timer.elapsed();
   };
+  const auto memoryInUse = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
   add(100);
   const auto early = millisecondsFor500ShownLines();
-  const auto memoryInUse = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
   const std::size_t before = memoryInUse();
-  for (int i = 0; i < kManyLines; i += 10'000) {
+  for (int i = 0; i < 100; ++i) {
     add(10'000);
     QCoreApplication::processEvents();  // a run yields
   }
   EXPECT_LT(memoryInUse(), before + (16U << 20));
-
   EXPECT_LT(millisecondsFor500ShownLines(), 6 * early + 1000);
-  EXPECT_EQ(lastRowShown(), kManyLines + 1099);
+  EXPECT_EQ(lastRowShown(), 1'001'099);
   press(Qt::Key_A, Qt::ControlModifier);
-  EXPECT_TRUE(list.selectionModel()->isSelected(list.model()->index(kManyLines / 2, 0)));
+  EXPECT_TRUE(list.selectionModel()->isSelected(list.model()->index(500'000, 0)));
 }
 
 TEST_F(ProgressListTest, ALineWiderThanTheListCanBeScrolledTo) {

@@ -6,7 +6,6 @@
 #include <set>
 
 #include "Station.h"
-#include "settings/NamingPattern.h"
 #include "window/ControlTable.h"
 #include "window/NamingPreview.h"
 #include "window/screen_fit.h"
@@ -77,49 +76,36 @@ TEST_F(Help, EnterStartsARunAndEscapeDoesNothing) {
 
 TEST_F(Help, TheNamingListTellsWhereThePageWillGo) {
   QComboBox& names = find<QComboBox>("cboRenameType");
-  const auto tip = [&] {
-    QHelpEvent asked(QEvent::ToolTip, {1, 1}, names.mapToGlobal(QPoint(1, 1)));
-    QApplication::sendEvent(&names, &asked);
-    return names.toolTip().toStdString();
-  };
-  EXPECT_THAT(tip(), testing::StartsWith("还没有选择成果输出文件夹。"));
+  QHelpEvent asked(QEvent::ToolTip, {1, 1}, names.mapToGlobal(QPoint(1, 1)));
+  QApplication::sendEvent(&names, &asked);
+  EXPECT_THAT(names.toolTip().toStdString(), testing::StartsWith("还没有选择成果输出文件夹。\n"));
 
   ExportForm form;
   form.chooseSavePath(L"\\home\\成果");
-  const auto preview = [&] {
-    const std::wstring text = namingPreview(form);
-    return text.substr(text.find(L'\n') + 1);
-  };
-  form.clickButton(OptionGroup::MutiPage, 0);
-  const std::pair<const wchar_t*, std::wstring> patterns[] = {
-      {kNameOfDocument, L"/home/成果/0003002.tif"},
-      {kNameOfPage, L"/home/成果/002.tif"},
-      {kNameOfDocumentAndPage, L"/home/成果/0003_002.tif"},
-      {kNameOfBatchAndDocument, L"/home/成果/2024-0001-0003002.tif"},
-      {kNameOfBatchDocumentAndPage, L"/home/成果/2024-0001-0003_002.tif"}};
-  form.setText(TextBox::Sp2, L"_");
-  form.setText(TextBox::Sp1, L"-");
   form.settings().ReNameSp1 = L"-";  // as the load leaves it
-  for (int i = 0; const auto& [pattern, path] : patterns) {
-    form.selectRenameType(i++);
-    EXPECT_EQ(form.renameTypeText(), pattern);
-    EXPECT_THAT(preview(), testing::StartsWith(path));
-    EXPECT_EQ(preview() != path, pattern == kNameOfPage);  // it warns
-  }
+  form.setText(TextBox::Sp2, L"_");
+  form.clickButton(OptionGroup::MutiPage, 0);
+  const auto preview = [&](int pattern, const wchar_t* width) {
+    form.selectRenameType(pattern);
+    form.setText(TextBox::LiuShui, width);
+    return toUtf8(namingPreview(form));
+  };
+  const std::string asPage = "例：档案 2024-0001 的第 0003 件，第 2 页存为：\n/home/成果/";
+  EXPECT_EQ(preview(4, L"3"), asPage + "2024-0001-0003_002.tif");
+  EXPECT_EQ(preview(1, L"3"), asPage +
+                                  "002.tif\n注意：文件名里没有档案（件）名称，"
+                                  "各件的文件会互相覆盖；请勾选第二层文件夹！");
   form.setChecked(CheckBox::CreateBatchFolder, true);
   form.setChecked(CheckBox::CreateDocFolder, true);
-  form.selectRenameType(1);
-  form.setText(TextBox::LiuShui, L"0");
-  EXPECT_EQ(preview(), L"/home/成果/2024-0001/0003/2.tif");
-  form.clickButton(OptionGroup::MutiPage, 1);
-  EXPECT_THAT(preview(), testing::HasSubstr(L"\n注意："));  // no pattern is selected
-  form.selectRenameType(0);
+  EXPECT_EQ(preview(1, L"0"), asPage + "2024-0001/0003/2.tif");
+  EXPECT_EQ(preview(1, L"99999"), "页码位数或分割符不能用，请改正。");
   form.clickButton(OptionGroup::SaveFileType, 2);
-  form.selectRenameType(0);
-  EXPECT_EQ(preview(), L"/home/成果/2024-0001/0003/0003.pdf");
-  form.clickButton(OptionGroup::MutiPage, 0);
-  form.setText(TextBox::LiuShui, L"99999");
-  EXPECT_EQ(preview(), L"页码位数或分割符不能用，请改正。");
+  form.clickButton(OptionGroup::MutiPage, 1);
+  const std::string inOne =
+      "例：档案 2024-0001 的第 0003 件，第 2 页在这个文件里：\n/home/成果/2024-0001/0003/";
+  EXPECT_EQ(toUtf8(namingPreview(form)),
+            inOne + ".pdf\n注意：还没有选择命名，文件名里没有档案（件）名称！");
+  EXPECT_EQ(preview(0, L"3"), inOne + "0003.pdf");
 }
 
 TEST(ScreenFit, TheDesignIsShownWholeWheneverItCan) {

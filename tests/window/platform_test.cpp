@@ -15,8 +15,7 @@ namespace orvane::test {
 namespace {
 
 TEST(InstanceGuard, OneProcessAFolderUntilItEndsHoweverItEnds) {
-  TempStation folder;
-  TempStation other;
+  const TempStation folder, other;
   int ready[2];
   ASSERT_EQ(pipe(ready), 0);
   const pid_t child = fork();
@@ -34,8 +33,6 @@ TEST(InstanceGuard, OneProcessAFolderUntilItEndsHoweverItEnds) {
   waitpid(child, nullptr, 0);
   EXPECT_FALSE(InstanceGuard(folder.path()).anotherRuns());
   EXPECT_FALSE(InstanceGuard(folder.path(L"missing")).anotherRuns());
-  close(ready[0]);
-  close(ready[1]);
 }
 
 TEST(QtWindowServices, ABoxIsModalAndShowsTextTitleIconAndOneButton) {
@@ -60,27 +57,24 @@ TEST(QtWindowServices, ABoxIsModalAndShowsTextTitleIconAndOneButton) {
 }
 
 TEST(QtWindowServices, AYieldHandlesAlsoTheEventsThatItsEventsBring) {
-  QtWindowServices services;
   QObject target;
   int depth = 0;
   const std::function<void()> deeper = [&] {
     if (++depth < 20) QMetaObject::invokeMethod(&target, deeper, Qt::QueuedConnection);
   };
   QMetaObject::invokeMethod(&target, deeper, Qt::QueuedConnection);
-  services.yield();
+  QtWindowServices().yield();
   EXPECT_EQ(depth, 20);
 }
 
 TEST(QtWindowServices, TheBusyPointerDoesNotPileUp) {
   QtWindowServices services;
-  services.showBusyPointer(true);
-  services.showBusyPointer(true);
-  ASSERT_NE(QApplication::overrideCursor(), nullptr);
-  EXPECT_EQ(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
-  services.showBusyPointer(false);
-  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
-  services.showBusyPointer(false);
-  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+  for (const bool busy : {true, true, false, false}) {
+    services.showBusyPointer(busy);
+    const QCursor* pointer = QApplication::overrideCursor();
+    EXPECT_EQ(pointer != nullptr, busy);
+    EXPECT_TRUE(!busy || pointer->shape() == Qt::WaitCursor);
+  }
 }
 
 }  // namespace
