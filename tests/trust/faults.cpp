@@ -1,6 +1,5 @@
 #include "trust/faults.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -69,44 +68,12 @@ ssize_t writing(int descriptor, std::size_t size, Call call) {
   return plan.fault == Fault::Short ? call((size + 1) / 2) : failed(ENOSPC);
 }
 
-template <typename Call>
-ssize_t writingPieces(int descriptor, const iovec* pieces, int count, Call call) {
-  if (!isWatched(descriptor) || !strikes(kWrite)) return call(pieces, count);
-  if (plan.fault != Fault::Short) return failed(ENOSPC);
-  const iovec half{pieces->iov_base, (pieces->iov_len + 1) / 2};
-  return call(&half, 1);
-}
-
-template <typename Call>
-int opening(const char* path, int flags, Call call) {
-  const bool counts = (flags & O_ACCMODE) != O_RDONLY && isBelow(path);
-  if (counts && strikes(kOpen)) return failed(ENOSPC);
-  const int descriptor = call();
-  watch(descriptor, counts);
-  return descriptor;
-}
-
-template <typename Call>
-int onDescriptor(CallKind kind, int descriptor, int error, Call call) {
-  return isWatched(descriptor) && strikes(kind) ? failed(error) : call();
-}
-
-template <typename Call>
-int onPath(CallKind kind, const char* path, Call call) {
-  return isBelow(path) && strikes(kind) ? failed(ENOSPC) : call();
-}
-
-mode_t modeOf(int flags, va_list arguments) {
-  return (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
-}
-
 constexpr std::size_t kLargeBlock = 64 * 1024;
 
-template <typename Call>
-void* allocating(std::size_t size, Call call) {
-  if (size < kLargeBlock || !strikes(kMemory)) return call();
+[[maybe_unused]] bool failsToAllocate(std::size_t size) {
+  if (size < kLargeBlock || !strikes(kMemory)) return false;
   errno = ENOMEM;
-  return nullptr;
+  return true;
 }
 
 // In a program that was started with the library in front of it.
@@ -138,84 +105,59 @@ long disarmFaults() {
 
 using namespace orvane::test;
 
+// On a 64-bit platform the names that end in 64 are the same calls.
+#define ALSO(alias_, name) extern __typeof__(name) alias_ __attribute__((alias(#name)));
+// A call with a descriptor, or with a path as its first argument, that does nothing but fail.
+#define ON_DESCRIPTOR(kind, name, parameters, ...)                                   \
+  int name parameters {                                                              \
+    NEXT(name);                                                                      \
+    return isWatched(descriptor) && strikes(kind) ? failed(EIO) : call(__VA_ARGS__); \
+  }
+#define ON_PATH(kind, name, parameters, ...)                                    \
+  int name parameters noexcept {                                                \
+    NEXT(name);                                                                 \
+    return isBelow(path) && strikes(kind) ? failed(ENOSPC) : call(__VA_ARGS__); \
+  }
+
 extern "C" {
 
-#define INTERPOSE_OPEN(name)                                              \
-  int name(const char* path, int flags, ...) {                            \
-    NEXT(name);                                                           \
-    va_list arguments;                                                    \
-    va_start(arguments, flags);                                           \
-    const mode_t mode = modeOf(flags, arguments);                         \
-    va_end(arguments);                                                    \
-    return opening(path, flags, [&] { return call(path, flags, mode); }); \
-  }
-INTERPOSE_OPEN(open)
-INTERPOSE_OPEN(open64)
-
-#define INTERPOSE_OPENAT(name)                                                    \
-  int name(int folder, const char* path, int flags, ...) {                        \
-    NEXT(name);                                                                   \
-    va_list arguments;                                                            \
-    va_start(arguments, flags);                                                   \
-    const mode_t mode = modeOf(flags, arguments);                                 \
-    va_end(arguments);                                                            \
-    return opening(path, flags, [&] { return call(folder, path, flags, mode); }); \
-  }
-INTERPOSE_OPENAT(openat)
-INTERPOSE_OPENAT(openat64)
+int open(const char* path, int flags, ...) {
+  NEXT(open);
+  va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+  va_end(arguments);
+  const bool counts = (flags & O_ACCMODE) != O_RDONLY && isBelow(path);
+  if (counts && strikes(kOpen)) return failed(ENOSPC);
+  const int descriptor = call(path, flags, mode);
+  watch(descriptor, counts);
+  return descriptor;
+}
 
 ssize_t write(int descriptor, const void* bytes, size_t size) {
   NEXT(write);
   return writing(descriptor, size, [&](size_t part) { return call(descriptor, bytes, part); });
 }
 
-#define INTERPOSE_PWRITE(name, Offset)                                                  \
-  ssize_t name(int descriptor, const void* bytes, size_t size, Offset offset) {         \
-    NEXT(name);                                                                         \
-    return writing(descriptor, size,                                                    \
-                   [&](size_t part) { return call(descriptor, bytes, part, offset); }); \
-  }
-INTERPOSE_PWRITE(pwrite, off_t)
-INTERPOSE_PWRITE(pwrite64, off64_t)
-
-ssize_t writev(int descriptor, const iovec* pieces, int count) {
-  NEXT(writev);
-  return writingPieces(descriptor, pieces, count,
-                       [&](const iovec* part, int n) { return call(descriptor, part, n); });
+ssize_t pwrite(int descriptor, const void* bytes, size_t size, off_t offset) {
+  NEXT(pwrite);
+  return writing(descriptor, size,
+                 [&](size_t part) { return call(descriptor, bytes, part, offset); });
 }
 
-#define INTERPOSE_PWRITEV(name, Offset)                                             \
-  ssize_t name(int descriptor, const iovec* pieces, int count, Offset offset) {     \
-    NEXT(name);                                                                     \
-    return writingPieces(descriptor, pieces, count, [&](const iovec* part, int n) { \
-      return call(descriptor, part, n, offset);                                     \
-    });                                                                             \
-  }
-INTERPOSE_PWRITEV(pwritev, off_t)
-INTERPOSE_PWRITEV(pwritev64, off64_t)
+ssize_t pwritev(int descriptor, const iovec* pieces, int count, off_t offset) {
+  NEXT(pwritev);
+  if (!isWatched(descriptor) || !strikes(kWrite)) return call(descriptor, pieces, count, offset);
+  if (plan.fault != Fault::Short) return failed(ENOSPC);
+  const iovec half{pieces->iov_base, (pieces->iov_len + 1) / 2};
+  return call(descriptor, &half, 1, offset);
+}
 
-#define INTERPOSE_DESCRIPTOR(kind, error, name, parameters, ...)                     \
-  int name parameters {                                                              \
-    NEXT(name);                                                                      \
-    return onDescriptor(kind, descriptor, error, [&] { return call(__VA_ARGS__); }); \
-  }
 // A kill loses nothing that was written, so the disk itself need not be waited for.
 int fsync(int descriptor) {
   NEXT(fsync);
   if (!isWatched(descriptor)) return call(descriptor);
   return strikes(kSync) ? failed(EIO) : 0;
-}
-int fdatasync(int descriptor) {
-  return fsync(descriptor);
-}
-INTERPOSE_DESCRIPTOR(kResize, EIO, ftruncate, (int descriptor, off_t size) noexcept, descriptor,
-                     size)
-INTERPOSE_DESCRIPTOR(kResize, EIO, ftruncate64, (int descriptor, off64_t size) noexcept, descriptor,
-                     size)
-
-int posix_fallocate(int descriptor, off_t offset, off_t size) {
-  NEXT(posix_fallocate);
-  return isWatched(descriptor) && strikes(kResize) ? ENOSPC : call(descriptor, offset, size);
 }
 
 int dup(int descriptor) noexcept {
@@ -233,20 +175,18 @@ int close(int descriptor) {  // the file is closed even so, as Linux does it
   return fails ? failed(EIO) : result;
 }
 
-#define INTERPOSE_PATH(kind, name, parameters, ...)               \
-  int name parameters noexcept {                                  \
-    NEXT(name);                                                   \
-    return onPath(kind, path, [&] { return call(__VA_ARGS__); }); \
-  }
-INTERPOSE_PATH(kRename, rename, (const char* path, const char* to), path, to)
-INTERPOSE_PATH(kRename, renameat2,
-               (int from, const char* path, int in, const char* to, unsigned flags), from, path, in,
-               to, flags)
-INTERPOSE_PATH(kFolder, mkdir, (const char* path, mode_t mode), path, mode)
-INTERPOSE_PATH(kRemove, unlink, (const char* path), path)
-INTERPOSE_PATH(kRemove, unlinkat, (int folder, const char* path, int flags), folder, path, flags)
-INTERPOSE_PATH(kRemove, rmdir, (const char* path), path)
-INTERPOSE_PATH(kRemove, remove, (const char* path), path)
+ON_DESCRIPTOR(kResize, ftruncate, (int descriptor, off_t size) noexcept, descriptor, size)
+ON_PATH(kRename, rename, (const char* path, const char* to), path, to)
+ON_PATH(kFolder, mkdir, (const char* path, mode_t mode), path, mode)
+ON_PATH(kRemove, unlink, (const char* path), path)
+ON_PATH(kRemove, rmdir, (const char* path), path)
+ON_PATH(kRemove, remove, (const char* path), path)
+
+ALSO(open64, open)
+ALSO(pwrite64, pwrite)
+ALSO(pwritev64, pwritev)
+ALSO(ftruncate64, ftruncate)
+ALSO(fdatasync, fsync)
 
 #ifndef __SANITIZE_ADDRESS__  // which has an allocator of its own
 void* __libc_malloc(size_t size);
@@ -254,13 +194,13 @@ void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* block, size_t size);
 
 void* malloc(size_t size) noexcept {
-  return allocating(size, [&] { return __libc_malloc(size); });
+  return failsToAllocate(size) ? nullptr : __libc_malloc(size);
 }
 void* calloc(size_t count, size_t size) noexcept {
-  return allocating(count * size, [&] { return __libc_calloc(count, size); });
+  return failsToAllocate(count * size) ? nullptr : __libc_calloc(count, size);
 }
 void* realloc(void* block, size_t size) noexcept {
-  return allocating(size, [&] { return __libc_realloc(block, size); });
+  return failsToAllocate(size) ? nullptr : __libc_realloc(block, size);
 }
 #endif
 }

@@ -6,12 +6,12 @@
 namespace orvane::test {
 
 enum CallKind : unsigned {
-  kWrite = 1,    ///< write, pwrite, writev, pwritev
-  kOpen = 2,     ///< open, openat, for writing
-  kRename = 4,   ///< rename, renameat2
+  kWrite = 1,    ///< write, pwrite, pwritev
+  kOpen = 2,     ///< open for writing
+  kRename = 4,   ///< rename
   kSync = 8,     ///< fsync, fdatasync
   kClose = 16,   ///< close of a file that was opened for writing
-  kResize = 32,  ///< ftruncate, posix_fallocate
+  kResize = 32,  ///< ftruncate
   kMemory = 64,  ///< malloc, calloc, realloc
   kFolder = 128,
   kRemove = 256,
