@@ -107,8 +107,8 @@ std::optional<Peak> coarsePeak(const InkStrips& strips) {
   return Peak{index * kCoarseStep, height / *middle};
 }
 
-// The centre of gravity of the upper half of the peak near `degrees`. A second look, centred on what
-// the first one found, sees as much of one slope of the peak as of the other.
+// The centre of gravity of the upper half of the peak near `degrees`. A second look, centred on
+// what the first one found, sees as much of one slope of the peak as of the other.
 double finePeak(const InkStrips& strips, double degrees) {
   constexpr int kSteps = static_cast<int>(1.5 * kCoarseStep / kFineStep + 0.5);
   for (int look = 0; look < 2; ++look) {
