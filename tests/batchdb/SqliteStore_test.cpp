@@ -72,25 +72,6 @@ TEST_F(SqliteFile, AQueryGivesItsRowsByTheNamesOfTheirFields) {
   EXPECT_EQ(sqlite("select count(*) from T"), "3\n");
 }
 
-TEST_F(SqliteFile, AFieldBecomesASixteenBitNumberOrAFailure) {
-  store.open(station.path(L"Orvane.dll"));
-  const std::pair<std::wstring, std::string> cases[] = {
-      {L"-32768", "-32768"},
-      {L"2.5", "2"},
-      {L"' 3.5 '", "4"},
-      {L"x'3132'", "12"},
-      {L"null", "the field V holds no value"},
-      {L"9223372036854775807", "number outside -32768 to 32767"},
-      {L"'12a'", "not a number: \"12a\""}};
-  for (const auto& [value, expected] : cases) {
-    rs.Open(&store, L"select " + value + L" as V", true);
-    std::string result;
-    const std::string failure =
-        failureOf([&] { result = std::to_string(rs.Fields(L"V").toInt16()); });
-    EXPECT_EQ(failure == "none" ? result : failure, expected);
-  }
-}
-
 TEST_F(SqliteFile, WaitsForALockWithTheWindowAlive) {
   sqlite("insert into T values (1,'',1)");
   SqliteStore scanningStation;

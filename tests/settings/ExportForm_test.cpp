@@ -50,15 +50,6 @@ TEST(ExportForm, SettingAButtonThatIsSetOrThatDoesNotExistCallsNoHandler) {
   EXPECT_EQ(form.selectedRenameType(), ExportForm::kNone);
 }
 
-TEST(ExportForm, TheChosenFolderGetsOneBackslashAndACancelEmptiesTheSettingAlone) {
-  ExportForm form;
-  for (const wchar_t* chosen : {L"\\out\\成果", L"\\out\\成果\\", L""}) {
-    form.chooseSavePath(chosen);
-    EXPECT_EQ(form.settings().SavePath, *chosen == L'\0' ? L"" : L"\\out\\成果\\");
-    EXPECT_EQ(form.text(TextBox::SavePath), L"\\out\\成果\\");
-  }
-}
-
 /// What the window would show: the buttons of the groups in their order ("." for none), the naming
 /// list, the texts, the ticks, and "N" for an enabled naming frame.
 std::string shown(const ExportForm& form) {

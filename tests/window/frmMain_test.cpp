@@ -116,20 +116,6 @@ TEST_F(FrmMain, EveryWayOfClosingSavesTheSettingsFirst) {
   window.setIsStopRequested(false);
   window.close();
   EXPECT_EQ(saved, "SaveFileType=2\nSaveFileType=1\n");
-
-  endProcess = [&] {  // in the middle of a run, the process ends inside the yield
-    std::fprintf(stderr, "saved %s", savedLine("LiuShuiHao").c_str());
-    std::_Exit(7);
-  };
-  run = [&](RunHost& host) {
-    host.enableBtnRun(false);
-    host.RefreshRunButtons();
-    QTimer::singleShot(0, &window, &QWidget::close);
-    while (true) QCoreApplication::processEvents();
-  };
-  window.show();
-  find<QLineEdit>("txtLiuShui").setText("6");
-  EXPECT_EXIT(click("btnRun"), testing::ExitedWithCode(7), "saved LiuShuiHao=6\n");
 }
 
 TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelEmptiesIt) {

@@ -8,6 +8,5 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   orvane::applyAppearance();
   testing::InitGoogleMock(&argc, argv);
-  testing::GTEST_FLAG(death_test_style) = "threadsafe";
   return RUN_ALL_TESTS();
 }

@@ -1,39 +1,13 @@
+#include "window/QtWindowServices.h"
+
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTimer>
-#include <csignal>
 #include <gmock/gmock.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include "support/TempStation.h"
-#include "window/InstanceGuard.h"
-#include "window/QtWindowServices.h"
 
 namespace orvane::test {
 namespace {
-
-TEST(InstanceGuard, OneProcessAFolderUntilItEndsHoweverItEnds) {
-  const TempStation folder, other;
-  int ready[2];
-  ASSERT_EQ(pipe(ready), 0);
-  const pid_t child = fork();
-  if (child == 0) {
-    const InstanceGuard guard(folder.path());
-    if (write(ready[1], guard.anotherRuns() ? "y" : "n", 1) == 1) pause();
-    _exit(1);
-  }
-  char answer = 0;
-  ASSERT_EQ(read(ready[0], &answer, 1), 1);
-  EXPECT_EQ(answer, 'n');
-  EXPECT_TRUE(InstanceGuard(folder.path()).anotherRuns());
-  EXPECT_FALSE(InstanceGuard(other.path()).anotherRuns());
-  kill(child, SIGKILL);
-  waitpid(child, nullptr, 0);
-  EXPECT_FALSE(InstanceGuard(folder.path()).anotherRuns());
-  EXPECT_FALSE(InstanceGuard(folder.path(L"missing")).anotherRuns());
-}
 
 TEST(QtWindowServices, ABoxIsModalAndShowsTextTitleIconAndOneButton) {
   QtWindowServices services;
