@@ -158,15 +158,6 @@ TEST_F(RunOutPutBatch, NeverDeletesTheProgramOrTheScans) {
   }
 }
 
-TEST_F(RunOutPutBatch, DeletesALinkButNotWhatLiesBehindIt) {
-  station.createTable({"B1"});
-  station.addDocument("B1/D1", {"missing"});
-  station.shell("cd output; mkdir elsewhere; touch elsewhere/keep; ln -s elsewhere B1");
-  frmMain.stopAfterBatch = true;
-  run();
-  EXPECT_EQ(station.outputFiles(), Files{"elsewhere/keep"});
-}
-
 TEST_F(RunOutPutBatch, AnUnreadableFieldEndsTheRunAndTheButtonsComeBack) {
   const struct {
     std::string change, lines, reason;
@@ -222,22 +213,6 @@ TEST_F(RunOutPutBatch, AStopFinishesTheBatchAndTheNextRunWorksOn) {
   frmMain.whenYielding = nullptr;
   EXPECT_EQ(run(), "档案：B2开始导出...|D1 导出成功！|档案导出成果成功！| | 没有扫描完成的档案！|");
   EXPECT_EQ(station.stateOf("B2"), "完成成果输出|");
-}
-
-TEST_F(RunOutPutBatch, AFailedBatchIsTheOldestOneAgain) {
-  station.createTable({"B1", "B2"});
-  station.addDocument("B2/D1", {"P"});
-  int passes = 0;
-  frmMain.whenYielding = [&] {
-    passes += frmMain.journal[frmMain.journal.size() - 2] == "line  ";
-    if (passes == 2) station.addDocument("B1/D1", {"P"});
-  };
-  EXPECT_EQ(run(),
-            "档案：B1开始导出...|档案：B1处理失败【档案找不到！】...| |"
-            "档案：B1开始导出...|档案：B1处理失败【档案找不到！】...| |"
-            "档案：B1开始导出...|D1 导出成功！|档案导出成果成功！| |"
-            "档案：B2开始导出...|D1 导出成功！|档案导出成果成功！| | 没有扫描完成的档案！|");
-  EXPECT_EQ(station.stateOf("B1"), "完成成果输出|档案扫描件找不到！") << "an old remark stays";
 }
 
 }  // namespace
