@@ -10,22 +10,25 @@
 #include "imaging/RecordingEngine.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"
+#include "support/command.h"
 
 namespace orvane::test {
 
 /// A list that keeps its lines and marks each refresh with "~".
-class RecordingList : public ProgressList {
- public:
+struct RecordingList : ProgressList {
   std::vector<std::wstring> lines;
   void addItem(std::wstring_view line) override { lines.emplace_back(line); }
   void clear() override { lines.clear(); }
   void refresh() override { lines.emplace_back(L"~"); }
 };
 
+template <typename Engine>
+ImagingInstances instancesOf(std::array<Engine, 6>& engines) {
+  return {engines[0], engines[1], engines[2], engines[3], engines[4], engines[5]};
+}
+
 /// A host with six recording instances and a list, for the operations that a window offers.
-class HostFixture : public testing::Test {
- protected:
-  using Calls = std::vector<std::string>;
+struct HostFixture : testing::Test {
   using Lines = std::vector<std::wstring>;
 
   TempStation station;
@@ -33,15 +36,13 @@ class HostFixture : public testing::Test {
   RecordingList list;
   std::array<RecordingEngine, 6> engines;
   RecordingEngine& control = engines[0];
-  RecordingEngine& merge = engines[4];
   RecordingEngine& pageCount = engines[5];
-  ImagingInstances instances{engines[0], engines[1], engines[2],
-                             engines[3], engines[4], engines[5]};
+  ImagingInstances instances = instancesOf(engines);
 
-  /// The calls on `ImgControl` behind its first `count`.
-  Calls callsBehind(std::ptrdiff_t count) const {
-    return {engines[0].calls.begin() + count, engines[0].calls.end()};
-  }
+  std::string file(const std::string& name) const { return quoted(station.native(name)); }
 };
+
+inline const std::string kClear = "SourceFile; Refresh; Picture";
+inline const std::wstring kLog = L"Orvane成果导出 - ";
 
 }  // namespace orvane::test

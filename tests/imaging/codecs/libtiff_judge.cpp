@@ -7,8 +7,6 @@
 #include <sys/mman.h>
 #include <tiffio.h>
 
-#include "imaging/codecs/encoded_form.h"
-
 namespace orvane::test {
 namespace {
 
@@ -38,12 +36,6 @@ TiffPointer openTiff(const char* path, const char* mode, std::string& messages) 
   return tiff;
 }
 
-void setPaletteTag(TIFF* tiff, const std::vector<std::uint16_t>& palette) {
-  const std::size_t entries = palette.size() / 3;
-  TIFFSetField(tiff, TIFFTAG_COLORMAP, palette.data(), palette.data() + entries,
-               palette.data() + 2 * entries);
-}
-
 void setTags(TIFF* tiff, const EncodedImage& image) {
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, image.width);
   TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, image.height);
@@ -54,12 +46,11 @@ void setTags(TIFF* tiff, const EncodedImage& image) {
   TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
   TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, image.rowsPerStrip);
   if (image.extraSample) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &*image.extraSample);
-  if (!image.palette.empty()) setPaletteTag(tiff, image.palette);
-  if (image.horizontalPredictor) TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
-  if (image.photometric == Photometric::YCbCr) {
-    TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, image.chromaSubsampling[0],
-                 image.chromaSubsampling[1]);
+  if (const std::size_t entries = image.palette.size() / 3) {
+    const std::uint16_t* palette = image.palette.data();
+    TIFFSetField(tiff, TIFFTAG_COLORMAP, palette, palette + entries, palette + 2 * entries);
   }
+  if (image.horizontalPredictor) TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
 }
 
 }  // namespace
@@ -87,29 +78,6 @@ LibtiffReading readWithLibtiff(const EncodedImage& image, bool bigEndian) {
                           strip.begin() + std::max<tmsize_t>(size, 0));
   }
   return reading;
-}
-
-std::vector<Bytes> encodeWithLibtiff(const Raster& raster, std::uint16_t compression,
-                                     std::uint32_t rowsPerStrip) {
-  std::string messages;
-  EncodedImage image = encodedFormOf(raster);
-  image.rowsPerStrip = rowsPerStrip;
-  TiffPointer tiff = openTiff(memoryFile(), "w", messages);
-  setTags(tiff.get(), image);
-  TIFFSetField(tiff.get(), TIFFTAG_COMPRESSION, compression);
-  for (std::uint32_t y = 0; y < raster.height; ++y) {
-    Bytes row(raster.row(y), raster.row(y) + raster.rowBytes());
-    TIFFWriteScanline(tiff.get(), row.data(), y);
-  }
-  tiff.reset();
-  tiff = openTiff(memoryFile(), "r", messages);
-  std::vector<Bytes> strips;
-  for (std::uint32_t i = 0; i < TIFFNumberOfStrips(tiff.get()); ++i) {
-    Bytes strip(static_cast<std::size_t>(TIFFRawStripSize(tiff.get(), i)));
-    TIFFReadRawStrip(tiff.get(), i, strip.data(), static_cast<tmsize_t>(strip.size()));
-    strips.push_back(std::move(strip));
-  }
-  return strips;
 }
 
 }  // namespace orvane::test

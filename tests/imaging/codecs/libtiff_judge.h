@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include "imaging/page/EncodedImage.h"
-#include "imaging/page/Raster.h"
 
 /// Encoded images as TIFF files made with libtiff, and what libtiff makes of them.
 namespace orvane::test {
@@ -18,9 +17,5 @@ struct LibtiffReading {
 };
 
 LibtiffReading readWithLibtiff(const EncodedImage& image, bool bigEndian = false);
-
-/// The strips that libtiff makes of a raster.
-std::vector<Bytes> encodeWithLibtiff(const Raster& raster, std::uint16_t compression,
-                                     std::uint32_t rowsPerStrip);
 
 }  // namespace orvane::test

@@ -1,26 +1,38 @@
 #pragma once
 
+#include <csignal>
 #include <cstdint>
-#include <filesystem>
-#include <functional>
+#include <fstream>
 #include <map>
 #include <string>
+#include <sys/resource.h>
 
 namespace orvane::test {
 
-/// The text of the Failure that `work` throws; empty when it throws none.
-std::string failureOf(const std::function<void()>& work);
+/// For the life of this object no file grows past `limit` bytes, as on a full disk.
+class FullDisk {
+ public:
+  explicit FullDisk(std::uint64_t limit) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit size{limit, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &size);
+  }
+  ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
+  FullDisk(const FullDisk&) = delete;
+  FullDisk& operator=(const FullDisk&) = delete;
 
-/// Runs `work` in a process of its own that may write files up to `limit` bytes, as on a full disk.
-/// True when it ended without a Failure.
-bool succeedsUnderSizeLimit(std::uint64_t limit, const std::function<void()>& work);
+ private:
+  rlimit before_{};
+};
 
-/// How many bytes and calls `work` took to read and to write, by the kernel's own count.
-std::map<std::string, std::int64_t> inputAndOutputOf(const std::function<void()>& work);
-
-/// Puts a byte of `bytes` to another value for each of `count` damaged copies, and cuts the file
-/// short for as many more; `tryOut` sees the file under `path` each time.
-void withDamagedCopies(const std::filesystem::path& path, const std::string& bytes, int count,
-                       const std::function<void()>& tryOut);
+/// How many bytes and calls this process has read and written, by the kernel's own count.
+inline std::map<std::string, std::int64_t> inputAndOutput() {
+  std::ifstream file("/proc/self/io");
+  std::map<std::string, std::int64_t> counters;
+  std::string name;
+  while (file >> name) file >> counters[name];
+  return counters;
+}
 
 }  // namespace orvane::test

@@ -5,25 +5,19 @@
 #include <vector>
 
 #include "imaging/page/EncodedImage.h"
-#include "imaging/page/tiff_kinds.h"
 
 namespace orvane::test {
 
-/// A document as it is to be embedded, and the same pixels in a file that another program wrote.
+/// A document as it is to be embedded, and a file that shows the same: TIFF of libtiff for the
+/// lossless kinds, the stream itself for JPEG.
 struct SampleDocument {
   std::string name;
+  bool fitsPdf;
   std::vector<EncodedImage> pages;
-  std::filesystem::path reference;  ///< TIFF for the lossless kinds, JPEG for the others
+  std::filesystem::path reference;
 };
 
-/// The strips of every page of a TIFF file as they lie there.
-std::vector<EncodedImage> takePages(const std::filesystem::path& tiff);
-
-/// Three pages of a kind, made by libtiff in `folder`.
-SampleDocument makeDocument(const std::filesystem::path& folder, const std::string& name,
-                            const TiffKind& kind);
-
-/// A document of every kind that a container embeds. The JPEG ones have one page, made by cjpeg.
+/// A document of every kind that a container embeds.
 std::vector<SampleDocument> makeDocuments(const std::filesystem::path& folder);
 
 /// A small plain gray page whose pixels follow from `seed`.

@@ -1,10 +1,10 @@
-#include "drawn_page.h"
+#include "imaging/operations/drawn_page.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
-#include "imaging/codecs/Random.h"
+#include "imaging/Random.h"
 
 namespace orvane::test {
 namespace {

@@ -1,0 +1,181 @@
+#include "imaging/operations/operations.h"
+
+#include <cmath>
+#include <functional>
+#include <gmock/gmock.h>
+
+#include "imaging/Random.h"
+#include "imaging/operations/drawn_page.h"
+#include "support/TempStation.h"
+#include "support/command.h"
+#include "support/failureOf.h"
+
+namespace orvane::test {
+namespace {
+
+Raster blank(std::uint16_t bits, std::uint16_t samples, std::uint32_t width, std::uint32_t height) {
+  Raster form;
+  form.bitsPerSample = bits;
+  form.samplesPerPixel = samples;
+  return emptyRaster(form, width, height);
+}
+
+// A page as a PAM file: samples of one byte each, or two with the high one first.
+std::string pamOf(const Raster& page) {
+  const std::size_t bits = page.bitsPerSample;
+  std::string pam = "P7\nWIDTH " + std::to_string(page.width) + "\nHEIGHT " +
+                    std::to_string(page.height) + "\nDEPTH " +
+                    std::to_string(page.samplesPerPixel) + "\nMAXVAL " +
+                    std::to_string((1 << bits) - 1) + "\nTUPLTYPE " +
+                    (page.samplesPerPixel == 1 ? "GRAYSCALE" : "RGB") + "\nENDHDR\n";
+  for (std::uint32_t y = 0; y < page.height; ++y) {
+    const std::uint8_t* row = page.row(y);
+    for (std::size_t i = 0; i < std::size_t{page.width} * page.samplesPerPixel; ++i) {
+      if (bits == 16) pam += {static_cast<char>(row[2 * i + 1]), static_cast<char>(row[2 * i])};
+      if (bits == 16) continue;
+      const std::size_t shift = 8 - bits - i * bits % 8;
+      pam += static_cast<char>(row[i * bits / 8] >> shift & ((1 << bits) - 1));
+    }
+  }
+  return pam;
+}
+
+// Whether a changed page is what a tool of netpbm or ImageMagick makes of `page`, given before its
+// file and, for the latter, with options behind it. With `tolerance` levels a sample may differ.
+void expectAsMadeBy(const std::string& tool, const std::string& options, const Raster& page,
+                    const Raster& changed, int tolerance = 0) {
+  SCOPED_TRACE(tool + options + " at " + std::to_string(page.bitsPerPixel()) + " bits");
+  const TempStation folder;
+  writeBytes(folder.native("page.pam"), pamOf(page));
+  const std::string made = outputOf(tool + " " + quoted(folder.native("page.pam")) + options);
+  const std::string ours = pamOf(changed);
+  ASSERT_EQ(ours.size(), made.size());
+  int worst = 0;
+  for (std::size_t i = 0; i < ours.size(); ++i) {
+    const int difference = static_cast<std::uint8_t>(ours[i]) - static_cast<std::uint8_t>(made[i]);
+    worst = std::max(worst, std::abs(difference));
+  }
+  EXPECT_LE(worst, tolerance);
+}
+
+TEST(CropAndRotate, AreExactAtEveryDepth) {
+  for (const auto& [bits, samples] : {std::pair<std::uint16_t, std::uint16_t>{1, 1},
+                                      {2, 1},
+                                      {4, 1},
+                                      {8, 1},
+                                      {16, 1},
+                                      {1, 3},
+                                      {8, 3},
+                                      {16, 3}}) {
+    Raster page = blank(bits, samples, 40, 23);
+    Random random(bits * 10u + samples);
+    for (std::uint8_t& byte : page.pixels) byte = static_cast<std::uint8_t>(random.below(256));
+    expectAsMadeBy("pamcut 5 3 19 11", "", page, crop(page, 5, 3, 19, 11));
+    expectAsMadeBy("pamcut 0 20 40 3", "", page, crop(page, -4, 20, 2147483647, 90));
+    expectAsMadeBy("pamcut 39 0 1 1", "", page, crop(page, 39, -1, 9, 2));
+    expectAsMadeBy("pamflip -ccw", "", page, rotate(page, 90));
+    expectAsMadeBy("pamflip -cw", "", page, rotate(page, -90));
+    expectAsMadeBy("pamflip -r180", "", page, rotate(page, -180));
+    expectAsMadeBy("pamflip -ccw", "", page, rotate(page, 450));
+  }
+}
+
+// A piece of a drawn page, as gray and as colour of a third of the width.
+std::vector<Raster> samplePages() {
+  const Raster gray = crop(drawnPage(Drawing::Text, 2.0), 75, 75, 123, 71);
+  Raster colour = gray;
+  colour.width = gray.width / 3;
+  colour.samplesPerPixel = 3;
+  colour.model = ColourModel::Rgb;
+  return {gray, colour};
+}
+
+TEST(Finish, SharpensGrayAndColourAsTheSameConvolutionDoesElsewhere) {
+  for (const auto& [strength, halfWidth] : {std::pair{0.3, 1}, {1.0, 2}, {0.0, 1}, {0.5, 10}}) {
+    const int side = 2 * halfWidth + 1;
+    std::string kernel = std::to_string(side) + "x" + std::to_string(side) + ":";
+    for (int i = 0; i < side * side; ++i) {
+      const double centre = i == side * side / 2 ? 1.0 + strength : 0.0;
+      kernel.append(" ").append(std::to_string(centre - strength / (side * side)));
+    }
+    for (const Raster& page : samplePages()) {
+      expectAsMadeBy("convert", " -virtual-pixel Edge -morphology Convolve '" + kernel + "' pam:-",
+                     page,
+                     finish(page, static_cast<float>(strength), static_cast<short>(halfWidth)), 1);
+    }
+  }
+}
+
+TEST(Resize, MapsAreasDownAndInterpolatesUp) {
+  for (const Raster& page : samplePages()) {
+    expectAsMadeBy("convert", " -scale '17x29!' pam:-", page, resize(page, 17, 29), 1);
+    expectAsMadeBy("convert", " -scale '1x1!' pam:-", page, resize(page, 1, 1), 1);
+    expectAsMadeBy("convert", " -filter Triangle -resize '250x214!' pam:-", page,
+                   resize(page, 250, 214), 1);
+  }
+}
+
+// A 1-bit page of 16 columns from its rows, 1 for ink.
+Raster pageOf(const std::vector<unsigned>& rows) {
+  Raster page = blank(1, 1, 16, static_cast<std::uint32_t>(rows.size()));
+  for (std::uint32_t y = 0; y < page.height; ++y) {
+    page.row(y)[0] = static_cast<std::uint8_t>(rows[y] >> 8);
+    page.row(y)[1] = static_cast<std::uint8_t>(rows[y]);
+  }
+  return page;
+}
+
+TEST(Finish, TakesAwayInkWithoutNeighboursFromBilevelPages) {
+  Raster page = pageOf({0b1000000010000001, 0b0000000000100001, 0b0001000000000000,
+                        0b0000000100001110, 0b0000001000001010, 0b1000000000001110,
+                        0b0011100100000000, 0b0000000000100001, 0, 0b0000000110000000});
+  const Raster clean = pageOf({0b0000000000000001, 0b0000000000000001, 0b0000000000000000,
+                               0b0000000100001110, 0b0000001000001010, 0b0000000000001110,
+                               0b0011100000000000, 0b0000000000000000, 0, 0b0000000110000000});
+  EXPECT_EQ(finish(page, 0.3f, 1).pixels, clean.pixels);
+  page.model = ColourModel::MinIsBlack;
+  for (std::uint8_t& byte : page.pixels) byte = static_cast<std::uint8_t>(~byte);
+  EXPECT_EQ(finish(page, 0.3f, 1).pixels, clean.pixels);
+}
+
+TEST(Resize, MakesABilevelPageGrayOnlyWhereItShrinks) {
+  const Raster page = pageOf({0b1100000000000011, 0b1100000000000010});
+  EXPECT_EQ(resize(page, 8, 1).pixels, (Bytes{0, 255, 255, 255, 255, 255, 255, 64}));
+  EXPECT_EQ(resize(page, 16, 4).pixels, pageOf({0xC003, 0xC003, 0xC002, 0xC002}).pixels);
+}
+
+TEST(Operations, RefuseWhatTheyCannotDoWithATextThatSaysWhy) {
+  const Raster gray = blank(8, 1, 20, 10);
+  const float nan = std::nanf("");
+  const std::pair<std::function<void()>, std::string> refusals[] = {
+      {[&] { crop(gray, 20, 0, 5, 5); }, "nothing of the page is left"},
+      {[&] { crop(gray, 0, -5, 5, 5); }, "nothing of the page is left"},
+      {[&] { crop(gray, 3, 3, 5, -2147483647 - 1); }, "nothing of the page is left"},
+      {[&] { crop(gray, 2147483647, 0, 2147483647, 5); }, "nothing of the page is left"},
+      {[&] { resize(gray, 0, 5); }, "0 x 5"},
+      {[&] { resize(gray, 40000, 40000); }, "40000 x 40000"},
+      {[&] { rotate(gray, nan); }, "angle"},
+      {[&] { rotate(blank(1, 1, 200000, 1), 45); }, "too large"},
+      {[&] { straighten(gray, HUGE_VAL); }, "angle"},
+      {[&] { finish(gray, nan, 1); }, "strength"},
+      {[&] { finish(gray, 1.5f, 1); }, "strength"},
+      {[&] { finish(gray, 0.3f, 0); }, "half-width"}};
+  for (const auto& [call, text] : refusals) {
+    EXPECT_THAT(failureOf(call), testing::HasSubstr(text));
+  }
+}
+
+TEST(Operations, WorkOnTheSmallestAndOnOddlyShapedPages) {
+  for (const auto& [width, height] : {std::pair{1u, 1u}, {3u, 2u}, {1u, 5000u}, {7000u, 3u}}) {
+    for (const Raster& page : {blank(8, 1, width, height), blank(1, 1, width, height)}) {
+      EXPECT_EQ(measureSkew(page), 0.0);
+      EXPECT_EQ(straighten(page, 3.0).pixels.size(), page.pixels.size());
+      EXPECT_EQ(finish(page, 1.0f, 60).pixels.size(), page.pixels.size());
+      EXPECT_EQ(resize(page, 2, 2).width, 2u);
+      EXPECT_GE(rotate(page, 1.0).height, height);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test

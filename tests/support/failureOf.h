@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "foundation/Failure.h"
+
+namespace orvane::test {
+
+/// The text of the Failure that `work` throws; empty when it throws none.
+template <typename Work>
+std::string failureOf(Work work) {
+  try {
+    work();
+  } catch (const Failure& failure) {
+    return failure.what();
+  }
+  return {};
+}
+
+}  // namespace orvane::test
