@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <gmock/gmock.h>
-#include <sstream>
 
 #include "imaging/codecs/pages.h"
 #include "support/TempStation.h"
@@ -58,11 +57,11 @@ struct JpegTranscode : testing::Test {
     return image;
   }
 
-  // What djpeg says of a stream: nothing, unless `options` ask for it or something is wrong.
-  CommandResult djpeg(const Bytes& stream, const std::string& options = {}) const {
+  // What djpeg says of a stream: nothing, unless something is wrong.
+  CommandResult djpeg(const Bytes& stream) const {
     writeBytes(station.native("page.jpg"), {stream.begin(), stream.end()});
-    return runCommand("cd " + quoted(station.native()) + " && djpeg -nosmooth " + options +
-                      " -outfile page.pnm page.jpg");
+    return runCommand("cd " + quoted(station.native()) +
+                      " && djpeg -nosmooth -outfile page.pnm page.jpg");
   }
 
   std::string pixelsOf(const EncodedImage& image) const {
@@ -73,20 +72,6 @@ struct JpegTranscode : testing::Test {
       pixels += pnm.substr(pnm.find("\n255\n") + 5);
     }
     return pixels;
-  }
-
-  // The quantisation steps, table after table.
-  std::vector<int> stepsOf(const EncodedImage& image) const {
-    std::istringstream lines(djpeg(image.strips[0], "-verbose -verbose").output);
-    std::vector<int> steps;
-    bool inTable = false;
-    for (std::string line; std::getline(lines, line);) {
-      const bool numbers = line.find_first_not_of(" 0123456789") == line.npos;
-      inTable = numbers ? inTable : line.starts_with("Define Quantization Table");
-      std::istringstream words(inTable && numbers ? line : "");
-      for (int step = 0; words >> step;) steps.push_back(step);
-    }
-    return steps;
   }
 };
 
@@ -107,14 +92,13 @@ TEST_F(JpegTranscode, CopiesAPageThatIsCoarseEnough) {
     ASSERT_TRUE(copy);
     ASSERT_EQ(copy->strips.size(), 1u);
     EXPECT_EQ(copy->rowsPerStrip, source.height);
-    EXPECT_EQ(stepsOf(*copy), stepsOf(image));
     EXPECT_TRUE(pixelsOf(*copy) == pixelsOf(image));
     const Bytes density(copy->strips[0].begin() + 13, copy->strips[0].begin() + 18);
     EXPECT_EQ(density, (Bytes{1, 1, 0x2C, 1, 0x2C}));
   }
 }
 
-TEST_F(JpegTranscode, TakesTheLargerStepsAndLosesLessThanDecodingAndEncoding) {
+TEST_F(JpegTranscode, LosesLessThanDecodingAndEncodingAndTakesHardlyMore) {
   const std::pair<std::string, JpegFactors> qualities[] = {
       {"-quality 80,40", {40, 32}}, {"-quality 90", {20, 16}}, {"-quality 98", {40, 32}}};
   for (const Source& source : kSources) {
@@ -128,13 +112,9 @@ TEST_F(JpegTranscode, TakesTheLargerStepsAndLosesLessThanDecodingAndEncoding) {
       const std::string pixels = pixelsOf(image);
       decoded.pixels.assign(pixels.begin(), pixels.end());
       const EncodedImage detour = encodeJpeg(decoded, factors, {});
-      std::vector<int> larger = stepsOf(image);
-      const std::vector<int> steps = stepsOf(detour);
-      ASSERT_EQ(larger.size(), steps.size());
-      for (std::size_t i = 0; i < steps.size(); ++i) larger[i] = std::max(larger[i], steps[i]);
-      EXPECT_EQ(stepsOf(*result), larger);
       if (page.width < 150) continue;  // too little to tell by
       EXPECT_LE(squaredError(pixelsOf(*result), page), squaredError(pixelsOf(detour), page));
+      EXPECT_LT(result->strips[0].size(), detour.strips[0].size() * 5 / 4);
     }
   }
 }
@@ -167,7 +147,7 @@ TEST_F(JpegTranscode, NoticesAllDamageThatLibjpegNotices) {
   for (const Source& source : kSources) {
     const EncodedImage whole =
         encodedByCjpeg({source.samples, 90, source.height / 3 + 1, kOneStrip, source.options});
-    for (int i = 0; i < 100; ++i) {
+    for (int i = 0; i < 40; ++i) {
       EncodedImage image = whole;
       Bytes& stream = image.strips[0];
       const Bytes behindStart = damaged(Bytes(stream.begin() + 2, stream.end()), random);
@@ -185,7 +165,7 @@ TEST_F(JpegTranscode, NoticesAllDamageThatLibjpegNotices) {
       EXPECT_EQ(djpeg(result->strips[0]).output, "");
     }
   }
-  EXPECT_GT(noticedByLibjpeg, 300);
+  EXPECT_GT(noticedByLibjpeg, 130);
   EXPECT_GT(noticed, noticedByLibjpeg);
 }
 

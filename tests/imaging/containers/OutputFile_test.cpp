@@ -10,7 +10,6 @@
 #include "imaging/containers/TiffFile.h"
 #include "imaging/containers/container_checks.h"
 #include "imaging/containers/sample_pages.h"
-#include "support/TempStation.h"
 #include "support/failureOf.h"
 
 namespace orvane::test {
@@ -20,11 +19,8 @@ using testing::HasSubstr;
 namespace fs = std::filesystem;
 using Writer = std::function<void()>;
 
-struct OutputFileTest : testing::Test {
-  TempStation station;
+struct OutputFileTest : FileTest {
   EncodedImage jpeg = makeDocuments(station.native()).back().pages[0];
-  fs::path file = station.native("target");
-  std::wstring path = station.path(L"target");
   TiffFile tiff;
   PdfFile pdf;
   std::vector<Writer> creators{[this] { TiffFile().create(path, jpeg); },
@@ -33,7 +29,6 @@ struct OutputFileTest : testing::Test {
   std::vector<Writer> appenders{[this] { tiff.append(path, plainPage(1)); },
                                 [this] { pdf.append(path, plainPage(1)); }};
 
-  std::string bytes() const { return readBytes(file); }
   void writePages(const Writer& append, int count) const {
     fs::remove(file);
     for (int i = 0; i < count; ++i) append();
@@ -53,7 +48,7 @@ TEST_F(OutputFileTest, NoFileIsWrittenThroughAnotherName) {
       fs::rename(file, other);
       const std::string before = readBytes(other);
       make();
-      EXPECT_THAT(failureOf(append), AllOf(HasSubstr("target: "), HasSubstr(reason)));
+      EXPECT_THAT(failureOf(append), AllOf(HasSubstr("out: "), HasSubstr(reason)));
       EXPECT_EQ(readBytes(other), before);
     }
     for (const Writer& create : creators) {  // a link is replaced
@@ -66,7 +61,7 @@ TEST_F(OutputFileTest, NoFileIsWrittenThroughAnotherName) {
       EXPECT_NE(bytes(), readBytes(other));
     }
   }
-  path = station.path(L"none\\target");
+  path = station.path(L"none\\out");
   for (const Writer& create : creators) EXPECT_THAT(failureOf(create), HasSubstr("No such file"));
 }
 

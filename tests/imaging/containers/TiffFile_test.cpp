@@ -2,11 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include "imaging/containers/container_checks.h"
 #include "imaging/containers/sample_pages.h"
 #include "imaging/differingPixels.h"
 #include "imaging/page/TiffPage.h"
 #include "imaging/page/tiff_kinds.h"
-#include "support/TempStation.h"
 #include "support/failureOf.h"
 
 namespace orvane::test {
@@ -15,24 +15,16 @@ namespace {
 using testing::HasSubstr;
 namespace fs = std::filesystem;
 
-struct TiffFileTest : testing::Test {
-  TempStation station;
-  fs::path file = station.native("out.tif");
-  std::wstring path = station.path(L"out.tif");
-
-  std::string bytes() const { return readBytes(file); }
-  std::string judge(const std::string& commands) const {
-    return outputOf("cd " + quoted(station.native()) + " && " + commands);
-  }
+struct TiffFileTest : FileTest {
   // What tiffinfo says of the file, of which it decodes every strip; complaints would stand in it.
   std::string info() const {
-    const std::string output = judge("tiffinfo -D out.tif");
+    const std::string output = judge("tiffinfo -D out");
     EXPECT_THAT(output, Not(testing::AnyOf(HasSubstr("arning"), HasSubstr("rror"))));
     return output;
   }
   void expectPages(int count) const {
     info();
-    EXPECT_EQ(judge("tiffinfo out.tif | grep -c ===.TIFF"), std::to_string(count) + "\n");
+    EXPECT_EQ(judge("tiffinfo out | grep -c ===.TIFF"), std::to_string(count) + "\n");
   }
   std::string write(const std::vector<EncodedImage>& pages) {
     TiffFile tiff;
@@ -50,22 +42,9 @@ TEST_F(TiffFileTest, OutsideReadersSeeThePagesOfEveryKind) {
     const std::string last = "[" + std::to_string(document.pages.size() - 1) + "]";
     EXPECT_EQ(differingPixels(quoted(file) + last, quoted(document.reference) + last), "0");
     if (document.reference.extension() == ".tif") {
-      judge("tiffcmp -t out.tif " + quoted(document.reference));
+      judge("tiffcmp -t out " + quoted(document.reference));
     }
     EXPECT_EQ(write(document.pages), first) << "the same pages give the same bytes";
-  }
-}
-
-TEST_F(TiffFileTest, ResolutionsComeOutExact) {
-  for (const auto& [resolution, text] : {std::pair<double, std::string>{200, "200"},
-                                         {203.2F, "203.2"},
-                                         {299.9994F, "299.999"},
-                                         {72.009, "72.009"},
-                                         {0.5, "0.5"}}) {
-    EncodedImage image = plainPage(1);
-    image.resolution = {resolution, 300};
-    TiffFile().create(path, image);
-    EXPECT_THAT(info(), HasSubstr("Resolution: " + text + ", 300 pixels/inch"));
   }
 }
 
@@ -78,7 +57,8 @@ TEST_F(TiffFileTest, AnAppendLeavesEarlierBytesAndNumbersThePages) {
     int changed = 0;
     for (std::size_t at = 0; at < before.size(); ++at) changed += bytes()[at] != before[at];
     EXPECT_LE(changed, 4) << "only the link to the new page";
-    EXPECT_THAT(info(), HasSubstr("Page Number: " + std::to_string(i) + "-0"));
+    EXPECT_THAT(info(), AllOf(HasSubstr("Page Number: " + std::to_string(i) + "-0"),
+                              HasSubstr("Resolution: 203.2, 300 pixels/inch")));
   }
   const std::string grown = bytes();
   fs::remove(file);
@@ -96,12 +76,12 @@ TEST_F(TiffFileTest, FilesOfOtherProgramsGrowInTheirOwnForm) {
   const Raster last = TiffPage(station.path(L"base.tif"), 3).decode().raster;
   for (const std::string form : {"-L", "-B", "-8 -L", "-8 -B"}) {
     SCOPED_TRACE(form);
-    judge("tiffcp -c none " + form + " base.tif,0 base.tif,1 out.tif");
+    judge("tiffcp -c none " + form + " base.tif,0 base.tif,1 out");
     const SampleOrder order = TiffFile().sampleOrder(path);
     EXPECT_EQ(order, form.ends_with("B") ? SampleOrder::BigEndian : SampleOrder::LittleEndian);
     TiffFile().append(path, encodeUncompressed(last, order));
     expectPages(3);
-    judge("tiffcmp -t out.tif base.tif");
+    judge("tiffcmp -t out base.tif");
   }
 }
 
@@ -117,24 +97,8 @@ TEST_F(TiffFileTest, WhatIsNoGrowingTiffIsRefusedAndStays) {
   for (const auto& [content, text] : cases) {
     writeBytes(file, content);
     EXPECT_THAT(failureOf([&] { TiffFile().append(path, plainPage(1)); }),
-                AllOf(HasSubstr("out.tif: "), HasSubstr(text)));
+                AllOf(HasSubstr("out: "), HasSubstr(text)));
     EXPECT_EQ(bytes(), content);
-  }
-}
-
-TEST_F(TiffFileTest, ImagesThatDoNotFitTogetherAreRefused) {
-  const std::string good = write({plainPage(0)});
-  void (*const faults[])(EncodedImage&){
-      [](EncodedImage& i) { i.strips.clear(); }, [](EncodedImage& i) { i.strips[0].pop_back(); },
-      [](EncodedImage& i) { i.rowsPerStrip = 0; },
-      [](EncodedImage& i) { i.photometric = Photometric::Palette; },
-      [](EncodedImage& i) { i.resolution.y = std::numeric_limits<double>::quiet_NaN(); }};
-  for (const auto& fault : faults) {
-    EncodedImage image = plainPage(1);
-    fault(image);
-    EXPECT_NE(failureOf([&] { TiffFile().append(path, image); }), "");
-    EXPECT_NE(failureOf([&] { TiffFile().create(path, image); }), "");
-    EXPECT_EQ(bytes(), good);
   }
 }
 
@@ -146,7 +110,7 @@ TEST_F(TiffFileTest, AClassicFileNeverPasses4GiB) {
   EXPECT_THAT(failureOf([&] { tiff.append(path, plainPage(1)); }), HasSubstr("past 4 GiB"));
   EXPECT_EQ(fs::file_size(file), kFull);
   writeTiff(station.native("base.tif"), TiffKind{});
-  judge("tiffcp -8 base.tif out.tif && truncate -s 4G out.tif");
+  judge("tiffcp -8 base.tif out && truncate -s 4G out");
   tiff.append(path, plainPage(1));
   expectPages(2);
 }

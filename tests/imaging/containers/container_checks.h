@@ -2,12 +2,30 @@
 
 #include <csignal>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <map>
 #include <string>
 #include <sys/resource.h>
 
+#include "support/TempStation.h"
+#include "support/command.h"
+
 namespace orvane::test {
+
+/// One file in a folder of its own.
+struct FileTest : testing::Test {
+  TempStation station;
+  std::filesystem::path file = station.native("out");
+  std::wstring path = station.path(L"out");
+
+  std::string bytes() const { return readBytes(file); }
+  /// The output of commands that must succeed in the folder.
+  std::string judge(const std::string& commands) const {
+    return outputOf("cd " + quoted(station.native()) + " && " + commands);
+  }
+};
 
 /// For the life of this object no file grows past `limit` bytes, as on a full disk.
 class FullDisk {

@@ -69,7 +69,9 @@ EncodedImage plainPage(unsigned seed) {
   for (unsigned i = 0; i < 24 * 5; ++i) {
     raster.pixels.push_back(static_cast<std::uint8_t>(i * (seed + 1) + seed));
   }
-  return encoded(raster, Compression::None);
+  EncodedImage image = encoded(raster, Compression::None);
+  image.resolution = {203.2F, 300};
+  return image;
 }
 
 }  // namespace orvane::test
