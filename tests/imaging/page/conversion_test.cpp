@@ -30,36 +30,35 @@ Raster raster(std::uint32_t width, std::uint16_t bits, std::uint16_t samples, Co
 const std::vector<std::uint16_t> kTwoColours = {0xFFFF, 0, 0, 0x8000, 0, 0};  // red, dark green
 const std::vector<std::uint16_t> kTwoGrays = {0x4000, 0x9000, 0x4000, 0x9000, 0x4000, 0x9000};
 
-TEST(Conversion, ToGrayOrRgb8) {
-  const struct {
-    Raster from;
-    ColourModel model;
-    Bytes pixels;
-  } cases[] = {
-      {raster(9, 1, 1, kGray, {0xA5, 0x80}), kGray, {255, 0, 255, 0, 0, 255, 0, 255, 255}},
-      {raster(3, 1, 1, kWhiteGray, {0xA0}), kGray, {0, 255, 0}},
-      {raster(5, 2, 1, kGray, {0x1B, 0x40}), kGray, {0, 85, 170, 255, 85}},
-      {raster(3, 4, 1, kWhiteGray, {0x1F, 0x00}), kGray, {238, 0, 255}},
-      {raster(2, 8, 1, kWhiteGray, {1, 255}), kGray, {254, 0}},
-      {raster(2, 1, 1, kPalette, {0x40}, kTwoColours), kRgb, {255, 0, 0, 0, 128, 0}},
-      {raster(2, 1, 1, kPalette, {0x40}, kTwoGrays), kGray, {0x40, 0x90}},
-      {raster(2, 8, 2, kGray, {100, 255, 100, 0}, {}, kAlpha), kGray, {100, 255}},
-      {raster(1, 8, 4, kRgb, {0, 100, 255, 51}, {}, kAlpha), kRgb, {204, 224, 255}},
-      {raster(1, 8, 4, kRgb, {0, 10, 51, 51}, {}, kAssociated), kRgb, {204, 214, 255}},
-      {raster(1, 8, 4, kRgb, {1, 2, 3, 0}, {}, ExtraSample::Unspecified), kRgb, {1, 2, 3}},
-      {raster(2, 8, 4, kCmyk, {0, 255, 0, 0, 0, 0, 0, 255}), kRgb, {255, 0, 255, 0, 0, 0}},
-      {raster(1, 8, 4, kCmyk, {0, 51, 102, 51}), kRgb, {204, 163, 122}},
-      {raster(1, 16, 1, kWhiteGray, {0x34, 0x12}), kGray, {0xED}},
-      {raster(1, 16, 3, kRgb, {0, 1, 0, 2, 255, 255}), kRgb, {1, 2, 255}},
+TEST(Conversion, ToGrayOrRgb8AndToWhatPdfCanHold) {
+  const std::tuple<Raster, bool, ColourModel, Bytes> cases[] = {
+      // true: stays as it is in PDF
+      {raster(9, 1, 1, kGray, {0xA5, 0x80}), true, kGray, {255, 0, 255, 0, 0, 255, 0, 255, 255}},
+      {raster(3, 1, 1, kWhiteGray, {0xA0}), true, kGray, {0, 255, 0}},
+      {raster(5, 2, 1, kGray, {0x1B, 0x40}), true, kGray, {0, 85, 170, 255, 85}},
+      {raster(3, 4, 1, kWhiteGray, {0x1F, 0x00}), true, kGray, {238, 0, 255}},
+      {raster(2, 8, 1, kWhiteGray, {1, 255}), true, kGray, {254, 0}},
+      {raster(2, 1, 1, kPalette, {0x40}, kTwoColours), true, kRgb, {255, 0, 0, 0, 128, 0}},
+      {raster(2, 1, 1, kPalette, {0x40}, kTwoGrays), true, kGray, {0x40, 0x90}},
+      {raster(2, 8, 2, kGray, {100, 255, 100, 0}, {}, kAlpha), false, kGray, {100, 255}},
+      {raster(1, 8, 4, kRgb, {0, 100, 255, 51}, {}, kAlpha), false, kRgb, {204, 224, 255}},
+      {raster(1, 8, 4, kRgb, {0, 10, 51, 51}, {}, kAssociated), false, kRgb, {204, 214, 255}},
+      {raster(1, 8, 4, kRgb, {1, 2, 3, 0}, {}, ExtraSample::Unspecified), false, kRgb, {1, 2, 3}},
+      {raster(2, 8, 4, kCmyk, {0, 255, 0, 0, 0, 0, 0, 255}), false, kRgb, {255, 0, 255, 0, 0, 0}},
+      {raster(1, 8, 4, kCmyk, {0, 51, 102, 51}), false, kRgb, {204, 163, 122}},
+      {raster(1, 16, 1, kWhiteGray, {0x34, 0x12}), false, kGray, {0xED}},
+      {raster(1, 16, 3, kRgb, {0, 1, 0, 2, 255, 255}), false, kRgb, {1, 2, 255}},
+      {raster(1, 8, 3, kRgb, {1, 2, 3}), true, kRgb, {1, 2, 3}},
+      {raster(1, 4, 3, kRgb, {0x12, 0x30}), false, kRgb, {17, 34, 51}},
   };
-  for (const auto& c : cases) {
-    const Raster result = toGrayOrRgb8(c.from);
-    EXPECT_EQ(result.model, c.model);
-    EXPECT_EQ(result.samplesPerPixel, c.model == kRgb ? 3 : 1);
-    EXPECT_EQ(result.bitsPerPixel(), 8 * result.samplesPerPixel);
-    EXPECT_EQ(result.pixels, c.pixels);
-    EXPECT_EQ(result.extraSample, ExtraSample::None);
-    EXPECT_TRUE(result.palette.empty());
+  for (const auto& [from, keptInPdf, model, pixels] : cases) {
+    const Raster result = toGrayOrRgb8(from), pdf = toPdfForm(from);
+    EXPECT_EQ(result.model, model);
+    EXPECT_EQ(result.bitsPerPixel(), model == kRgb ? 24 : 8);
+    EXPECT_EQ(result.pixels, pixels);
+    EXPECT_TRUE(result.extraSample == ExtraSample::None && result.palette.empty());
+    EXPECT_EQ(pdf.model, keptInPdf ? from.model : model);
+    EXPECT_EQ(pdf.pixels, keptInPdf ? from.pixels : pixels);
   }
 }
 
@@ -83,25 +82,6 @@ TEST(Conversion, ToBilevelIsBlackWhereTheSourceIsDark) {
     EXPECT_EQ(result.bitsPerPixel(), 1);
     EXPECT_EQ(result.pixels, c.pixels);
     EXPECT_TRUE(result.palette.empty());
-  }
-}
-
-TEST(Conversion, ToPdfFormKeepsWhatPdfCanHold) {
-  const std::pair<Raster, bool> cases[] = {
-      {raster(1, 4, 1, kWhiteGray, {0x10}), true},
-      {raster(2, 1, 1, kPalette, {0x40}, kTwoColours), true},
-      {raster(1, 8, 3, kRgb, {1, 2, 3}), true},
-      {raster(1, 16, 1, kGray, {1, 2}), false},
-      {raster(1, 8, 4, kCmyk, {1, 2, 3, 4}), false},
-      {raster(1, 8, 2, kGray, {1, 2}, {}, kAlpha), false},
-      {raster(2, 4, 3, kRgb, {0x12, 0x34, 0x56}), false},
-  };
-  for (const auto& [from, kept] : cases) {
-    const Raster result = toPdfForm(from);
-    EXPECT_EQ(result.pixels == from.pixels && result.model == from.model, kept);
-    if (!kept) {
-      EXPECT_EQ(result.bitsPerSample, 8);
-    }
   }
 }
 
