@@ -51,17 +51,19 @@ TEST_F(TiffDeletePage, TheOtherPagesStayAsTheyAre) {
 // Old-style JPEG keeps a whole stream beside its strip.
 TEST_F(TiffDeletePage, OldStyleJpegKeepsItsStream) {
   const Bytes stream = makeDocuments(station.native()).back().pages[0].strips[0];
-  writeBytes(file,
-             rawGrayPage(
-                 61, 45, {stream.begin(), stream.end()},
-                 {{259, 3, 1, 6}, {262, 3, 1, 6}, {277, 3, 1, 3}, {513, 4, 1, 0}, {514, 4, 1, 0}}));
-  const Bytes before = TiffPage(path, 1).decode().raster.pixels;
-  TiffFile().append(path, plainPage(0));
-  TiffFile::deletePage(path, 2);
+  const auto size = static_cast<std::uint32_t>(rawGrayPage(2, 2, "abcd").size());
+  const std::string first = rawGrayPage(2, 2, "abcd", {}, size);
+  writeBytes(
+      file,
+      rawGrayPage(61, 45, {stream.begin(), stream.end()},
+                  {{259, 3, 1, 6}, {262, 3, 1, 6}, {277, 3, 1, 3}, {513, 4, 1, 0}, {514, 4, 1, 0}},
+                  0, first));
+  const Bytes before = TiffPage(path, 2).decode().raster.pixels;
+  TiffFile::deletePage(path, 1);
+  EXPECT_EQ(tiffPageCount(path), 1);
   const DecodedPage after = TiffPage(path, 1).decode();
   EXPECT_EQ(after.damage, std::nullopt);
   EXPECT_TRUE(after.raster.pixels == before);
-  EXPECT_EQ(tiffPageCount(path), 1);
 }
 
 TEST_F(TiffDeletePage, RefusalsLeaveTheFileAlone) {

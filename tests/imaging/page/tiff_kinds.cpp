@@ -61,7 +61,8 @@ void writeTiff(const std::filesystem::path& file, const TiffKind& kind, int page
 }
 
 std::string rawGrayPage(std::uint32_t width, std::uint32_t height, const std::string& strip,
-                        const std::vector<RawEntry>& changes, std::uint32_t next) {
+                        const std::vector<RawEntry>& changes, std::uint32_t next,
+                        const std::string& front) {
   std::map<std::uint16_t, RawEntry> entries;
   for (const RawEntry& entry : {RawEntry{256, 4, 1, width},
                                 {257, 4, 1, height},
@@ -75,8 +76,8 @@ std::string rawGrayPage(std::uint32_t width, std::uint32_t height, const std::st
     entries.emplace(entry.tag, entry);
   }
   for (const RawEntry& change : changes) entries.insert_or_assign(change.tag, change);
-  const auto dataOffset = static_cast<std::uint32_t>(8 + 2 + 12 * entries.size() + 4);
-  std::string bytes("II*\0\x08\0\0\0", 8);
+  const auto dataOffset = static_cast<std::uint32_t>(front.size() + 2 + 12 * entries.size() + 4);
+  std::string bytes = front;
   append(bytes, static_cast<std::uint32_t>(entries.size()), 2);
   for (auto [tag, entry] : entries) {
     const bool isSize = tag == TIFFTAG_STRIPBYTECOUNTS || tag == TIFFTAG_JPEGIFBYTECOUNT;

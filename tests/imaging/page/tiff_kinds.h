@@ -32,8 +32,10 @@ struct RawEntry {
 
 /// A little-endian file made by hand: a directory, whose link leads to `next`, for a page of 8-bit
 /// gray, and behind it the one strip. Some entries are changed or added; those for the place or
-/// size of the strip get their values here.
+/// size of the strip get their values here. `front` is what stands before it all, as a rule a
+/// header.
 std::string rawGrayPage(std::uint32_t width, std::uint32_t height, const std::string& strip,
-                        const std::vector<RawEntry>& changes = {}, std::uint32_t next = 0);
+                        const std::vector<RawEntry>& changes = {}, std::uint32_t next = 0,
+                        const std::string& front = std::string("II*\0\x08\0\0\0", 8));
 
 }  // namespace orvane::test
