@@ -49,9 +49,10 @@ startScreen() {  # [width x height]
   unset WAYLAND_DISPLAY QT_SCALE_FACTOR
   : >"$scratch/display"
   mkdir -m 700 -p "$XDG_RUNTIME_DIR"
-  # A number of its own: a server that is just going takes the socket of its successor with it.
-  Xvfb ":$((100 + $$ % 50000))" -displayfd 3 -screen 0 "${1:-1280x1024}x24" -dpi 96 -nolisten tcp \
-    3>"$scratch/display" 2>"$scratch/screen.log" &
+  # A number of its own: a server that is just going takes the socket of its successor with it. And
+  # no reset, which would turn away who comes in just as the last client leaves.
+  Xvfb ":$((100 + $$ % 50000))" -displayfd 3 -screen 0 "${1:-1280x1024}x24" -dpi 96 \
+    -noreset -nolisten tcp 3>"$scratch/display" 2>"$scratch/screen.log" &
   screenId=$!
   waitFor "the screen in memory" 15 test -s "$scratch/display"
   DISPLAY=:$(<"$scratch/display")

@@ -1,28 +1,24 @@
 #include "end_to_end/Operator.h"
 
+#include <X11/Xlib.h>
 #include <sstream>
-
-#include "end_to_end/Screen.h"
-#include "foundation/utf8_text.h"
 
 namespace orvane::test {
 namespace {
 
-constexpr const char* kTitle = "Orvane成果导出";
-
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) lines.push_back(line);
-  return lines;
+// The visible window whose title matches a regular expression; empty when there is none.
+std::string windowOf(const std::string& title) {
+  return runCommand("xdotool search --onlyvisible --name " + quoted(title) +
+                    " 2>/dev/null | head -n 1 | tr -d '\\n'")
+      .output;
 }
 
 }  // namespace
 
 Operator::Operator(const ExportStation& station)
-    : program_({station.native("orvane-export").string()}) {
+    : program_(quoted(station.native("orvane-export"))) {
   waitFor("the window", [&] {
-    window_ = windowOf(kTitle);
+    window_ = windowOf("^Orvane成果导出$");
     return !window_.empty() || program_.exitCode();
   });
   if (window_.empty()) throw std::runtime_error("the program ended without a window");
@@ -41,22 +37,30 @@ int Operator::leave() {
   return *program_.exitCode();
 }
 
+// What a window manager, which this screen has not, sends to the program.
 void Operator::closeWindow() const {
-  sendCloseRequest(std::stoul(window_));
+  Display* const display = XOpenDisplay(nullptr);
+  if (display == nullptr) throw std::runtime_error("no display");
+  XEvent event{};
+  event.xclient.type = ClientMessage;
+  event.xclient.window = std::stoul(window_);
+  event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+  event.xclient.format = 32;
+  event.xclient.data.l[0] = static_cast<long>(XInternAtom(display, "WM_DELETE_WINDOW", False));
+  XSendEvent(display, event.xclient.window, False, NoEventMask, &event);
+  XCloseDisplay(display);
 }
 
-std::vector<std::string> Operator::listEndingWith(const std::string& lastLine) const {
-  std::vector<std::string> lines;
-  outputOf("xdotool windowfocus " + window_);
+std::string Operator::listEndingWith(const std::string& lastLine) const {
+  std::string list;
   waitFor("the line " + lastLine, [&] {
-    click(700, 300);
-    runCommand("xdotool key ctrl+a ctrl+c");
-    const CommandResult copied =
-        runCommand("timeout 5 xclip -o -selection clipboard -t UTF8_STRING");
-    if (copied.exitCode == 0) lines = linesOf(copied.output);
-    return !lines.empty() && lines.back() == lastLine;
+    list = runCommand("xdotool windowfocus " + window_ + " mousemove --window " + window_ +
+                      " 700 300 click 1 key ctrl+a ctrl+c && "
+                      "timeout 5 xclip -o -selection clipboard -t UTF8_STRING")
+               .output;
+    return list.ends_with("\n" + lastLine);
   });
-  return lines;
+  return list;
 }
 
 void Operator::closeBox(const std::string& title) const {
@@ -68,27 +72,17 @@ void Operator::closeBox(const std::string& title) const {
   });
 }
 
-std::string Operator::windowOf(const std::string& title) const {
-  std::string pattern;
-  for (const char c : title)
-    pattern += c == '[' || c == ']' ? std::string("\\") + c : std::string(1, c);
-  const CommandResult found = runCommand("xdotool search --onlyvisible --name " +
-                                         test::quoted("^" + pattern + "$") + " 2>/dev/null");
-  return found.output.substr(0, found.output.find('\n'));
-}
-
 void layOut(const ExportStation& station, const ExportSettings& options) {
-  const auto number = [](std::int16_t value) { return std::to_wstring(value); };
-  const auto truth = [](bool value) { return std::wstring(value ? L"true" : L"false"); };
-  const std::wstring text =
-      L"[Setting]\r\nPerName=\r\nSavePath=" + options.SavePath + L"\r\n[Commit]\r\nSaveFileType=" +
-      number(options.SaveFileType) + L"\r\nIsMutiPage=" + truth(options.IsMutiPage) +
-      L"\r\nCompressionType=" + number(options.CompressionType) + L"\r\nCompressionRatios=" +
-      number(options.CompressionRatios) + L"\r\nReNameFormat=" + options.ReNameFormat +
-      L"\r\nReNameSp1=-\r\nReNameSp2=_\r\nLiuShuiHao=3\r\nIsCreateDocFolder=" +
-      truth(options.IsCreateDocFolder) + L"\r\nIsCreateBatchFolder=" +
-      truth(options.IsCreateBatchFolder) + L"\r\n";
-  writeBytes(station.native("data.ini"), toAnsi(text));
+  std::wostringstream text;
+  text << std::boolalpha << L"[Setting]\r\nPerName=\r\nSavePath=" << options.SavePath
+       << L"\r\n[Commit]\r\nSaveFileType=" << options.SaveFileType  //
+       << L"\r\nIsMutiPage=" << options.IsMutiPage << L"\r\nCompressionType="
+       << options.CompressionType << L"\r\nCompressionRatios=" << options.CompressionRatios
+       << L"\r\nReNameFormat=" << options.ReNameFormat
+       << L"\r\nReNameSp1=-\r\nReNameSp2=_\r\nLiuShuiHao=3\r\nIsCreateDocFolder="
+       << options.IsCreateDocFolder << L"\r\nIsCreateBatchFolder=" << options.IsCreateBatchFolder
+       << L"\r\n";
+  station.write("data.ini", toAnsi(text.str()));
   std::filesystem::copy_file(ORVANE_EXPORT, station.native("orvane-export"));
 }
 

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "end_to_end/Process.h"
 #include "export/ExportStation.h"
 #include "settings/ExportSettings.h"
+#include "support/Process.h"
 
 namespace orvane::test {
 
@@ -24,17 +23,16 @@ class Operator {
   /// The close box.
   void closeWindow() const;
 
-  /// The lines of the list, taken with Ctrl+A and Ctrl+C once the last one is `lastLine`.
-  std::vector<std::string> listEndingWith(const std::string& lastLine) const;
+  /// The text of the list, taken with Ctrl+A and Ctrl+C once its last line is `lastLine`.
+  std::string listEndingWith(const std::string& lastLine) const;
 
-  /// Waits for a message box of this title and closes it with the Enter key.
+  /// Waits for a message box with `title` in its title and closes it with the Enter key.
   void closeBox(const std::string& title) const;
 
   Process& program() { return program_; }
 
  private:
   void click(int x, int y) const;
-  std::string windowOf(const std::string& title) const;
 
   Process program_;
   std::string window_;

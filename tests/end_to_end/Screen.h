@@ -1,8 +1,9 @@
 #pragma once
 
-#include <memory>
+#include <cstdlib>
 
-#include "end_to_end/Process.h"
+#include "support/Process.h"
+#include "support/command.h"
 
 namespace orvane::test {
 
@@ -10,15 +11,25 @@ namespace orvane::test {
 class Screen {
  public:
   /// Starts it at the first call; `DISPLAY` leads to it from then on.
-  static void forAllTests() { static const Screen screen; }
+  static void forAllTests() { static Screen screen; }
 
  private:
-  Screen();
+  // A number of its own: a server that is just going takes the socket of its successor with it. And
+  // no reset, which would turn away who comes in just as the last client leaves.
+  Screen()
+      : name_(":" + std::to_string(100 + getpid() % 50000)),
+        server_("Xvfb " + name_ + " -screen 0 1280x1024x24 -dpi 96 -noreset -nolisten tcp") {
+    setenv("DISPLAY", name_.c_str(), 1);
+    setenv("QT_QPA_PLATFORM", "xcb", 1);
+    setenv("LC_ALL", "C.UTF-8", 1);
+    waitFor("the screen", [this] {
+      return runCommand("xdotool getmouselocation").exitCode == 0 || server_.exitCode();
+    });
+    if (server_.exitCode()) throw std::runtime_error("Xvfb did not start");
+  }
 
-  std::unique_ptr<Process> server_;
+  std::string name_;
+  Process server_;
 };
-
-/// What the close box of a window sends to its program; no window manager is needed.
-void sendCloseRequest(unsigned long window);
 
 }  // namespace orvane::test
