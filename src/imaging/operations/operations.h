@@ -8,7 +8,7 @@
 /// where an operation needs arithmetic on its pixels (all but `crop`).
 namespace orvane {
 
-/// The part of a raster inside a rectangle, in pixels. Exact at every depth. Throws Failure when
+/// What lies of a raster inside a rectangle, in pixels. Exact at every depth. Throws Failure when
 /// the rectangle holds no pixel of the page.
 Raster crop(const Raster& raster, std::int32_t left, std::int32_t top, std::int32_t width,
             std::int32_t height);
