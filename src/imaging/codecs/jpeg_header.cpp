@@ -42,7 +42,9 @@ class HeaderReader {
   explicit HeaderReader(ByteView stream) : stream_(stream) {}
 
   std::optional<JpegHeader> read() {
-    if (stream_.take(2)[1] != kStartOfImage) throw Failure("JPEG: it does not begin as a stream");
+    if (stream_.number16() != (0xFF00 | kStartOfImage)) {
+      throw Failure("JPEG: it does not begin as a stream");
+    }
     while (supported_) {
       const std::uint8_t marker = nextMarker();
       if (marker == kEndOfImage) throw Failure("JPEG: it ends before its image");
