@@ -26,7 +26,7 @@ fs::path sampleStation() {
 }
 
 fs::path documentOf(const std::string& kind, int pages) {
-  const fs::path folder = workFolder() / (kind + "-" + std::to_string(pages));
+  const fs::path folder = workFolder() / "pages" / (kind + "-" + std::to_string(pages));
   if (!fs::exists(folder / "Doc.dat")) {
     fs::create_directories(folder.parent_path());
     const std::string command = "'" + sampleStation().string() + "' '" + folder.string() +
