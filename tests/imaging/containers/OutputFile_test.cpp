@@ -100,8 +100,9 @@ TEST_F(OutputFileTest, TheCostOfAnAppendDoesNotGrow) {
       for (const auto& [name, count] : inputAndOutput()) cost[name] = count - before.at(name);
       for (int i = 0; &cost == costs && i < 2999; ++i) append();
     }
-    EXPECT_EQ(costs[1]["syscr:"], costs[0]["syscr:"]);
-    EXPECT_EQ(costs[1]["syscw:"], costs[0]["syscw:"]);
+    // A sanitizer makes a call of its own now and then.
+    EXPECT_LE(costs[1]["syscr:"], costs[0]["syscr:"] + 1);
+    EXPECT_LE(costs[1]["syscw:"], costs[0]["syscw:"] + 1);
     EXPECT_LE(costs[1]["rchar:"], costs[0]["rchar:"] + 20) << "the look itself takes some";
     EXPECT_LE(costs[1]["wchar:"], costs[0]["wchar:"] + 500) << "30 more groups in a page tree";
   }
