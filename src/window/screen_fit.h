@@ -6,7 +6,7 @@ namespace orvane {
 
 /// The share, at most 1, of the present scale at which a window of `design` and its title bar fit
 /// on `available`. `pixelRatio` is the present scale, in dots of the screen for one pixel of Qt;
-/// the part never leads below one dot for a pixel, which Qt cannot draw.
+/// the share never leads below one dot for a pixel, which Qt cannot draw.
 double fittingScale(QSize design, QSize available, double pixelRatio);
 
 /// Begins the process anew at a smaller scale when the window's design size does not fit on the
