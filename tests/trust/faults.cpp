@@ -4,10 +4,13 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <string>
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/uio.h>
@@ -41,6 +44,14 @@ bool isBelow(const char* path) {
   return plan.folder[0] != '\0' && std::string_view(path).starts_with(plan.folder);
 }
 
+// Of a path that starts at an open folder.
+bool isBelow(int folder, const char* path) {
+  if (folder == AT_FDCWD || path[0] == '/') return isBelow(path);
+  char place[sizeof plan.folder]{};
+  const std::string link = "/proc/self/fd/" + std::to_string(folder);
+  return readlink(link.c_str(), place, sizeof place - 1) > 0 && isBelow(place);
+}
+
 // Counts a call; true when it is the one to fail.
 bool strikes(CallKind kind) {
   if ((plan.kinds & kind) == 0) return false;
@@ -60,6 +71,22 @@ Function next(Function, const char* name) {
   return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 #define NEXT(name) static const auto call = next(&::name, #name)
+
+// A scan, or something to be written to. (A setting that cannot be read is empty, by contract.)
+bool counts(const char* path, int flags) {
+  const bool isWritten = (flags & O_ACCMODE) != O_RDONLY;
+  return isWritten || std::string_view(path).find("/Batchs") != std::string_view::npos;
+}
+
+// `call` opens a file or folder; only what is opened to be written to is watched from then on.
+template <typename Call>
+int opening(bool below, const char* path, int flags, Call call) {
+  const bool isWatched = below && counts(path, flags);
+  if (isWatched && strikes(kOpen)) return failed((flags & O_CREAT) != 0 ? ENOSPC : EIO);
+  const int descriptor = call();
+  watch(descriptor, isWatched && (flags & O_ACCMODE) != O_RDONLY);
+  return descriptor;
+}
 
 // Half of one buffer, for a write that is cut short.
 template <typename Call>
@@ -82,6 +109,12 @@ constexpr std::size_t kLargeBlock = 64 * 1024;
   const char* folder = std::getenv("KILL_FOLDER");
   if (at != nullptr && folder != nullptr) {
     armFaults(folder, kAllButMemory, Fault::Kill, std::atol(at));
+    std::atexit([] {  // tells how many moments there are
+      const long calls = disarmFaults();
+      FILE* const file = std::fopen(std::getenv("CALLS_FILE"), "w");
+      std::fprintf(file, "%ld", calls);
+      std::fclose(file);
+    });
   }
   return at != nullptr;
 }();
@@ -119,19 +152,31 @@ using namespace orvane::test;
     return isBelow(path) && strikes(kind) ? failed(ENOSPC) : call(__VA_ARGS__); \
   }
 
+// The mode behind the flags of a call that may create a file.
+#define MODE_OF(flags)                                                        \
+  va_list arguments;                                                          \
+  va_start(arguments, flags);                                                 \
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0; \
+  va_end(arguments);
+
 extern "C" {
 
 int open(const char* path, int flags, ...) {
   NEXT(open);
-  va_list arguments;
-  va_start(arguments, flags);
-  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-  va_end(arguments);
-  const bool counts = (flags & O_ACCMODE) != O_RDONLY && isBelow(path);
-  if (counts && strikes(kOpen)) return failed(ENOSPC);
-  const int descriptor = call(path, flags, mode);
-  watch(descriptor, counts);
-  return descriptor;
+  MODE_OF(flags)
+  return opening(isBelow(path), path, flags, [&] { return call(path, flags, mode); });
+}
+
+int openat(int folder, const char* path, int flags, ...) {
+  NEXT(openat);
+  MODE_OF(flags)
+  return opening(isBelow(folder, path), path, flags,
+                 [&] { return call(folder, path, flags, mode); });
+}
+
+DIR* opendir(const char* path) {
+  NEXT(opendir);
+  return isBelow(path) && strikes(kOpen) ? (failed(EIO), nullptr) : call(path);
 }
 
 ssize_t write(int descriptor, const void* bytes, size_t size) {
@@ -160,6 +205,12 @@ int fsync(int descriptor) {
   return strikes(kSync) ? failed(EIO) : 0;
 }
 
+int syncfs(int descriptor) noexcept {  // of a folder, which is not open to be written to
+  NEXT(syncfs);
+  if (plan.folder[0] == '\0') return call(descriptor);
+  return strikes(kSync) ? failed(EIO) : 0;
+}
+
 int dup(int descriptor) noexcept {
   NEXT(dup);
   const int second = call(descriptor);
@@ -182,7 +233,19 @@ ON_PATH(kRemove, unlink, (const char* path), path)
 ON_PATH(kRemove, rmdir, (const char* path), path)
 ON_PATH(kRemove, remove, (const char* path), path)
 
+int unlinkat(int folder, const char* path, int flags) noexcept {
+  NEXT(unlinkat);
+  return isBelow(folder, path) && strikes(kRemove) ? failed(EIO) : call(folder, path, flags);
+}
+
+int renameat2(int from, const char* path, int to, const char* name, unsigned flags) noexcept {
+  NEXT(renameat2);
+  return isBelow(from, path) && strikes(kRename) ? failed(ENOSPC)
+                                                 : call(from, path, to, name, flags);
+}
+
 ALSO(open64, open)
+ALSO(openat64, openat)
 ALSO(pwrite64, pwrite)
 ALSO(pwritev64, pwritev)
 ALSO(ftruncate64, ftruncate)

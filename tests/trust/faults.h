@@ -6,17 +6,17 @@
 namespace orvane::test {
 
 enum CallKind : unsigned {
-  kWrite = 1,    ///< write, pwrite, pwritev
-  kOpen = 2,     ///< open for writing
-  kRename = 4,   ///< rename
-  kSync = 8,     ///< fsync, fdatasync
-  kClose = 16,   ///< close of a file that was opened for writing
-  kResize = 32,  ///< ftruncate
-  kMemory = 64,  ///< malloc, calloc, realloc
-  kFolder = 128,
-  kRemove = 256,
-  kAllButRemove = 255,
-  kAllButMemory = 511 - kMemory,
+  kWrite = 1,     ///< write, pwrite, pwritev
+  kOpen = 2,      ///< open, openat, opendir
+  kRename = 4,    ///< rename, renameat2
+  kSync = 8,      ///< fsync, fdatasync, syncfs
+  kClose = 16,    ///< close of a file that was opened for writing
+  kResize = 32,   ///< ftruncate
+  kMemory = 64,   ///< malloc, calloc, realloc
+  kFolder = 128,  ///< mkdir
+  kRemove = 256,  ///< unlink, unlinkat, rmdir, remove
+  kAll = 511,
+  kAllButMemory = kAll - kMemory,
 };
 
 enum class Fault {

@@ -16,9 +16,21 @@ constexpr long kStep = 7;
 constexpr long kStep = 1;
 #endif
 
-class Faults : public testing::Test {
+struct Case {
+  const char* name;
+  unsigned kinds;
+  Fault fault;
+  long step;         // of the calls
+  int lowest, most;  // answers of the run
+};
+
+void PrintTo(const Case& c, std::ostream* stream) {
+  *stream << c.name;
+}
+
+class Faults : public testing::TestWithParam<Case> {
  protected:
-  // One start of the program under a fault; `kNever` counts the calls.
+  // One start of the program under a fault.
   int run(unsigned kinds, Fault fault, long at) const {
     return inChild([&] {
       armFaults(station.native().c_str(), kinds, fault, at);
@@ -37,54 +49,39 @@ class Faults : public testing::Test {
     return std::stol(readBytes(station.native("count")));
   }
 
-  // The run under the fault, what it left, and the next run.
-  int expectRecovery(unsigned kinds, Fault fault, long at) const {
-    SCOPED_TRACE("call " + std::to_string(at));
-    station.reset();
-    const int answer = run(kinds, fault, at);
-    EXPECT_EQ(station.wrongs(answer == kKilled), "");
-    const int next = answer == 0 ? 0 : run(0, Fault::None, 0);
-    EXPECT_EQ(next, 0);
-    EXPECT_TRUE(station.isFinished()) << (answer == 0 ? "and nothing was told" : "in the next run");
-    return answer;
-  }
-
   ReferenceStation station;
 };
 
-TEST_F(Faults, ACallThatFailsIsToldAndTheNextRunFinishes) {
-  const long calls = callsOf(kAllButRemove);
+TEST_P(Faults, AreToldLoseNothingAndTheNextRunFinishes) {
+  const Case& c = GetParam();
+  const long calls = callsOf(c.kinds);
+  EXPECT_GT(calls, 50);
   int told = 0;
-  for (long at = 1; at <= calls && !HasFailure(); at += kStep) {
-    const int answer = expectRecovery(kAllButRemove, Fault::Fail, at);
-    EXPECT_LE(answer, 1);
-    told += answer;
+  for (long at = 1; at <= calls && !HasFailure(); at += c.step * kStep) {
+    SCOPED_TRACE("call " + std::to_string(at) + " of " + std::to_string(calls));
+    station.reset();
+    const int answer = run(c.kinds, c.fault, at);
+    EXPECT_GE(answer, c.lowest);
+    EXPECT_LE(answer, c.most);
+    EXPECT_EQ(station.wrongs(c.most > 1), "");
+    told += answer == 0 ? 0 : 1;
+    const int next = answer == 0 ? 0 : run(0, Fault::None, 0);
+    EXPECT_EQ(next, 0);
+    EXPECT_TRUE(station.isFinished()) << (answer == 0 ? "and nothing was told" : "in the next run");
   }
-  EXPECT_GT(told, calls / kStep / 2);
   RecordProperty("calls", static_cast<int>(calls));
   RecordProperty("told", told);
 }
 
-TEST_F(Faults, AFullDiskIsToldAndTheNextRunFinishes) {
-  const long calls = callsOf(kWrite);
-  for (long at = 1; at <= calls && !HasFailure(); at += 3 * kStep) {
-    EXPECT_LE(expectRecovery(kWrite, Fault::FailOnward, at), 1);
-  }
-}
-
-TEST_F(Faults, AWriteInPartsIsWholeInTheEnd) {
-  const long calls = callsOf(kWrite);
-  for (long at = 1; at <= calls && !HasFailure(); at += kStep) {
-    EXPECT_EQ(expectRecovery(kWrite, Fault::Short, at), 0);
-  }
-}
-
-TEST_F(Faults, AfterAKillANewStartFinishesTheTable) {
-  const long calls = callsOf(kAllButMemory);
-  for (long at = 1; at <= calls && !HasFailure(); at += std::max(1L, calls / 100) * kStep) {
-    EXPECT_EQ(expectRecovery(kAllButMemory, Fault::Kill, at), kKilled);
-  }
-}
+INSTANTIATE_TEST_SUITE_P(Kinds, Faults,
+                         testing::ValuesIn<Case>({
+                             {"OneCall", kAll, Fault::Fail, 1, 0, 1},
+                             {"FullDisk", kWrite, Fault::FailOnward, 3, 0, 1},
+                             {"DiskThatIsGone", kAllButMemory, Fault::FailOnward, 5, 0, 2},
+                             {"WritesInParts", kWrite, Fault::Short, 1, 0, 0},
+                             {"Kill", kAllButMemory, Fault::Kill, 3, kKilled, kKilled},
+                         }),
+                         testing::PrintToStringParamName());
 
 }  // namespace
 }  // namespace orvane::test
