@@ -1,7 +1,8 @@
 #pragma once
 
 #include <array>
-#include <gtest/gtest.h>
+#include <functional>
+#include <gmock/gmock.h>
 #include <string>
 #include <vector>
 
@@ -38,11 +39,8 @@ struct HostFixture : testing::Test {
   RecordingEngine& control = engines[0];
   RecordingEngine& pageCount = engines[5];
   ImagingInstances instances = instancesOf(engines);
-
-  std::string file(const std::string& name) const { return quoted(station.native(name)); }
 };
 
 inline const std::string kClear = "SourceFile; Refresh; Picture";
-inline const std::wstring kLog = L"Orvane成果导出 - ";
 
 }  // namespace orvane::test

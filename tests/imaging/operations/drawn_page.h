@@ -12,16 +12,9 @@ enum class Drawing { Text, VerticalText, PhotoAndText, Photo, Dust };
 
 inline constexpr std::uint8_t kPaper = 225;
 
-/// A drawn gray page, noise and all, that lies turned to the left by `skew` degrees: the drawing is
-/// sampled at turned positions, so none of the operations under test has a part in it. With
-/// `darkBed` the sheet is smaller than the scan, and black is around it.
+/// A gray page drawn by ImageMagick, noise and all, that lies turned to the left by `skew` degrees.
+/// With `darkBed` the sheet is smaller than the scan, and black is around it.
 Raster drawnPage(Drawing drawing, double skew, bool darkBed = false);
-
-/// Whether a pixel is dark in a 1-bit page, or in the first channel of an 8-bit one.
-bool isDark(const Raster& page, std::uint32_t x, std::uint32_t y);
-
-/// A page cut at half brightness.
-Raster bilevelOf(const Raster& page);
 
 /// A square mark: its centre in pixels.
 struct Mark {

@@ -4,6 +4,7 @@
 
 #include "imaging/operations/drawn_page.h"
 #include "imaging/operations/operations.h"
+#include "imaging/page/conversion.h"
 
 namespace orvane::test {
 namespace {
@@ -23,17 +24,17 @@ void expectStraightened(const Raster& page) {
 }
 
 TEST(Skew, RemainsUnderATenthOfADegree) {
-  for (int halfDegrees = -10; halfDegrees <= 10; ++halfDegrees) {
-    SCOPED_TRACE(halfDegrees / 2.0);
-    const Raster gray = drawnPage(Drawing::Text, halfDegrees / 2.0);
+  for (const double skew : {-5.0, -3.5, -2.0, -0.5, 0.0, 0.5, 1.5, 3.0, 4.5, 5.0}) {
+    SCOPED_TRACE(skew);
+    const Raster gray = drawnPage(Drawing::Text, skew);
     expectStraightened(gray);
-    expectStraightened(bilevelOf(gray));
+    expectStraightened(toBilevel(gray));
   }
   for (const double skew : {-4.7, 0.4}) {
     for (const Drawing drawing : {Drawing::VerticalText, Drawing::PhotoAndText}) {
       SCOPED_TRACE(testing::Message() << skew << " " << static_cast<int>(drawing));
       expectStraightened(drawnPage(drawing, skew, true));
-      expectStraightened(bilevelOf(drawnPage(drawing, skew)));
+      expectStraightened(toBilevel(drawnPage(drawing, skew)));
     }
   }
 }
@@ -42,7 +43,7 @@ TEST(Skew, OfAPageThatShowsNoneIsZeroAndThePageStaysBitForBit) {
   for (const Raster& gray :
        {drawnPage(Drawing::Text, 0.0), drawnPage(Drawing::Dust, 2.0),
         drawnPage(Drawing::Photo, 3.0), drawnPage(Drawing::Photo, 3.0, true)}) {
-    for (const Raster& page : {gray, bilevelOf(gray)}) {
+    for (const Raster& page : {gray, toBilevel(gray)}) {
       EXPECT_EQ(measureSkew(page), 0.0);
       EXPECT_EQ(straighten(page, 0.0).pixels, page.pixels);
     }
@@ -58,7 +59,7 @@ TEST(Rotate, ByAnyAngleHoldsTheWholePageOnASheetWithPaperColouredCorners) {
   for (const std::uint8_t level : gray.pixels) colour.pixels.insert(colour.pixels.end(), 3, level);
   for (const double degrees : {1.0, -100.0, 45.0 + 360.0}) {
     const double cosine = std::cos(degrees * kDegree), sine = std::sin(degrees * kDegree);
-    for (const Raster& page : {bilevelOf(gray), gray, colour}) {
+    for (const Raster& page : {toBilevel(gray), gray, colour}) {
       SCOPED_TRACE(testing::Message() << degrees << " " << page.bitsPerPixel());
       const double width = page.width, height = page.height;
       const Raster turned = rotate(page, degrees);
