@@ -14,6 +14,7 @@ std::wstring BrowseForFolder(QWidget* hOwner, const std::wstring& sTitle) {
   dialog.setFileMode(QFileDialog::Directory);
   dialog.setOption(QFileDialog::ShowDirsOnly);
   dialog.setOption(QFileDialog::DontUseNativeDialog);
+  dialog.setViewMode(QFileDialog::List);  // a folder has no size, and only one kind
   dialog.setLabelText(QFileDialog::LookIn, QStringLiteral("位置："));
   dialog.setLabelText(QFileDialog::FileName, QStringLiteral("文件夹："));
   dialog.setLabelText(QFileDialog::FileType, QStringLiteral("类型："));

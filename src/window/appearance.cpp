@@ -6,6 +6,7 @@
 #include <QStyle>
 
 #include "foundation/program.h"
+#include "window/ChineseTexts.h"
 #include "window/icons.h"
 #include "window/qt_text.h"
 
@@ -38,6 +39,7 @@ void applyAppearance() {
   font.setPixelSize(kFontPixels);
   QApplication::setFont(font);
 
+  QCoreApplication::installTranslator(new ChineseTexts(QCoreApplication::instance()));
   QApplication::setApplicationDisplayName(toQt(kApplicationTitle));
   QApplication::setWindowIcon(windowIcon());
 }

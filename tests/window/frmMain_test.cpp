@@ -1,7 +1,9 @@
 #include "window/frmMain.h"
 
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QTimer>
+#include <set>
 
 #include "Station.h"
 
@@ -21,6 +23,23 @@ class FrmMain : public Station {
   }
   std::string savedLine(const std::string& key) const {
     return folder.shell("iconv -f GBK -t UTF-8 data.ini | tr -d '\\r' | grep '^" + key + "='");
+  }
+  /// What the buttons, menus, lists and headings of a window say.
+  static std::set<std::string> textsOf(const QWidget& dialog) {
+    std::set<std::string> texts;
+    for (const auto* button : dialog.findChildren<QAbstractButton*>()) {
+      texts.insert({button->text().toStdString(), button->toolTip().toStdString()});
+    }
+    for (const auto* entry : dialog.findChildren<QAction*>()) {
+      texts.insert(entry->text().toStdString());
+    }
+    for (const auto* heading : dialog.findChildren<QHeaderView*>()) {
+      for (int i = 0; i < heading->count(); ++i) {
+        texts.insert(heading->model()->headerData(i, Qt::Horizontal).toString().toStdString());
+      }
+    }
+    texts.insert(dialog.findChild<QComboBox*>("fileTypeCombo")->currentText().toStdString());
+    return texts;
   }
   QComboBox& names() { return find<QComboBox>("cboRenameType"); }
 };
@@ -127,6 +146,9 @@ TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelEmptiesIt) {
       ASSERT_NE(dialog, nullptr);
       EXPECT_EQ(dialog->windowTitle().toStdString(), "成果输出文件夹");
       EXPECT_EQ(dialog->fileMode(), QFileDialog::Directory);
+      for (const std::string& text : textsOf(*dialog)) {
+        EXPECT_THAT(text, testing::Not(testing::ContainsRegex("[A-Za-z][a-z]"))) << "in English";
+      }
       dialog->setDirectory(QString::fromStdString(folder.native().string()));
       dialog->selectFile("成果");
       QMetaObject::invokeMethod(dialog, answer);
