@@ -13,9 +13,9 @@ namespace {
 // Four positions side by side, handled by one instruction where the machine can.
 using Lanes = std::int32_t __attribute__((vector_size(16)));
 using LanePairs = std::int64_t __attribute__((vector_size(16)));
-using LaneOffsets = std::int8_t __attribute__((vector_size(VerticalGroup::kMost)));
+using LaneOffsets = std::int16_t __attribute__((vector_size(2 * CodeGroup::kMostVertical)));
 
-constexpr std::array<Lanes, VerticalGroup::kMost + 1> kLanesInUse = {
+constexpr std::array<Lanes, CodeGroup::kMostVertical + 1> kLanesInUse = {
     {{0, 0, 0, 0}, {-1, 0, 0, 0}, {-1, -1, 0, 0}, {-1, -1, -1, 0}, {-1, -1, -1, -1}}};
 
 Lanes loadLanes(const std::int32_t* at) {
@@ -24,9 +24,10 @@ Lanes loadLanes(const std::int32_t* at) {
   return lanes;
 }
 
-// One row while it is read. The names are those of T.6: a0 is where coding has come to, a1 the next
-// changing element of this row, b1 the first one of the reference row behind a0 and of the colour
-// opposite to it.
+// One row while it is read. Every step is inlined by force: only then does the state stay in
+// registers, and the walk takes two thirds of the time. The names are those of T.6: a0 is where
+// coding has come to, a1 the next changing element of this row, b1 the first one of the reference
+// row behind a0 and of the colour opposite to it.
 class RowWalk {
  public:
   RowWalk(const BitReader& bits, const ChangingElements& reference, ChangingElements& row)
@@ -37,118 +38,127 @@ class RowWalk {
         a1_(first_) {}
 
   RowFault walk() {
-    while (!complete_) {
+    do {
       bits_.refill();
-      if (takeVerticalGroup()) continue;
-      const RowFault fault = takeCode();
-      if (fault != RowFault::None) return fault;
-    }
-    return bits_.overran() ? RowFault::DataEnds : RowFault::None;
+    } while (takeGroup());
+    if (fault_ == RowFault::None && bits_.overran()) return RowFault::DataEnds;
+    return fault_;
   }
 
   const BitReader& bits() const { return bits_; }
   std::size_t changes() const { return static_cast<std::size_t>(a1_ - first_); }
 
  private:
-  // Takes up to four vertical codes at once where each of them moves b1 on by one element, which is
-  // the rule: no row's end, and no neighbour so near that b1 has to skip or to step back.
-  bool takeVerticalGroup() {
-    const VerticalGroup& group = kGroups[bits_.bits() >> (64 - kGroupBits)];
+  static_assert(kGroupBits + 2 * kRunBits <= 56, "one refill is enough for a group and two runs");
+
+  // Takes the codes of a group as far as each vertical one moves b1 on by one element, which is the
+  // rule: no row's end, and no neighbour so near that b1 has to skip or to step back. False when
+  // the row is at its end, or at a fault.
+  [[gnu::always_inline]] bool takeGroup() {
+    const CodeGroup& group = kGroups[bits_.bits() >> (64 - kGroupBits)];
     LaneOffsets offsets;
     std::memcpy(&offsets, group.offsets.data(), sizeof offsets);
     const Lanes at = loadLanes(b1_) + __builtin_convertvector(offsets, Lanes);
     const Lanes before = __builtin_shufflevector(at, Lanes{a0_}, 4, 0, 1, 2);
     const Lanes exception = (at >= loadLanes(b1_ + 1)) | (at < loadLanes(b1_ - 1)) | (at <= before);
     std::memcpy(a1_, &at, sizeof at);
-    const auto inUse = (LanePairs)(exception & kLanesInUse[group.count]);
-    if (group.count == 0 || (inUse[0] | inUse[1]) != 0) return false;
+    const auto inUse = (LanePairs)(exception & kLanesInUse[group.verticals]);
+    if ((inUse[0] | inUse[1]) != 0) return takeUpToException(group, exception);
+    a1_ += group.verticals;
+    b1_ += group.moves;
+    // Without a pass code -1, in place of a branch that would be guessed wrongly too often.
+    const std::int32_t passedTo = b1_[-1] | (static_cast<std::int32_t>(group.passes()) - 1);
+    a0_ = std::max(std::max(a0_, a1_[-1]), passedTo);
     bits_.skip(group.length);
-    b1_ += group.count;
-    a1_ += group.count;
-    a0_ = a1_[-1];
+    if (a0_ == width_) return fail(RowFault::TooLong);
+    if (group.horizontal) return takeHorizontal();
+    return group.length != 0 || fail(faultOfBadMode());
+  }
+
+  [[gnu::always_inline]] bool takeUpToException(const CodeGroup& group, Lanes exception) {
+    unsigned plain = 0;
+    while (exception[plain] == 0) ++plain;
+    a1_ += plain;
+    b1_ += plain;
+    a0_ = std::max(a0_, a1_[-1]);
+    bits_.skip(group.lengths[plain]);
+    return takeVertical(group.offsets[plain]);
+  }
+
+  [[gnu::always_inline]] bool takeVertical(std::int32_t offset) {
+    const std::int32_t at = *b1_ + offset;
+    if (at >= width_) return at == width_ ? complete() : fail(RowFault::TooLong);
+    if (at <= a0_) return fail(RowFault::Backwards);
+    *a1_++ = a0_ = at;
+    b1_ += b1_[-1] > at ? -1 : 1;
+    return advanceB1();
+  }
+
+  // Most runs end in their first code, so both are looked up before either is judged.
+  [[gnu::always_inline]] bool takeHorizontal() {
+    const bool black = ((a1_ - first_) & 1) != 0;
+    const RunEntry first = kRuns[black][bits_.bits() >> (64 - kRunBits)];
+    const RunEntry second = kRuns[!black][bits_.bits() << lengthOf(first) >> (64 - kRunBits)];
+    if (!endsRun(first) || !endsRun(second)) return takeLongRuns(black);
+    bits_.skip(lengthOf(first) + lengthOf(second));
+    return takeRuns(first >> 4, second >> 4);
+  }
+
+  [[gnu::always_inline]] bool takeLongRuns(bool black) {
+    const std::int32_t first = readRun(kRuns[black]);
+    if (first == kBadRun) return fail(faultOfBadRun());
+    const std::int32_t second = readRun(kRuns[!black]);
+    if (second == kBadRun) return fail(faultOfBadRun());
+    return takeRuns(first, second);
+  }
+
+  [[gnu::always_inline]] bool takeRuns(std::int32_t first, std::int32_t second) {
+    const std::int32_t at = std::max(a0_, 0) + first;
+    const std::int32_t next = at + second;
+    if (next > width_) return fail(RowFault::TooLong);
+    if (at <= a0_ || (next == at && at != width_)) return fail(RowFault::Backwards);
+    *a1_ = at;
+    a1_[1] = a0_ = next;
+    if (next == width_) {
+      a1_ += at < width_ ? 1 : 0;
+      return complete();
+    }
+    a1_ += 2;
+    return advanceB1();
+  }
+
+  [[gnu::always_inline]] bool advanceB1() {
+    const std::int32_t passed = (b1_[0] <= a0_) + (b1_[2] <= a0_);
+    b1_ += 2 * passed;
+    while (*b1_ <= a0_) b1_ += 2;
     return true;
   }
 
-  RowFault takeCode() {
-    const ModeEntry entry = kModes[bits_.bits() >> (64 - kModeBits)];
-    if (entry.mode == Mode::None) return faultOfBadMode();
-    bits_.skip(entry.length);
-    if (entry.mode == Mode::Vertical) return takeVertical(entry.offset);
-    if (entry.mode == Mode::Horizontal) return takeHorizontal();
-    return takePass();
-  }
-
-  RowFault takeVertical(std::int32_t offset) {
-    const std::int32_t at = *b1_ + offset;
-    if (at <= a0_) return RowFault::Backwards;
-    if (at > width_) return RowFault::TooLong;
-    if (at == width_) return completeRow();
-    *a1_++ = a0_ = at;
-    ++b1_;
-    if (b1_[-2] > a0_) {
-      b1_ -= 2;
-    } else {
-      advanceB1();
-    }
-    return RowFault::None;
-  }
-
-  RowFault takeHorizontal() {
-    const bool black = ((a1_ - first_) & 1) != 0;
-    const std::int32_t start = std::max(a0_, 0);
-    const std::int32_t firstRun = readRun(black, width_ - start);
-    if (firstRun == kBadRun) return faultOfBadRun();
-    const std::int32_t at = start + firstRun;
-    if (at > width_) return RowFault::TooLong;
-    if (at <= a0_) return RowFault::Backwards;
-    const std::int32_t secondRun = readRun(!black, width_ - at);
-    if (secondRun == kBadRun) return faultOfBadRun();
-    const std::int32_t next = at + secondRun;
-    if (next > width_) return RowFault::TooLong;
-    if (at == width_) return completeRow();
-    if (next == at) return RowFault::Backwards;
-    *a1_++ = at;
-    if (next == width_) return completeRow();
-    *a1_++ = a0_ = next;
-    advanceB1();
-    return RowFault::None;
-  }
-
-  RowFault takePass() {
-    const std::int32_t b2 = b1_[1];
-    if (b2 == width_) return RowFault::TooLong;
-    a0_ = b2;
-    b1_ += 2;
-    return RowFault::None;
-  }
-
-  void advanceB1() {
-    while (*b1_ <= a0_) b1_ += 2;
-  }
-
-  RowFault completeRow() {
+  [[gnu::always_inline]] bool complete() {
     complete_ = true;
-    return RowFault::None;
+    return false;
   }
+
+  [[gnu::always_inline]] bool fail(RowFault fault) {
+    fault_ = fault;
+    return false;
+  }
+
+  static unsigned lengthOf(RunEntry entry) { return entry & 15u; }
+  static bool endsRun(RunEntry entry) { return entry != 0 && entry >> 4 < kMakeUpUnit; }
 
   static constexpr std::int32_t kBadRun = -1;
 
-  std::int32_t readRun(bool black, std::int32_t most) {
-    return black ? readRun<kBlackBits>(kBlackTable, most) : readRun<kWhiteBits>(kWhiteTable, most);
-  }
-
-  // Reads make-up codes and the code that ends them; stops early once the run is over `most`.
-  template <unsigned kBits>
-  std::int32_t readRun(const std::array<RunEntry, 1u << kBits>& table, std::int32_t most) {
+  // Reads make-up codes and the code that ends them; stops early once the run is over the width.
+  [[gnu::always_inline]] std::int32_t readRun(const RunTable& table) {
     std::int32_t run = 0;
-    while (run <= most) {
+    while (run <= width_) {
       bits_.refill();
-      const RunEntry entry = table[bits_.bits() >> (64 - kBits)];
+      const RunEntry entry = table[bits_.bits() >> (64 - kRunBits)];
       if (entry == 0) return kBadRun;
-      bits_.skip(entry & 15u);
-      const std::int32_t part = entry >> 4;
-      run += part;
-      if (part < kMakeUpUnit) break;
+      bits_.skip(lengthOf(entry));
+      run += entry >> 4;
+      if (endsRun(entry)) break;
     }
     return run;
   }
@@ -175,6 +185,7 @@ class RowWalk {
   std::int32_t* a1_;
   std::int32_t a0_ = -1;
   bool complete_ = false;
+  RowFault fault_ = RowFault::None;
 };
 
 // Skips an end-of-line code with any number of zeros before it, in bits that are not all zero.

@@ -20,22 +20,29 @@ struct ModeEntry {
 inline constexpr unsigned kModeBits = 7;
 using ModeTable = std::array<ModeEntry, 1u << kModeBits>;
 
-/// Vertical codes that follow each other, to be taken in one step. Most pages are made of them.
-struct VerticalGroup {
-  static constexpr std::size_t kMost = 4;
-  std::array<std::int8_t, kMost> offsets{};
-  std::uint8_t count = 0;
-  std::uint8_t length = 0;  ///< of all its codes
+/// Mode codes that follow each other, to be taken in one step: some vertical ones, behind them some
+/// pass ones, and at the end perhaps a horizontal one. Any of the three may be missing.
+struct alignas(16) CodeGroup {
+  static constexpr unsigned kMostVertical = 4;
+  std::array<std::int16_t, kMostVertical> offsets{};
+  std::array<std::uint8_t, kMostVertical> lengths{};  ///< up to and with each vertical code
+  std::uint8_t verticals = 0;
+  std::uint8_t moves = 0;   ///< of b1: one a vertical code, two a pass code
+  std::uint8_t length = 0;  ///< of all codes; 0: no mode code begins with these bits
+  bool horizontal = false;
+
+  constexpr bool passes() const { return moves != verticals; }
 };
+static_assert(sizeof(CodeGroup) == 16);
 
 inline constexpr unsigned kGroupBits = 10;
-using GroupTable = std::array<VerticalGroup, 1u << kGroupBits>;
+using GroupTable = std::array<CodeGroup, 1u << kGroupBits>;
 
 /// A run code as run * 16 + length of the code; 0: no run code begins with these bits.
 using RunEntry = std::uint16_t;
 
-inline constexpr unsigned kWhiteBits = 12;
-inline constexpr unsigned kBlackBits = 13;
+inline constexpr unsigned kRunBits = 13;
+using RunTable = std::array<RunEntry, 1u << kRunBits>;
 
 /// Calls `visit` with every index of a table of `tableBits` that begins with `code`.
 template <typename Visit>
@@ -61,14 +68,24 @@ constexpr ModeTable makeModeTable() {
 
 inline constexpr ModeTable kModes = makeModeTable();
 
-constexpr VerticalGroup makeGroup(std::uint32_t bits) {
-  VerticalGroup group;
-  while (group.count < VerticalGroup::kMost) {
+constexpr CodeGroup makeGroup(std::uint32_t bits) {
+  CodeGroup group;
+  while (!group.horizontal) {
     const std::uint32_t ahead = bits << kModeBits << group.length >> kGroupBits;
     const ModeEntry entry = kModes[ahead & ((1u << kModeBits) - 1)];
-    if (entry.mode != Mode::Vertical || group.length + entry.length > kGroupBits) break;
-    group.offsets[group.count++] = entry.offset;
-    group.length = static_cast<std::uint8_t>(group.length + entry.length);
+    const auto length = static_cast<std::uint8_t>(group.length + entry.length);
+    if (entry.mode == Mode::None || length > kGroupBits) break;
+    if (entry.mode == Mode::Vertical) {
+      if (group.passes() || group.verticals == CodeGroup::kMostVertical) break;
+      group.offsets[group.verticals] = entry.offset;
+      group.lengths[group.verticals++] = length;
+      ++group.moves;
+    } else if (entry.mode == Mode::Pass) {
+      group.moves += 2;
+    } else {
+      group.horizontal = true;
+    }
+    group.length = length;
   }
   return group;
 }
@@ -81,18 +98,18 @@ constexpr GroupTable makeGroupTable() {
 
 inline constexpr GroupTable kGroups = makeGroupTable();
 
-template <unsigned kBits>
-constexpr auto makeRunTable(const RunCodes& codes) {
-  std::array<RunEntry, 1u << kBits> table{};
+constexpr RunTable makeRunTable(const RunCodes& codes) {
+  RunTable table{};
   for (std::size_t i = 0; i < codes.size(); ++i) {
     const Code code = codeOf(codes[i]);
     const auto entry = static_cast<RunEntry>(runOfIndex(i) * 16 + code.length);
-    forEachIndex(code, kBits, [&](std::uint32_t index) { table[index] = entry; });
+    forEachIndex(code, kRunBits, [&](std::uint32_t index) { table[index] = entry; });
   }
   return table;
 }
 
-inline constexpr auto kWhiteTable = makeRunTable<kWhiteBits>(kWhiteRuns);
-inline constexpr auto kBlackTable = makeRunTable<kBlackBits>(kBlackRuns);
+/// Of the white runs, and of the black ones.
+inline constexpr std::array<RunTable, 2> kRuns = {makeRunTable(kWhiteRuns),
+                                                  makeRunTable(kBlackRuns)};
 
 }  // namespace orvane::group4
