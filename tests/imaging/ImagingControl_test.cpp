@@ -93,6 +93,7 @@ TEST_F(RealEngine, EveryPageGoesToEveryFormAtItsSizeAndUnchangedWhereItCan) {
     save(kSavePdf, kind.bits == 1 ? kPdfGroup4 : kPdfJpeg, L"m.pdf", true);
     EXPECT_EQ(engine.ImagError(), kNoImagError);
   }
+  station.shell("test -z \"$(tiffinfo -D m.tif 2>&1 >/dev/null; qpdf --check m.pdf | grep WARN)\"");
   for (const std::wstring name : {L"m.tif", L"m.pdf"}) {
     EXPECT_EQ(engine.FilePageCount(station.path(name)), 11);
     engine.DeletePageFromFile(station.path(name), 1);
@@ -103,6 +104,30 @@ TEST_F(RealEngine, EveryPageGoesToEveryFormAtItsSizeAndUnchangedWhereItCan) {
   engine.OutputResolutionY(100.0);
   save(kSavePdf, kPdfJpeg, L"a.pdf");
   station.shell("pdfinfo a.pdf | grep '73.08 x 108.72 pts'");
+}
+
+TEST_F(RealEngine, ItsPdfFilesAreArchiveFiles) {
+  std::string classPath;
+  for (const std::string jar : {"preflight", "xmpbox", "pdfbox2", "fontbox2", "commons-logging",
+                                "javax.activation", "jaxb-api"}) {
+    const std::string library = "/usr/share/java/" + jar + ".jar";
+    if (!std::filesystem::exists(library)) GTEST_SKIP() << library << " is not installed";
+    classPath += library + ":";
+  }
+  if (runCommand("java -version").exitCode != 0) GTEST_SKIP() << "no Java runtime";
+  station.shell("mkdir pdf");
+  for (const SourceKind& kind : kSources) {
+    load(kind);
+    save(kSavePdf, kPdfNone, L"pdf\\" + fromUtf8(kind.name) + L".pdf");
+    for (const std::int32_t code : {kPdfNone, kPdfGroup4, kPdfJpeg}) {
+      save(kSavePdf, code, L"pdf\\all.pdf", true);
+    }
+  }
+  for (int i = 0; i < 201; ++i) save(kSavePdf, kPdfGroup4, L"pdf\\long.pdf", true);
+  EXPECT_EQ(station.shell("java -cp " + classPath +
+                          " org.apache.pdfbox.preflight.Validator_A1b xml batch pdf >log; "
+                          "cat pdf/*.xml | grep -c 'PDF/A1-b\">true</isValid>'"),
+            "13\n");
 }
 
 TEST_F(RealEngine, ADamagedPageIsRecordedAndWhatCannotBeLoadedIsThrown) {

@@ -10,32 +10,10 @@ namespace orvane::test {
 namespace {
 
 // What libtiff reads, with its messages instead where it has any.
-Bytes readBack(const EncodedImage& image, bool bigEndian = false) {
-  const LibtiffReading reading = readWithLibtiff(image, bigEndian);
+Bytes readBack(const EncodedImage& image) {
+  const LibtiffReading reading = readWithLibtiff(image);
   EXPECT_EQ(reading.messages, "");
   return reading.pixels;
-}
-
-TEST(Lossless, KeepsEverySampleOfEveryForm) {
-  for (const Raster& form : allForms()) {
-    for (const auto& [width, height] :
-         {std::pair{1u, 1u}, {61u, 45u}, {700u, 300u}, {140000u, 3u}}) {
-      SCOPED_TRACE(std::to_string(form.bitsPerPixel()) + " bits, width " + std::to_string(width));
-      Random random(width + form.bitsPerPixel());
-      const Raster page = scannedPage(random, form, width, height);
-      for (const bool big : {false, true}) {
-        const SampleOrder order = big ? SampleOrder::BigEndian : SampleOrder::LittleEndian;
-        for (const EncodedImage& image :
-             {encodeLzw(page, order), encodeUncompressed(page, order)}) {
-          ASSERT_TRUE(readBack(image, big) == page.pixels);
-          EXPECT_EQ(image.palette, page.palette);
-          EXPECT_EQ(image.horizontalPredictor, image.compression == Compression::Lzw &&
-                                                   page.bitsPerSample >= 8 && page.palette.empty());
-          EXPECT_EQ(image.strips.size(), (page.height - 1) / image.rowsPerStrip + 1);
-        }
-      }
-    }
-  }
 }
 
 EncodedImage lzwOf(const Bytes& bytes) {
@@ -55,20 +33,19 @@ TEST(Lzw, WritesEveryCodeWidthAndTheEndOfStrip) {
   }
 }
 
-TEST(Lzw, FillsItsTableWithAnyKindOfBytesAndMakesThemFewer) {
-  Random random(3);
-  for (int kind = 0; kind < 9; ++kind) {
-    Bytes bytes(200000);
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-      const std::uint32_t number = random.below(1 << kind);
-      bytes[i] = static_cast<std::uint8_t>(kind == 7 ? i * i >> 9 : number);
+TEST(Lossless, KeepsPagesOfAnyWidthAndMakesThemFewerBytes) {
+  for (const auto& [width, height] : {std::pair{1u, 1u}, {700u, 300u}, {140000u, 3u}}) {
+    Random random(width);
+    const Raster page = scannedPage(random, form(ColourModel::Rgb, 8, 3), width, height);
+    const EncodedImage lzw = encodeLzw(page, SampleOrder::LittleEndian);
+    const EncodedImage plain = encodeUncompressed(page, SampleOrder::LittleEndian);
+    std::size_t sizes[2] = {0, 0};
+    for (const EncodedImage* image : {&lzw, &plain}) {
+      ASSERT_TRUE(readBack(*image) == page.pixels) << width;
+      EXPECT_EQ(image->strips.size(), (page.height - 1) / image->rowsPerStrip + 1);
+      for (const Bytes& strip : image->strips) sizes[image == &plain] += strip.size();
     }
-    const EncodedImage image = lzwOf(bytes);
-    ASSERT_TRUE(readBack(image) == bytes) << kind;
-    // A byte has `kind` bits of news; codes take some more.
-    if (kind < 6) {
-      EXPECT_LT(image.strips[0].size(), bytes.size() * (kind + 2) / 8) << kind;
-    }
+    EXPECT_LT(sizes[0], sizes[1] * 3 / 4 + 20);
   }
 }
 

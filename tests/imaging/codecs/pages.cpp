@@ -17,22 +17,6 @@ Raster form(ColourModel model, std::uint16_t bits, std::uint16_t samples, ExtraS
   return raster;
 }
 
-std::vector<Raster> allForms() {
-  std::vector<Raster> forms;
-  for (const std::uint16_t bits : std::initializer_list<std::uint16_t>{1, 2, 4, 8, 16}) {
-    forms.push_back(form(ColourModel::MinIsBlack, bits));
-    forms.push_back(form(ColourModel::MinIsWhite, bits));
-    if (bits <= 8) forms.push_back(form(ColourModel::Palette, bits));
-    if (bits < 8) continue;
-    forms.push_back(form(ColourModel::MinIsBlack, bits, 2, ExtraSample::UnassociatedAlpha));
-    forms.push_back(form(ColourModel::Rgb, bits, 3));
-    forms.push_back(form(ColourModel::Rgb, bits, 4, ExtraSample::AssociatedAlpha));
-    forms.push_back(form(ColourModel::Cmyk, bits, 4));
-    forms.push_back(form(ColourModel::Cmyk, bits, 5, ExtraSample::Unspecified));
-  }
-  return forms;
-}
-
 Raster scannedPage(Random& random, const Raster& form, std::uint32_t width, std::uint32_t height) {
   Raster page = emptyRaster(form, width, height);
   const std::size_t samples = form.samplesPerPixel;

@@ -11,10 +11,6 @@ namespace orvane::test {
 Raster form(ColourModel model, std::uint16_t bits, std::uint16_t samples = 1,
             ExtraSample extra = ExtraSample::None);
 
-/// The forms of pages that the codecs are given: gray, RGB and so on, with and without an extra
-/// sample, of every depth.
-std::vector<Raster> allForms();
-
 /// A page like a scan, in the bytes of any form: paper with a soft shade, text-like strokes, a
 /// picture and noise.
 Raster scannedPage(Random& random, const Raster& form, std::uint32_t width, std::uint32_t height);

@@ -9,7 +9,6 @@
 #include "imaging/containers/PdfFile.h"
 #include "imaging/containers/TiffFile.h"
 #include "imaging/containers/container_checks.h"
-#include "imaging/containers/sample_pages.h"
 #include "support/failureOf.h"
 
 namespace orvane::test {
@@ -20,7 +19,7 @@ namespace fs = std::filesystem;
 using Writer = std::function<void()>;
 
 struct OutputFileTest : FileTest {
-  EncodedImage jpeg = makeDocuments(station.native()).back().pages[0];
+  EncodedImage jpeg = jpegPage();
   TiffFile tiff;
   PdfFile pdf;
   std::vector<Writer> creators{[this] { TiffFile().create(path, jpeg); },

@@ -2,7 +2,6 @@
 
 #include "imaging/containers/TiffFile.h"
 #include "imaging/containers/container_checks.h"
-#include "imaging/containers/sample_pages.h"
 #include "imaging/page/TiffPage.h"
 #include "imaging/page/tiff_kinds.h"
 #include "support/AsOrdinaryUser.h"
@@ -50,7 +49,7 @@ TEST_F(TiffDeletePage, TheOtherPagesStayAsTheyAre) {
 
 // Old-style JPEG keeps a whole stream beside its strip.
 TEST_F(TiffDeletePage, OldStyleJpegKeepsItsStream) {
-  const Bytes stream = makeDocuments(station.native()).back().pages[0].strips[0];
+  const Bytes stream = jpegPage().strips[0];
   const auto size = static_cast<std::uint32_t>(rawGrayPage(2, 2, "abcd").size());
   const std::string first = rawGrayPage(2, 2, "abcd", {}, size);
   writeBytes(

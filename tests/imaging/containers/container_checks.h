@@ -1,16 +1,16 @@
 #pragma once
 
-#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
-#include <sys/resource.h>
 
+#include "imaging/codecs/jpeg.h"
+#include "imaging/codecs/lossless.h"
+#include "support/FullDisk.h"
 #include "support/TempStation.h"
-#include "support/command.h"
 
 namespace orvane::test {
 
@@ -22,27 +22,33 @@ struct FileTest : testing::Test {
 
   std::string bytes() const { return readBytes(file); }
   /// The output of commands that must succeed in the folder.
-  std::string judge(const std::string& commands) const {
-    return outputOf("cd " + quoted(station.native()) + " && " + commands);
-  }
+  std::string judge(const std::string& commands) const { return station.shell(commands); }
 };
 
-/// For the life of this object no file grows past `limit` bytes, as on a full disk.
-class FullDisk {
- public:
-  explicit FullDisk(std::uint64_t limit) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    getrlimit(RLIMIT_FSIZE, &before_);
-    const rlimit size{limit, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &size);
+/// A small plain gray page whose pixels follow from `seed`.
+inline EncodedImage plainPage(unsigned seed) {
+  Raster raster;
+  raster.width = 24, raster.height = 5;
+  raster.bitsPerSample = 8;
+  raster.model = ColourModel::MinIsBlack;
+  for (unsigned i = 0; i < 24 * 5; ++i) {
+    raster.pixels.push_back(static_cast<std::uint8_t>(i * (seed + 1) + seed));
   }
-  ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-  FullDisk(const FullDisk&) = delete;
-  FullDisk& operator=(const FullDisk&) = delete;
+  EncodedImage image = encodeUncompressed(raster, SampleOrder::LittleEndian);
+  image.resolution = {203.2F, 300};
+  return image;
+}
 
- private:
-  rlimit before_{};
-};
+inline EncodedImage jpegPage() {
+  Raster rgb;
+  rgb.bitsPerSample = 8, rgb.samplesPerPixel = 3;
+  rgb.model = ColourModel::Rgb;
+  rgb = emptyRaster(rgb, 61, 45);
+  for (unsigned i = 0; i < rgb.pixels.size(); ++i) {
+    rgb.pixels[i] = static_cast<std::uint8_t>(i * i >> 5);
+  }
+  return encodeJpeg(rgb, {}, {});
+}
 
 /// How many bytes and calls this process has read and written, by the kernel's own count.
 inline std::map<std::string, std::int64_t> inputAndOutput() {
