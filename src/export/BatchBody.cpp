@@ -5,7 +5,9 @@
 #include "export/OutputNaming.h"
 #include "export/SaveAsDocument.h"
 #include "export/ScanTreeGuard.h"
+#include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
+#include "foundation/disk_sync.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 
@@ -58,8 +60,23 @@ bool exportDocuments(RunHost& frmMain, const std::wstring& BatchID,
   return true;
 }
 
+// The table may only say so once the files would outlive a power cut: an exported batch never comes
+// back.
+bool isOnDisk(const std::wstring& BatchOutputFolder) {
+  try {
+    syncDiskOf(BatchOutputFolder);
+    return true;
+  } catch (const Failure& failure) {
+    mdlFolderAndFile::LogWrite(L"RunOutPutBatch-" + description(failure), kApplicationTitle);
+    return false;
+  }
+}
+
 bool recordSuccess(RunHost& frmMain, const std::wstring& BatchID) {
-  const bool updated = mdlDataBase::UpdateBatchInfo(BatchID, L"完成成果输出");
+  const ExportSettings& settings = frmMain.settings();
+  const bool updated =
+      isOnDisk(batchOutputFolder(settings.SavePath, settings.IsCreateBatchFolder, BatchID)) &&
+      mdlDataBase::UpdateBatchInfo(BatchID, L"完成成果输出");
   report(frmMain, updated ? L"档案导出成果成功！" : L"档案导出数字化成果失败！");
   return updated;
 }

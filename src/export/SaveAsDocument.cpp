@@ -66,6 +66,9 @@ bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingE
       if (!savePage(ImgControl, source, 1, target, CompressionType == 0, CompressionRatios,
                     append)) {
         mdlFolderAndFile::FileDelete(target);
+        // What a saver throws is in the log by now; damage that it met it leaves to its caller.
+        const std::wstring damage = ImgControl.damage();
+        if (!damage.empty()) logFailure(source + L": " + damage);
         logFailure((IsPageFile ? L"按页保存时出错。页码：" : L"按多页文件保存时出错。页码：") +
                    std::to_wstring(index));
         return false;

@@ -8,6 +8,7 @@
 #include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/path_text.h"
+#include "foundation/utf8_text.h"
 #include "imaging/BitmapHandles.h"
 #include "imaging/containers/JpegFile.h"
 #include "imaging/encode_page.h"
@@ -31,7 +32,9 @@ LoadedPage& ImagingControl::loaded() {
 }
 
 void ImagingControl::noteDamage() {
-  if (page_ && page_->damage()) imagError_ = kDamagedData;
+  if (!page_ || !page_->damage()) return;
+  imagError_ = kDamagedData;
+  damage_ = fromUtf8(*page_->damage());
 }
 
 void ImagingControl::SourceFile(const std::wstring& path) {
@@ -40,6 +43,7 @@ void ImagingControl::SourceFile(const std::wstring& path) {
   imagError_ = kNoImagError;
   sourceFile_ = path;
   if (path.empty()) return;
+  damage_.clear();
   guarded([&] { page_.emplace(path, pageNumber_); });
 }
 

@@ -47,6 +47,7 @@ class ImagingControl final : public ImagingEngine {
   void SaveFile() override;
 
   std::int32_t ImagError() const override { return imagError_; }
+  std::wstring damage() const override { return damage_; }
   void Refresh() override {}
   void Picture(ImagePicture* picture) override;
 
@@ -81,6 +82,7 @@ class ImagingControl final : public ImagingEngine {
   std::optional<LoadedPage> page_;
   double skew_ = 0;  ///< degrees, from DeskewFirstStep to DeskewSecondStep
   std::int32_t imagError_ = kNoImagError;
+  std::wstring damage_;
   TiffFile tiffFile_;
   PdfFile pdfFile_;
 };

@@ -60,6 +60,9 @@ class ImagingEngine {
 
   /// The last error of the instance; 0 means none.
   virtual std::int32_t ImagError() const = 0;
+  /// Why the image data of the page that was loaded last is damaged; empty as long as no damage was
+  /// met. A clear keeps it, so that it can still be told then.
+  virtual std::wstring damage() const { return {}; }
   /// Repaints the control; no effect on data.
   virtual void Refresh() = 0;
   /// Drops the picture when nullptr is written, and with it what is loaded.

@@ -2,6 +2,7 @@
 // the output folder changes, and once the cause is gone the next run finishes.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 
 #include "batchdb/mdlDataBase.h"
@@ -10,6 +11,7 @@
 #include "export/RunOutPutBatch.h"
 #include "settings/NamingPattern.h"
 #include "support/AsOrdinaryUser.h"
+#include "trust/faults.h"
 
 namespace orvane::test {
 namespace {
@@ -31,7 +33,10 @@ class Night : public testing::Test {
     host.lines.clear();
     host.window.boxes.clear();
     host.whenLineAdded = [&](const std::string& line) {
-      if (line.find("失败") != line.npos) host.setIsStopRequested(true);
+      if (line.find("失败") != line.npos) {
+        host.setIsStopRequested(true);
+        if (whenFailed) std::exchange(whenFailed, {})();
+      }
       if (event && line == "D1 导出成功！" && !std::exchange(happened, true)) event();
     };
     RunOutPutBatch(host);
@@ -48,6 +53,7 @@ class Night : public testing::Test {
 
   ExportStation station;
   JournalHost host;
+  std::function<void()> whenFailed;  // once
 };
 
 TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
@@ -60,6 +66,9 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
     fs::remove_all(path);
     fs::rename(path.string() + ".aside", path);
   };
+  std::string damagedPage = outputOf(
+      "convert -size 40x30 gradient: -ordered-dither o8x8 -monochrome -compress group4 tif:-");
+  damagedPage.replace(8, 20, 20, '\0');  // the first rows
   const std::string batchFailed = "成果输出失败！", updateFailed = "档案导出数字化成果失败！";
   const struct {
     const char* what;
@@ -82,6 +91,13 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
       {"the page list may not be read", [&] { fs::permissions(docDat(), fs::perms{0}); },
        [&] { fs::permissions(docDat(), fs::perms{0644}); }, "Doc.dat: Permission denied",
        batchFailed},
+      {"the disk is full", [&] { armFaults(out().c_str(), kWrite, Fault::FailOnward, 1); },
+       [] { disarmFaults(); }, "D2001.tif: No space left on device", batchFailed},
+      {"the disk does not keep what was written",
+       [&] { armFaults(out().c_str(), kSync, Fault::Fail, 1); }, [] { disarmFaults(); },
+       "B1: Input/output error", batchFailed},
+      {"a page is damaged", [&] { aside(source()), writeBytes(source(), damagedPage); },
+       [&] { back(source()); }, "SaveAsDocument-" + toUtf8(pathText(source())) + ": ", batchFailed},
       {"a page is a folder", [&] { aside(source()), fs::create_directory(source()); },
        [&] { back(source()); }, "P.tif: Is a directory", batchFailed},
       {"a page is a link to nothing",
@@ -92,6 +108,14 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
        "P.tif: Too many levels of symbolic links", batchFailed},
       {"a page is a pipe", [&] { aside(source()), mkfifo(source().c_str(), 0666); },
        [&] { back(source()); }, "P.tif: Invalid argument", batchFailed},
+      {"the database is locked until the failure is told",
+       [&] {
+         sqlite3* other = nullptr;
+         sqlite3_open(database.c_str(), &other);
+         ASSERT_EQ(sqlite3_exec(other, "begin immediate", nullptr, nullptr, nullptr), SQLITE_OK);
+         whenFailed = [other] { sqlite3_close(other); };
+       },
+       [] {}, "UpdateBatchInfo :database is locked", batchFailed},
       {"the database is removed", [&] { aside(database); }, [&] { back(database); }, updateFailed,
        ""},
       {"the database is replaced by its copy",

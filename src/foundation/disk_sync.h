@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+namespace orvane {
+
+/// Returns once everything that was written to the disk of `folder` lies on it, so that a power cut
+/// takes nothing of it away. Throws Failure when something could not be written; a folder that is
+/// not there has nothing to write.
+void syncDiskOf(const std::wstring& folder);
+
+}  // namespace orvane
