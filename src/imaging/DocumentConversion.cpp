@@ -49,50 +49,42 @@ std::wstring pageNumber(int page) {
   return digits.size() < 3 ? std::wstring(3 - digits.size(), L'0') + digits : digits;
 }
 
-void logConversionFailure(const std::exception& failure, const std::wstring& note,
-                          const std::wstring& source) {
-  mdlFolderAndFile::LogWrite(L"转换PDF出错! Error-" + description(failure) + note + L"   0",
-                             source);
-}
-
 }  // namespace
 
 bool DocumentConversion::ChangeToDocPDF(const std::wstring& sImageFilePath,
                                         const std::wstring& sChangedPDFFilePath,
                                         const std::wstring& /*sBatchErrorLogPath*/,
                                         std::int16_t SaveFileType, std::int16_t CompressionType) {
-  std::wstring note;
-  try {
-    const BusyPointer busy;
-    note = L"要转PDF的文件=" + sImageFilePath;
+  std::wstring note = L"要转PDF的文件=" + sImageFilePath;
+  return convert(sImageFilePath, note, L"ChangeToPDF", [&] {
     mdlFolderAndFile::FileDelete(sChangedPDFFilePath);
     note += L" sChangedPDFFilePath=" + sChangedPDFFilePath;
-    const bool converted =
-        SaveAsDocument(sImageFilePath, SaveFileType, CompressionType, sChangedPDFFilePath);
-    if (!converted) tellFailure(sImageFilePath);
-    return converted;
-  } catch (const std::exception& failure) {
-    logConversionFailure(failure, note, L"ChangeToPDF");
-    return false;
-  }
+    return SaveAsDocument(sImageFilePath, SaveFileType, CompressionType, sChangedPDFFilePath);
+  });
 }
 
 bool DocumentConversion::ChangeToPagePDF(const std::wstring& sImageFilePath,
                                          const std::wstring& sChangedPDFRootPath,
                                          const std::wstring& /*sBatchErrorLogPath*/,
                                          std::int16_t SaveFileType, std::int16_t CompressionType) {
-  std::wstring note;
-  try {
-    const BusyPointer busy;
-    note = L"要转PDF的文件=" + sImageFilePath;
+  std::wstring note = L"要转PDF的文件=" + sImageFilePath;
+  return convert(sImageFilePath, note, L"ChangeToPagePDF", [&] {
     mdlFolderAndFile::FileDelete(sChangedPDFRootPath);
     note = L" sChangedPDFFilePath=" + sChangedPDFRootPath;
-    const bool converted =
-        SaveAsPage(sImageFilePath, SaveFileType, CompressionType, sChangedPDFRootPath);
+    return SaveAsPage(sImageFilePath, SaveFileType, CompressionType, sChangedPDFRootPath);
+  });
+}
+
+bool DocumentConversion::convert(const std::wstring& sImageFilePath, const std::wstring& note,
+                                 const std::wstring& source, const std::function<bool()>& save) {
+  try {
+    const BusyPointer busy;
+    const bool converted = save();
     if (!converted) tellFailure(sImageFilePath);
     return converted;
   } catch (const std::exception& failure) {
-    logConversionFailure(failure, note, L"ChangeToPagePDF");
+    mdlFolderAndFile::LogWrite(L"转换PDF出错! Error-" + description(failure) + note + L"   0",
+                               source);
     return false;
   }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "foundation/ProgressList.h"
@@ -50,6 +51,9 @@ class DocumentConversion {
                       bool bCompression = false, bool bSaveMultiPage = false);
 
  private:
+  /// A failure of `save` is logged under `source`, with the note as it stands then.
+  bool convert(const std::wstring& sImageFilePath, const std::wstring& note,
+               const std::wstring& source, const std::function<bool()>& save);
   void tellFailure(const std::wstring& sImageFilePath);
   void savePage(const std::wstring& PageFilePath, int page, std::int16_t SaveFileType,
                 std::int16_t CompressionType, const std::wstring& target);

@@ -14,9 +14,10 @@
 namespace orvane {
 namespace {
 
-constexpr double kLargestSkew = 7.0;  // degrees
-constexpr double kCoarseStep = 0.1;   // narrower than the peak of a rule across the whole page
+constexpr double kCoarseStep = 0.1;  // degrees; narrower than the peak of a rule across the whole page
+constexpr int kCoarseSteps = 70;      // to the largest skew, 7 degrees
 constexpr double kFineStep = 0.01;
+constexpr int kFineSteps = 15;          // one coarse step and a half
 constexpr double kSmallestSkew = 0.03;  // a pixel and a half over the width of A4 at 300 dpi
 constexpr double kClearPeak = 2.0;  // chance reaches 1.3 times the median, lines of text over 2.3
 constexpr std::size_t kFewestStrips = 16;  // less ink than this is dust
@@ -94,26 +95,26 @@ struct Peak {
 
 std::optional<Peak> coarsePeak(const InkStrips& strips) {
   if (strips.stripsWithInk() < kFewestStrips) return std::nullopt;
-  constexpr int kSteps = static_cast<int>(kLargestSkew / kCoarseStep + 0.5);
   std::vector<double> contrasts;
-  for (int i = -kSteps; i <= kSteps; ++i) contrasts.push_back(strips.contrast(i * kCoarseStep));
+  for (int i = -kCoarseSteps; i <= kCoarseSteps; ++i) {
+    contrasts.push_back(strips.contrast(i * kCoarseStep));
+  }
 
   const auto highest = std::max_element(contrasts.begin(), contrasts.end());
-  const auto index = static_cast<int>(highest - contrasts.begin()) - kSteps;
+  const auto index = static_cast<int>(highest - contrasts.begin()) - kCoarseSteps;
   const double height = *highest;
-  const auto middle = contrasts.begin() + kSteps;
+  const auto middle = contrasts.begin() + kCoarseSteps;
   std::nth_element(contrasts.begin(), middle, contrasts.end());
-  if (std::abs(index) == kSteps || height < kClearPeak * *middle) return std::nullopt;
+  if (std::abs(index) == kCoarseSteps || height < kClearPeak * *middle) return std::nullopt;
   return Peak{index * kCoarseStep, height / *middle};
 }
 
 // The centre of gravity of the upper half of the peak near `degrees`. A second look, centred on
 // what the first one found, sees as much of one slope of the peak as of the other.
 double finePeak(const InkStrips& strips, double degrees) {
-  constexpr int kSteps = static_cast<int>(1.5 * kCoarseStep / kFineStep + 0.5);
   for (int look = 0; look < 2; ++look) {
     std::vector<double> contrasts;
-    for (int i = -kSteps; i <= kSteps; ++i) {
+    for (int i = -kFineSteps; i <= kFineSteps; ++i) {
       contrasts.push_back(strips.contrast(degrees + i * kFineStep));
     }
     const auto [lowest, highest] = std::minmax_element(contrasts.begin(), contrasts.end());
@@ -121,8 +122,9 @@ double finePeak(const InkStrips& strips, double degrees) {
 
     double weights = 0.0;
     double moment = 0.0;
-    for (int i = -kSteps; i <= kSteps; ++i) {
-      const double above = std::max(0.0, contrasts[static_cast<std::size_t>(i + kSteps)] - half);
+    for (int i = -kFineSteps; i <= kFineSteps; ++i) {
+      const double above =
+          std::max(0.0, contrasts[static_cast<std::size_t>(i + kFineSteps)] - half);
       weights += above;
       moment += above * i * kFineStep;
     }
