@@ -204,16 +204,5 @@ TEST_F(RunOutPutBatch, ADatabaseThatCannotBeOpenedEndsTheRunAfterThreePasses) {
   EXPECT_EQ(frmMain.window.boxes.size(), 3u * 2);
 }
 
-TEST_F(RunOutPutBatch, AStopFinishesTheBatchAndTheNextRunWorksOn) {
-  station.createTable({"B1", "B2"});
-  for (const char* name : {"B1/D1", "B1/D2", "B2/D1"}) station.addDocument(name, {"P"});
-  frmMain.whenYielding = [&] { frmMain.setIsStopRequested(true); };
-  EXPECT_EQ(run(), "档案：B1开始导出...|D1 导出成功！|D2 导出成功！|档案导出成果成功！| |");
-  EXPECT_EQ(station.stateOf("B2"), "完成扫描|");
-  frmMain.whenYielding = nullptr;
-  EXPECT_EQ(run(), "档案：B2开始导出...|D1 导出成功！|档案导出成果成功！| | 没有扫描完成的档案！|");
-  EXPECT_EQ(station.stateOf("B2"), "完成成果输出|");
-}
-
 }  // namespace
 }  // namespace orvane

@@ -1,13 +1,12 @@
 // The operations on files and folders, with their boxes, silences and results.
 
-#include <csignal>
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "support/AsOrdinaryUser.h"
+#include "support/FullDisk.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"
 
@@ -118,13 +117,7 @@ TEST_F(FileOperations, ACopyThatFailsLeavesWhatWasDone) {
 
 TEST_F(FileOperations, AFullDiskLeavesNoHalfCopy) {
   station.shell("head -c 2000000 /dev/zero > source.tif");
-  rlimit old{};
-  getrlimit(RLIMIT_FSIZE, &old);
-  const rlimit small{1'500'000, old.rlim_max};
-  signal(SIGXFSZ, SIG_IGN);
-  setrlimit(RLIMIT_FSIZE, &small);
-  EXPECT_FALSE(DialogFileCopy(at(L"source.tif"), at(L"target.tif")));
-  setrlimit(RLIMIT_FSIZE, &old);
+  EXPECT_FALSE((FullDisk(1'500'000), DialogFileCopy(at(L"source.tif"), at(L"target.tif"))));
   EXPECT_EQ(window.takeBoxes(),
             copyBox(L"target.tif: File too large", L"source.tif", L"target.tif"));
   EXPECT_EQ(station.shell("ls"), "source.tif\n");

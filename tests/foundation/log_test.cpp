@@ -33,24 +33,19 @@ TEST(Log, AnEntryIsTwoLinesInTheFileOfTheDay) {
   EXPECT_EQ(window.takeBoxes(), "");
 }
 
-TEST(Log, ANamedFileIsAppendedToAndTheLogFolderMadeAllTheSame) {
+TEST(Log, ANamedFileIsAppendedToAndABoxShownWhateverHappensToTheFile) {
   const TempStation station;
+  RecordingWindow window;
   station.write("own.txt", "kept\r\n");
   LogWrite(L"m", L"s", false, station.path(L"own.txt"));
-  LogWrite(L"m", L"s", false, station.path(L"no-folder\\own.txt"));
+  LogWrite(L"m", L"s", true, station.path(L"no-folder\\own.txt"));
   EXPECT_TRUE(station.read("own.txt").starts_with("kept\r\n2"));
   EXPECT_EQ(station.shell("ls . Log"), ".:\nLog\nown.txt\n\nLog:\n");
-}
-
-TEST(Log, TheBoxIsShownWhateverHappenedToTheFile) {
-  const TempStation station;
-  station.write("Log", "a file where the folder should be");
-  RecordingWindow window;
+  station.shell("rmdir Log; touch Log");
   LogWrite(L"message", L"source", true);
   setProgramFolder(std::wstring(L"\0", 1));  // no path of any platform
   LogWrite(L"again", L"source", true);
-  EXPECT_EQ(window.takeBoxes(), "message | source | !\nagain | source | !\n");
-  EXPECT_EQ(station.read("Log"), "a file where the folder should be");
+  EXPECT_EQ(window.takeBoxes(), "m | s | !\nmessage | source | !\nagain | source | !\n");
 }
 
 TEST(Log, EntriesOfTwoProgramsDoNotMix) {

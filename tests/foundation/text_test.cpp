@@ -29,9 +29,7 @@ TEST(AnsiText, KeepsReadingBehindWhatIsNoCharacter) {
   const std::pair<std::string, std::wstring> cases[] = {
       {"\201\177A", L"\uFFFD\177A"},  // no second byte of a pair
       {"\377A", L"\uFFFDA"},          // no lead byte
-      {"\201$B", L"\uFFFD$B"},        // the terminator behind a torn pair stays one
       {"\xAA\241A", L"\uFFFDA"},      // the form of a pair, but no character: one mark
-      {"A\xC9", L"A\uFFFD"},          // cut off in the middle
       {"\xC9\xA8\x80", L"扫€"},       // the one single byte above 0x7F
       {std::string("a\0b", 3), std::wstring(L"a\0b", 3)}};
   for (const auto& [bytes, text] : cases) EXPECT_EQ(fromAnsi(bytes), text);

@@ -57,7 +57,6 @@ TEST_F(Ini, ChangesOneLineAndLeavesEveryOtherByteAlone) {
     std::string after;
   } cases[] = {
       {"", L"S", L"k", L"", "[S]\r\nk=\r\n"},
-      {"[S]\nk=1\n", L"S", L"k", L"2", "[S]\nk=2\n"},
       {"[s]\r\n  K =  1  \n; c \r\n", L"S", L"k", L"新", "[s]\r\n  K =\xD0\xC2\n; c \r\n"},
       {"[S]\r\na=1\r\n\r\n\r\n[T]\r\n", L"S", L"k", L"v", "[S]\r\na=1\r\nk=v\r\n\r\n\r\n[T]\r\n"},
       {"[S]\n; only a comment", L"S", L"k", L"v", "[S]\n; only a comment\nk=v\n"},
