@@ -113,10 +113,10 @@ class DamagedPages : public testing::Test {
   }
 
   // A hang ends the process; the page then still lies in its folder under /tmp.
-  bool exportPage(const std::string& bytes, const Form& form) {
+  bool exportPage(const std::string& bytes, const Form& form, std::int16_t page) {
     writeBytes(station.native("page.tif"), bytes);
     alarm(kLongestSeconds);
-    const bool done = form.save(control, station.path(L"page.tif"), 1,
+    const bool done = form.save(control, station.path(L"page.tif"), page,
                                 pathText(station.native(form.name)), form.compress, 0, false);
     alarm(0);
     return done;
@@ -128,14 +128,32 @@ class DamagedPages : public testing::Test {
     EXPECT_EQ(judged.exitCode, 0) << judged.output << " " << form.name;
   }
 
+  // Page number `page`, the last one of a good file, in every form; then cuts and changes of it.
+  void damage(const std::string& whole, std::int16_t page = 1) {
+    for (const Form& form : kForms) {
+      ASSERT_TRUE(exportPage(whole, form, page)) << form.name;
+      expectValid(form);
+    }
+    for (int i = 0; i < kCuts; ++i) {
+      const std::size_t length = whole.size() * static_cast<std::size_t>(i) / kCuts;
+      EXPECT_FALSE(exportPage(whole.substr(0, length), kForms[i % kForms.size()], page)) << length;
+    }
+    for (int i = 0; i < kChanges; ++i) {
+      std::string damaged = whole;
+      damaged[random() % damaged.size()] = static_cast<char>(random());
+      const Form& form = kForms[static_cast<std::size_t>(i) % kForms.size()];
+      if (exportPage(damaged, form, page) && ++exported % 100 == 0) expectValid(form);
+    }
+  }
+
   rlimit before{};
   TempStation station;
   ImagingControl control;
+  std::mt19937 random{20240601};
+  int exported = 0;
 };
 
 TEST_F(DamagedPages, NeitherCrashNorHangNorGrowAndACutOneAlwaysFails) {
-  std::mt19937 random(20240601);
-  int exported = 0;
   for (const Source& source : kSources) {
     TiffKind kind;
     kind.bits = source.bits;
@@ -144,27 +162,27 @@ TEST_F(DamagedPages, NeitherCrashNorHangNorGrowAndACutOneAlwaysFails) {
     if (source.samples == 4 && source.photometric == PHOTOMETRIC_RGB) kind.extras = {2};
     for (const char* storage : source.storages) {
       if (storage == nullptr) break;
-      SCOPED_TRACE(std::to_string(kind.bits) + " bits, " + storage);
-      writeTiff(station.native("base.tif"), kind);
-      outputOf("cd " + quoted(station.native()) + " && tiffcp -c " + storage +
-               " base.tif whole.tif");
-      const std::string whole = directoryFirst(readBytes(station.native("whole.tif")));
-      for (const Form& form : kForms) {
-        ASSERT_TRUE(exportPage(whole, form)) << form.name;
-        expectValid(form);
-      }
-      for (int i = 0; i < kCuts; ++i) {
-        const std::size_t length = whole.size() * static_cast<std::size_t>(i) / kCuts;
-        EXPECT_FALSE(exportPage(whole.substr(0, length), kForms[i % kForms.size()])) << length;
-      }
-      for (int i = 0; i < kChanges; ++i) {
-        std::string damaged = whole;
-        damaged[random() % damaged.size()] = static_cast<char>(random());
-        const Form& form = kForms[static_cast<std::size_t>(i) % kForms.size()];
-        if (exportPage(damaged, form) && ++exported % 50 == 0) expectValid(form);
+      for (const std::int16_t pages : storage == source.storages[1]
+                                          ? std::vector<std::int16_t>{1, 3}
+                                          : std::vector<std::int16_t>{1}) {
+        SCOPED_TRACE(std::to_string(kind.bits) + " bits, " + storage);
+        writeTiff(station.native("base.tif"), kind, pages);
+        outputOf("cd " + quoted(station.native()) + " && tiffcp -c " + storage +
+                 " base.tif whole.tif");
+        const std::string whole = readBytes(station.native("whole.tif"));
+        damage(pages == 1 ? directoryFirst(whole) : whole, pages);
       }
     }
   }
+  SCOPED_TRACE("old-style JPEG");
+  const std::string jpeg = outputOf("convert -size 64x48 gradient:red-blue -quality 90 jpg:-");
+  damage(rawGrayPage(64, 48, jpeg,
+                     {{259, 3, 1, 6},
+                      {262, 3, 1, 6},
+                      {277, 3, 1, 3},
+                      {513, 4, 1, 0},
+                      {514, 4, 1, 0},
+                      {530, 3, 2, 0x10001}}));
   EXPECT_GT(exported, 0);
 }
 
