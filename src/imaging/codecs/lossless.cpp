@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "foundation/WindowServices.h"
 #include "imaging/codecs/LzwEncoder.h"
 #include "imaging/codecs/encoded_form.h"
 #include "imaging/codecs/sample_rows.h"
@@ -52,6 +53,7 @@ EncodedImage encodeLzw(const Raster& raster, SampleOrder order) {
       inStrips(raster, Compression::Lzw, [&](std::uint32_t top, std::uint32_t rows) {
         samples.resize(rows * raster.rowBytes());
         prepareRows(raster, top, rows, order, samples.data());
+        windowServices().yield();  // a colour page takes a fifth of a second
         return encoder.encode(samples);
       });
   image.horizontalPredictor = predictor;
