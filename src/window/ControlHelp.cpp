@@ -80,10 +80,12 @@ QString keyName(Qt::Key key) {
   return QKeySequence(Qt::ALT | key).toString(QKeySequence::PortableText);
 }
 
-// A control that is disabled or hidden has its key disabled too.
-void addKey(QWidget& target, Qt::Key key) {
-  auto* shortcut = new QShortcut(Qt::ALT | key, &target);
+// The key belongs to the window, because that of a disabled control would be typed into the text
+// box that has the focus.
+void addKey(QWidget& window, QWidget& target, Qt::Key key) {
+  auto* shortcut = new QShortcut(Qt::ALT | key, &window);
   QObject::connect(shortcut, &QShortcut::activated, &target, [&target] {
+    if (!target.isEnabled()) return;
     target.setFocus(Qt::ShortcutFocusReason);
     if (auto* button = qobject_cast<QAbstractButton*>(&target)) button->click();
   });
@@ -99,7 +101,7 @@ void addControlHelp(QWidget& window) {
     target.setToolTip(text.isEmpty() ? keyLine : text + u'\n' + keyLine);
     QWidget* const named = target.focusProxy() != nullptr ? target.focusProxy() : &target;
     named->setAccessibleName(QString::fromUtf8(row.accessibleName));
-    addKey(target, row.key);
+    addKey(window, target, row.key);
     // Enter presses the button that has the focus, as the space bar does.
     if (auto* button = qobject_cast<QPushButton*>(&target)) button->setAutoDefault(true);
   }

@@ -70,8 +70,11 @@ TEST_F(Help, EnterStartsARunAndEscapeDoesNothing) {
   EXPECT_TRUE(window.isVisible());
 
   find("Frame1").setEnabled(false);  // as in a run: its keys are as dead as its buttons
-  press(find("optSaveFileType_2"));
+  QLineEdit& text = find<QLineEdit>("txtSp1");
+  text.setFocus();
+  QTest::keyClick(&text, Qt::Key_P, Qt::AltModifier);  // of PDF
   EXPECT_EQ(window.settings().SaveFileType, 0);
+  EXPECT_EQ(text.text().toStdString(), "-");
 }
 
 TEST_F(Help, TheNamingListTellsWhereThePageWillGo) {
