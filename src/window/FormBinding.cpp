@@ -1,5 +1,6 @@
 #include "window/FormBinding.h"
 
+#include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
@@ -36,12 +37,14 @@ void forEachOption(const QWidget& window, const auto& visit) {
   }
 }
 
-// Only a button outside an exclusive group lets itself be cleared.
-void setOption(QRadioButton& button, bool on) {
+// An exclusive group does not let its button be cleared. Tab stops at the selected button of a
+// group, and the arrow keys go on from there.
+void setOption(QRadioButton& button, bool on, bool isTabStop) {
   const QSignalBlocker blocker(button);
-  button.setAutoExclusive(false);
+  button.group()->setExclusive(false);
   button.setChecked(on);
-  button.setAutoExclusive(true);
+  button.group()->setExclusive(true);
+  button.setFocusPolicy(isTabStop ? Qt::StrongFocus : Qt::ClickFocus);
 }
 
 }  // namespace
@@ -51,8 +54,12 @@ FormBinding::FormBinding(QWidget& window, ExportForm& form) : window_(window), f
   connectTexts();
 }
 
+// Without groups of their own, the buttons of a frame and of the frame inside it are one to Qt.
 void FormBinding::connectOptions() {
-  forEachOption(window_, [this](OptionGroup group, int i, QRadioButton& button) {
+  QButtonGroup* buttons = nullptr;
+  forEachOption(window_, [&](OptionGroup group, int i, QRadioButton& button) {
+    if (i == 0) buttons = new QButtonGroup(&window_);
+    buttons->addButton(&button);
     QObject::connect(&button, &QRadioButton::clicked, &window_, [this, group, i] {
       form_.clickButton(group, i);
       show();
@@ -89,7 +96,8 @@ void FormBinding::show() {
 
 void FormBinding::showOptions() {
   forEachOption(window_, [this](OptionGroup group, int i, QRadioButton& button) {
-    setOption(button, form_.selectedButton(group) == i);
+    const int selected = form_.selectedButton(group);
+    setOption(button, selected == i, selected == i || selected < 0);
   });
   for (const auto& [box, name] : kCheckBoxes) {
     control<QCheckBox>(window_, name).setChecked(form_.isChecked(box));

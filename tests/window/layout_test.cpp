@@ -2,6 +2,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTest>
 
 #include "Station.h"
 #include "window/OptionFrame.h"
@@ -106,21 +107,35 @@ TEST_F(Layout, TheNumberOfDigitsLiesInTheGapOfItsLabel) {
   EXPECT_GE(label.x() + metrics.horizontalAdvance(label.text().left(behind)), box.right());
 }
 
-TEST_F(Layout, TabGoesThroughTheControlsInTheirOrder) {
+TEST_F(Layout, TabGoesThroughTheControlsInTheirOrderAndStopsOnceInAGroup) {
   const std::string order =
       "listProcessLog optSaveFileType_2 optSaveFileType_1 optSaveFileType_0 optMutiPage_0 "
       "optMutiPage_1 optCompressionType_1 optCompressionType_0 optCompressionRatios_2 "
       "optCompressionRatios_1 optCompressionRatios_0 txtSp1 txtSp2 cboRenameType txtLiuShui "
       "chkCreateBatchFolder chkCreateDocFolder txtSavePath cmdSelectPath btnRun btnStop btnExit ";
-  std::string found;
+  std::string chain;
   QWidget* const first = &find("listProcessLog");
   QWidget* control = first;
   do {
     const std::string name = control->objectName().toStdString() + " ";
-    if (name != " " && order.find(name) != order.npos) found += name;
+    if (name != " " && order.find(name) != order.npos) chain += name;
     control = control->nextInFocusChain();
   } while (control != first);
-  EXPECT_EQ(found, order);
+  EXPECT_EQ(chain, order);
+
+  window.show();
+  window.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  find("btnExit").setFocus();
+  std::string stops;
+  do {
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    stops += QApplication::focusWidget()->objectName().toStdString() + " ";
+  } while (QApplication::focusWidget() != &find("btnExit") && stops.size() < 1000);
+  EXPECT_EQ(stops,
+            " optSaveFileType_0 optMutiPage_0 optCompressionType_0 optCompressionRatios_0 txtSp1 "
+            "txtSp2 cboRenameType txtLiuShui chkCreateBatchFolder chkCreateDocFolder txtSavePath "
+            "cmdSelectPath btnRun btnExit ");
 }
 
 TEST_F(Layout, TheListFollowsTheWindowAndRefusesNegativeMeasures) {
