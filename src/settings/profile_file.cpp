@@ -126,7 +126,11 @@ std::string withProfileValue(std::string_view content, std::string_view section,
   const std::string_view lineEnd = lineEndOf(content);
   const std::size_t position = place.sectionEnd.value_or(content.size());
   std::string lines;
-  if (position > 0 && content[position - 1] != '\n') lines.append(lineEnd);
+  if (content.substr(0, position).ends_with('\r')) {  // half a line end, at the end of the file
+    lines.append("\n");
+  } else if (position > 0 && content[position - 1] != '\n') {
+    lines.append(lineEnd);
+  }
   if (!place.sectionEnd) lines.append("[").append(section).append("]").append(lineEnd);
   lines.append(key).append("=").append(value).append(lineEnd);
   return result.insert(position, lines);
