@@ -15,13 +15,13 @@ std::string windowOf(const std::string& title) {
 
 }  // namespace
 
-Operator::Operator(const ExportStation& station)
-    : program_(quoted(station.native("orvane-export"))) {
+Operator::Operator(const ExportStation& station, const std::string& environment)
+    : program_("env " + environment + " " + quoted(station.native("orvane-export"))) {
   waitFor("the window", [&] {
     window_ = windowOf("^Orvane成果导出$");
     return !window_.empty() || program_.exitCode();
   });
-  if (window_.empty()) throw std::runtime_error("the program ended without a window");
+  if (window_.empty()) throw NoWindow{*program_.exitCode()};
 }
 
 void Operator::click(int x, int y) const {

@@ -8,11 +8,17 @@
 
 namespace orvane::test {
 
+/// The program ended without a window.
+struct NoWindow {
+  int exitCode;
+};
+
 /// The program as an operator has it: started in a station, seen and used through its window alone.
 class Operator {
  public:
-  /// Starts the program of the station and waits for its window.
-  explicit Operator(const ExportStation& station);
+  /// Starts the program of the station, in an environment with some "NAME=value" more, and waits
+  /// for its window. Throws NoWindow.
+  explicit Operator(const ExportStation& station, const std::string& environment = {});
 
   void pressRun() const { click(64, 608); }
   void pressStop() const { click(184, 608); }

@@ -159,19 +159,6 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
   EXPECT_EQ(readBytes(station.native("beside/keep")), "kept");
 }
 
-TEST_F(Night, ADatabaseThatMayNotBeWrittenIsRefusedAndOpenedAgainWhenItMay) {
-  station.createTable({"B1"});
-  station.addDocument("B1/D1", {"P"});
-  runCommand("chown -R 65534 " + quoted(station.native()));
-  fs::permissions(station.native("Orvane.dll"), fs::perms{0444});
-  const AsOrdinaryUser user;
-  host.whenYielding = [&] { fs::permissions(station.native("Orvane.dll"), fs::perms{0644}); };
-  run();
-  EXPECT_EQ(station.stateOf("B1"), "完成成果输出|");
-  EXPECT_NE(told().find("OpenConnection Err:attempt to write a readonly database"),
-            std::string::npos);
-}
-
 TEST_F(Night, NoNameLeadsOutOfTheOutputFolderOrIntoTheWrongRow) {
   const struct {
     std::wstring name;

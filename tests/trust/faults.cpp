@@ -227,18 +227,10 @@ ON_DESCRIPTOR(kResize, ftruncate, (int descriptor, off_t size) noexcept, descrip
 ON_PATH(kRename, rename, (const char* path, const char* to), path, to)
 ON_PATH(kFolder, mkdir, (const char* path, mode_t mode), path, mode)
 ON_PATH(kRemove, unlink, (const char* path), path)
-ON_PATH(kRemove, rmdir, (const char* path), path)
-ON_PATH(kRemove, remove, (const char* path), path)
 
 int unlinkat(int folder, const char* path, int flags) noexcept {
   NEXT(unlinkat);
   return isBelow(folder, path) && strikes(kRemove) ? failed(EIO) : call(folder, path, flags);
-}
-
-int renameat2(int from, const char* path, int to, const char* name, unsigned flags) noexcept {
-  NEXT(renameat2);
-  return isBelow(from, path) && strikes(kRename) ? failed(ENOSPC)
-                                                 : call(from, path, to, name, flags);
 }
 
 ALSO(open64, open)

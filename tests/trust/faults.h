@@ -1,20 +1,20 @@
 #pragma once
 
-/// System calls that fail, or end the process, when a test says so. The library stands in front of
-/// the C library, linked to a test or preloaded into a program. Only files below one folder are
-/// watched, and allocations of 64 KiB and more.
+/// System calls of an export that fail, or end the process, when a test says so. The library stands
+/// in front of the C library, linked to a test or preloaded into a program. Only files below one
+/// folder are watched, and allocations of 64 KiB and more.
 namespace orvane::test {
 
 enum CallKind : unsigned {
   kWrite = 1,     ///< write, pwrite, pwritev
   kOpen = 2,      ///< open, openat, opendir
-  kRename = 4,    ///< rename, renameat2
+  kRename = 4,    ///< rename
   kSync = 8,      ///< fsync, fdatasync, syncfs
   kClose = 16,    ///< close of a file that was opened for writing
   kResize = 32,   ///< ftruncate
   kMemory = 64,   ///< malloc, calloc, realloc
   kFolder = 128,  ///< mkdir
-  kRemove = 256,  ///< unlink, unlinkat, rmdir, remove
+  kRemove = 256,  ///< unlink, unlinkat
   kAll = 511,
   kAllButMemory = kAll - kMemory,
 };

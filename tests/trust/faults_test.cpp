@@ -77,8 +77,8 @@ INSTANTIATE_TEST_SUITE_P(Kinds, Faults,
                          testing::ValuesIn<Case>({
                              {"OneCall", kAll, Fault::Fail, 1, 0, 1},
                              {"FullDisk", kWrite, Fault::FailOnward, 3, 0, 1},
-                             {"DiskThatIsGone", kAllButMemory, Fault::FailOnward, 5, 0, 2},
-                             {"WritesInParts", kWrite, Fault::Short, 1, 0, 0},
+                             {"DiskThatIsGone", kAllButMemory, Fault::FailOnward, 8, 0, 2},
+                             {"WritesInParts", kWrite, Fault::Short, 2, 0, 0},
                              {"Kill", kAllButMemory, Fault::Kill, 3, kKilled, kKilled},
                          }),
                          testing::PrintToStringParamName());

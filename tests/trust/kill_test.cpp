@@ -12,16 +12,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-
 class Kill : public testing::Test {
  protected:
   Kill() {
-    if (kSanitized) return;
     Screen::forAllTests();
     ExportSettings options;
     options.SavePath = station.outputText();
@@ -49,23 +42,15 @@ class Kill : public testing::Test {
   // One start, to the end of the program, with the kill in front of call number `at`. 0 kills
   // nothing and counts the calls.
   int runToBeKilled(long at) const {
-    setenv("CALLS_FILE", station.native("calls").c_str(), 1);
-    setenv("KILL_AT_CALL", std::to_string(at).c_str(), 1);
-    setenv("KILL_FOLDER", station.native().c_str(), 1);
-    setenv("LD_PRELOAD", FAULTS, 1);
-    std::unique_ptr<Operator> person;
-    std::string error;
     try {
-      person = std::make_unique<Operator>(station);
-    } catch (const std::exception& failure) {  // killed before its window was there
-      error = failure.what();
+      Operator person(station, "LD_PRELOAD=" FAULTS " KILL_AT_CALL=" + std::to_string(at) +
+                                   " KILL_FOLDER=" + quoted(station.native()) +
+                                   " CALLS_FILE=" + quoted(station.native("calls")));
+      person.pressRun();
+      return person.leave();
+    } catch (const NoWindow& end) {
+      return end.exitCode;
     }
-    for (const char* name : {"LD_PRELOAD", "KILL_FOLDER", "KILL_AT_CALL", "CALLS_FILE"}) {
-      unsetenv(name);
-    }
-    if (!person) return error == "the program ended without a window" ? 128 + SIGKILL : -1;
-    person->pressRun();
-    return person->leave();
   }
 
   // What a run has left, apart from the list.
@@ -80,7 +65,6 @@ class Kill : public testing::Test {
 
 // ORVANE_KILLS sets the number of moments; 100 take some minutes.
 TEST_F(Kill, ANewStartFinishesTheTableOfAProgramKilledAtAnyMoment) {
-  if (kSanitized) GTEST_SKIP() << "nothing can be loaded in front of the sanitizer";
   const char* const wanted = std::getenv("ORVANE_KILLS");
   const long kills = wanted != nullptr ? std::stol(wanted) : 10;
   const auto scans = station.scanTree();
