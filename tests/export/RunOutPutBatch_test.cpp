@@ -5,6 +5,7 @@
 
 #include "export/ExportStation.h"
 #include "export/JournalHost.h"
+#include "export/OutputNaming.h"
 #include "settings/NamingPattern.h"
 
 namespace orvane {
@@ -200,11 +201,33 @@ TEST_F(RunOutPutBatch, WhatStopsARunBeforeItBegins) {
 
 TEST_F(RunOutPutBatch, ADatabaseThatCannotBeOpenedEndsTheRunAfterThreePasses) {
   run();
-  const std::regex waitingForTheDisk("(yield\\|)+line 档案导出成果成功");
-  EXPECT_EQ(std::regex_replace(joined(frmMain.journal), waitingForTheDisk, "line 档案导出成果成功"),
+  EXPECT_EQ(joined(frmMain.journal),
             "btnRun off|buttons|yield|yield|yield|yield|yield|yield|yield|yield|yield|yield|yield|"
             "yield|btnRun on|buttons|");
   EXPECT_EQ(frmMain.window.boxes.size(), 3u * 2);
+}
+
+// The patterns and forms are judged where a window shows them and a run writes them.
+TEST(OutputNaming, FoldersAreJoinedPlainly) {
+  EXPECT_EQ(documentStem(L"页码 ", L"B1", L"v1.D", L"-", L"_"), L"") << "no pattern";
+  EXPECT_EQ(batchOutputFolder(L"D:\\Out\\", true, L"B1"), L"D:\\Out\\\\B1");
+  EXPECT_EQ(batchOutputFolder(L"D:\\Out", true, L"B1"), L"D:\\Out\\B1");
+}
+
+TEST(OutputNaming, PageNumbersAreFilledToTheWidthInFrontAndNeverCut) {
+  const std::pair<std::wstring, std::size_t> masks[] = {
+      {L"3", 3},   {L"0", 0},   {L"-2", 0},   {L"abc", 0},       {L"", 0},
+      {L"2.5", 2}, {L"3.5", 4}, {L"  4x", 4}, {L"32767", 32767}, {L"1e1", 10},
+      {L".6", 1},  {L"+2", 2},  {L"-0.5", 0}};
+  for (const auto& [text, width] : masks) {
+    EXPECT_EQ(pageNumberMask(text), std::wstring(width, L'0')) << width;
+  }
+  for (const wchar_t* text : {L"32768", L"-32769", L"1e9", L"1e400"}) {
+    EXPECT_ANY_THROW(pageNumberMask(text));
+  }
+  EXPECT_EQ(pageNumberText(7, L""), L"7");
+  EXPECT_EQ(pageNumberText(7, L"000"), L"007");
+  EXPECT_EQ(pageNumberText(1000, L"000"), L"1000");
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <cstdint>
 
 #include "imaging/page/Raster.h"
+#include "imaging/page/conversion.h"
+#include "support/command.h"
 
 namespace orvane::test {
 
@@ -11,10 +13,6 @@ namespace orvane::test {
 enum class Drawing { Text, VerticalText, PhotoAndText, Photo, Dust };
 
 inline constexpr std::uint8_t kPaper = 225;
-
-/// A gray page drawn by ImageMagick, noise and all, that lies turned to the left by `skew` degrees.
-/// With `darkBed` the sheet is smaller than the scan, and black is around it.
-Raster drawnPage(Drawing drawing, double skew, bool darkBed = false);
 
 /// A square mark: its centre in pixels.
 struct Mark {
@@ -26,7 +24,67 @@ struct Mark {
 inline constexpr std::array<Mark, 4> kMarks{
     {{55.5, 438.5}, {564.5, 438.5}, {310.5, 55.5}, {310.5, 821.5}}};
 
+// Lines of letters: blocks of noise, with white between the lines.
+inline std::string text(int width, int height) {
+  const std::string columns = std::to_string(width), rows = std::to_string(height);
+  return " \\( -size " + std::to_string(width / 5) + "x" + std::to_string(height / 5) +
+         " xc: +noise Random -channel G -separate +channel -threshold 55% -scale " + columns + "x" +
+         rows + "! \\( -size " + columns + "x8 xc:black -size " + columns +
+         "x11 xc:white -append -write mpr:line +delete -size " + columns + "x" + rows +
+         " tile:mpr:line \\) -compose Lighten -composite";
+}
+
+inline std::string drawn(Drawing drawing) {
+  const std::string end = " \\) -compose Over -geometry ";
+  const std::string photo = " -fill black -draw 'rectangle 110,110 409,329'";
+  switch (drawing) {
+    case Drawing::Text:
+      return text(460, 705) + end + "+80+85 -composite";
+    case Drawing::VerticalText:
+      return text(705, 460) + " -rotate 90" + end + "+80+85 -composite";
+    case Drawing::PhotoAndText:
+      return text(460, 390) + end + "+80+400 -composite" + photo;
+    case Drawing::Photo:
+      return photo;
+    case Drawing::Dust:
+      return " +noise Random -channel G -separate +channel -threshold 99.98% -negate "
+             "-morphology Erode Square:1";
+  }
+  return {};
+}
+
+/// A gray page drawn by ImageMagick, noise and all, that lies turned to the left by `skew` degrees.
+/// With `darkBed` the sheet is smaller than the scan, and black is around it.
+inline Raster drawnPage(Drawing drawing, double skew, bool darkBed = false) {
+  const std::string gray =
+      outputOf("convert -seed 7 -size 620x877 xc:white" + drawn(drawing) +
+               " -fill black -draw 'rectangle 52,435 58,441 rectangle 561,435 567,441 "
+               "rectangle 307,52 313,58 rectangle 307,818 313,824'" +
+               (darkBed ? " -shave 30x30 -bordercolor black -border 30 -background black"
+                        : " -background white") +
+               " -virtual-pixel Background -distort SRT " + std::to_string(-skew) +
+               " +level-colors 'gray(41),gray(225)' -attenuate 0.1 +noise Uniform -depth 8 gray:-");
+  return {.width = 620,
+          .height = 877,
+          .bitsPerSample = 8,
+          .model = ColourModel::MinIsBlack,
+          .palette = {},
+          .pixels = Bytes(gray.begin(), gray.end())};
+}
+
 /// The centre of gravity of the dark pixels within 14 pixels of `place`.
-Mark markNear(const Raster& page, Mark place);
+inline Mark markNear(const Raster& page, Mark place) {
+  const Raster gray = toGrayOrRgb8(page);
+  double sum = 0;
+  Mark centre{0, 0};
+  for (std::uint32_t i = 0; i < 29 * 29; ++i) {
+    const std::uint32_t x = static_cast<std::uint32_t>(place.x) - 14 + i % 29;
+    const std::uint32_t y = static_cast<std::uint32_t>(place.y) - 14 + i / 29;
+    if (gray.row(y)[x * gray.samplesPerPixel] >= 128) continue;
+    sum += 1;
+    centre = {centre.x + x + 0.5, centre.y + y + 0.5};
+  }
+  return {centre.x / sum, centre.y / sum};
+}
 
 }  // namespace orvane::test
