@@ -39,7 +39,8 @@ void applyAppearance() {
   font.setPixelSize(kFontPixels);
   QApplication::setFont(font);
 
-  QCoreApplication::installTranslator(new ChineseTexts(QCoreApplication::instance()));
+  static ChineseTexts chineseTexts;
+  QCoreApplication::installTranslator(&chineseTexts);
   QApplication::setApplicationDisplayName(toQt(kApplicationTitle));
   QApplication::setWindowIcon(windowIcon());
 }

@@ -14,8 +14,8 @@
 namespace orvane {
 namespace {
 
-constexpr double kCoarseStep = 0.1;  // degrees; narrower than the peak of a rule across the whole page
-constexpr int kCoarseSteps = 70;      // to the largest skew, 7 degrees
+constexpr double kCoarseStep = 0.1;  // degrees; narrower than the peak of a rule across a page
+constexpr int kCoarseSteps = 70;     // to the largest skew, 7 degrees
 constexpr double kFineStep = 0.01;
 constexpr int kFineSteps = 15;          // one coarse step and a half
 constexpr double kSmallestSkew = 0.03;  // a pixel and a half over the width of A4 at 300 dpi
