@@ -1,19 +1,19 @@
 # Every target of the project is compiled under the same rules: warnings are errors.
-# (GCC 12 sees -Wrestrict in "literal" + std::string where there is none: its bug 105651.)
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
-                    -Wno-restrict -Werror)
-
-if(ORVANE_SANITIZE)
-  # GCC 12 takes what the sanitizers add to <regex> for a read of unset memory.
-  add_compile_options(-Wno-maybe-uninitialized -O1 -g1 -fno-omit-frame-pointer
-                      -fsanitize=address,undefined -fno-sanitize-recover=all)
-  add_link_options(-fsanitize=address,undefined)
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # GCC 12 sees -Wrestrict in "literal" + std::string where there is none: its bug 105651.
+  add_compile_options(-Wno-restrict)
 endif()
 
-if(ORVANE_FUZZ)  # clang warns of other things than the compiler of the project
-  add_compile_options(-Wno-error -O1 -g1 -fno-omit-frame-pointer -fno-sanitize-recover=all
+# With what the fuzzers need as well, so that they are linked from the same objects as the tests.
+if(ORVANE_SANITIZE)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    message(FATAL_ERROR "ORVANE_SANITIZE needs clang: cmake --preset asan")
+  endif()
+  add_compile_options(-O1 -g1 -fno-omit-frame-pointer -fno-sanitize-recover=all
                       -fsanitize=fuzzer-no-link,address,undefined)
   add_link_options(-fsanitize=address,undefined)
+  add_compile_definitions(__SANITIZE_ADDRESS__)  # as GCC says it
 endif()
 
 if(ORVANE_COVERAGE)
@@ -22,24 +22,69 @@ if(ORVANE_COVERAGE)
 endif()
 
 find_program(CCACHE ccache)
-if(CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+if(CCACHE)  # which serves objects of precompiled headers only if told that their macros do not matter
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+      ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
+endif()
+
+# Headers that are read once for all files of a kind. A file still includes what it uses: the preset
+# "debug" compiles without them (CMAKE_DISABLE_PRECOMPILE_HEADERS).
+if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # equal headers make equal files
+  set(pchOptions "SHELL:-Xclang -fno-pch-timestamp")
+else()
+  set(pchOptions -fpch-preprocess)
+endif()
+
+function(orvane_headers name)
+  cmake_parse_arguments(ARG "" "" "HEADERS;LINK;OPTIONS" ${ARGN})
+  set(source ${CMAKE_BINARY_DIR}/${name}.cpp)
+  file(CONFIGURE OUTPUT ${source} CONTENT "")
+  add_library(${name} OBJECT ${source})
+  target_link_libraries(${name} PRIVATE ${ARG_LINK})
+  target_compile_options(${name} PRIVATE ${pchOptions} ${ARG_OPTIONS})
+  target_precompile_headers(${name} PRIVATE ${ARG_HEADERS})
+endfunction()
+
+set(headers <algorithm> <array> <cstdint> <filesystem> <functional> <map> <memory> <optional>
+            <string> <string_view> <utility> <vector>)
+orvane_headers(src_headers HEADERS ${headers})
+# Tests are compiled more often than they run: without optimisation, in every preset.
+set(testOptions -O0 -fPIC)
+if(ORVANE_SANITIZE)  # where ./test builds all of them
+  orvane_headers(test_headers HEADERS ${headers} <sstream> <gmock/gmock.h> <gtest/gtest.h>
+                 LINK GTest::gmock OPTIONS ${testOptions})
 endif()
 
 # A library of one subsystem. Headers are included by their path below src/, as in
-# "foundation/path_text.h".
+# "foundation/path_text.h". One with Qt is compiled under other flags than the common headers.
 function(orvane_library name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(ARG "WITH_QT" "" "SOURCES;LINK" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_LINK})
+  if(NOT ARG_WITH_QT)
+    target_compile_options(${name} PRIVATE ${pchOptions})
+    target_precompile_headers(${name} REUSE_FROM src_headers)
+  endif()
 endfunction()
 
-# A GoogleTest program, registered with ctest as one test.
+# A GoogleTest program, registered with ctest as one test. ./test runs it under the sanitizers; one
+# marked IN_RELEASE, which tries the whole program or what the optimiser works hard on, runs in the
+# release build too.
 function(orvane_test name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(ARG "IN_RELEASE" "" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE ${ARG_LINK} GTest::gmock_main)
+  target_compile_options(${name} PRIVATE ${testOptions})
+  if(ORVANE_SANITIZE)
+    target_compile_options(${name} PRIVATE ${pchOptions})
+    target_precompile_headers(${name} REUSE_FROM test_headers)
+  endif()
   add_test(NAME ${name} COMMAND ${name})
+  if(ARG_IN_RELEASE)
+    add_dependencies(program-tests ${name})
+  elseif(NOT ORVANE_SANITIZE)
+    set_tests_properties(${name} PROPERTIES LABELS under-sanitizers)
+  endif()
 endfunction()

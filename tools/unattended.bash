@@ -86,7 +86,7 @@ windowIsThere() {
 # really has.
 clickAt() {
   local width=${windowWidth:-933}
-  xdotool mousemove --sync --window "$windowId" $(($1 * width / 933)) $(($2 * width / 933)) click 1
+  xdotool mousemove --window "$windowId" $(($1 * width / 933)) $(($2 * width / 933)) click 1
 }
 
 # 启动, and what follows until every waiting batch is exported and the run is over. The lines of the

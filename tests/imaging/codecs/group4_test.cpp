@@ -15,7 +15,7 @@ using ::testing::HasSubstr;
 // How many pages of each kind the corpus has; more for a long run.
 int pagesPerKind() {
   const char* pages = std::getenv("ORVANE_GROUP4_PAGES");
-  return pages != nullptr ? std::atoi(pages) : 60;
+  return pages != nullptr ? std::atoi(pages) : 30;
 }
 
 // Calls `visit` with each page of the corpus and a source of numbers for the rest of its test.

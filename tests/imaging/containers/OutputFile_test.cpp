@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include "imaging/Random.h"
 #include "imaging/containers/JpegFile.h"
 #include "imaging/containers/PdfFile.h"
 #include "imaging/containers/TiffFile.h"
@@ -105,24 +104,6 @@ TEST_F(OutputFileTest, TheCostOfAnAppendDoesNotGrow) {
     EXPECT_EQ(costs[1]["syscw:"], costs[0]["syscw:"]);
     EXPECT_LE(costs[1]["rchar:"], costs[0]["rchar:"] + 20) << "the look itself takes some";
     EXPECT_LE(costs[1]["wchar:"], costs[0]["wchar:"] + 500) << "30 more groups in a page tree";
-  }
-}
-
-TEST_F(OutputFileTest, DamagedFilesNeitherCrashNorGrow) {
-  const std::tuple<Writer, decltype(&TiffFile::deletePage), int> kinds[] = {
-      {appenders[0], TiffFile::deletePage, 3}, {appenders[1], PdfFile::deletePage, 102}};
-  Random random(4711);
-  for (const auto& [append, deletePage, pages] : kinds) {
-    writePages(append, pages);
-    const std::string good = bytes();
-    for (int i = 0; i < 300; ++i) {
-      const std::string before = damaged(good, random);
-      writeBytes(file, before);
-      const bool removed = failureOf([&, &remove = deletePage] { remove(path, 2); }).empty();
-      const std::string shorter = bytes();
-      EXPECT_TRUE(removed ? shorter.size() < before.size() : shorter == before);
-      EXPECT_TRUE(failureOf(append).empty() || bytes() == shorter);
-    }
   }
 }
 

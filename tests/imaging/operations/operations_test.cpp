@@ -195,7 +195,7 @@ void expectStraightened(const Raster& page) {
 }
 
 TEST(Skew, RemainsUnderATenthOfADegree) {
-  for (const double skew : {-5.0, -3.5, -2.0, -0.5, 0.0, 0.5, 1.5, 3.0, 4.5, 5.0}) {
+  for (const double skew : {-5.0, -2.0, 0.0, 0.5, 3.5, 5.0}) {
     SCOPED_TRACE(skew);
     const Raster gray = drawnPage(Drawing::Text, skew);
     expectStraightened(gray);
