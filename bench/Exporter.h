@@ -6,6 +6,7 @@
 
 #include "docstore/ScanTree.h"
 #include "export/SaveAsDocument.h"
+#include "foundation/kept_memory.h"
 #include "foundation/path_text.h"
 #include "imaging/ImagingControl.h"
 
@@ -21,8 +22,10 @@ struct ExportTask {
   std::int16_t compressionRatios = 0;  ///< 0, 1 or 2
 };
 
-/// One document export through the routine that the run calls, without a window.
+/// One document export through the routine that the run calls, without a window but with the
+/// program's way with memory.
 inline bool exportDocument(const ExportTask& task) {
+  keepFreedMemory();
   const std::filesystem::path document = std::filesystem::absolute(task.document);
   gBatchFolder = pathText(document.parent_path());
   ImagingControl ImgControl, ImgMerge, ImgPageCount;

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "export/RunOutPutBatch.h"
+#include "foundation/kept_memory.h"
 #include "foundation/program.h"
 #include "window/InstanceGuard.h"
 #include "window/QtWindowServices.h"
@@ -24,6 +25,8 @@ namespace {
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);  // a file-size limit is a failed write like a full disk
+
+  orvane::keepFreedMemory();
 
   const orvane::InstanceGuard guard(orvane::programFolder());
   if (guard.anotherRuns()) return EXIT_SUCCESS;

@@ -23,6 +23,8 @@ class ChangingElements {
 
   std::int32_t width() const { return width_; }
 
+  bool isBlank() const { return first()[0] == width_; }
+
   /// The first changing element; the others follow.
   std::int32_t* first() { return positions_.data() + kBefore; }
   const std::int32_t* first() const { return positions_.data() + kBefore; }

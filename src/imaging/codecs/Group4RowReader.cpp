@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 #include "imaging/codecs/group4_tables.h"
 
@@ -30,23 +31,32 @@ Lanes loadLanes(const std::int32_t* at) {
 // row behind a0 and of the colour opposite to it.
 class RowWalk {
  public:
-  RowWalk(const BitReader& bits, const ChangingElements& reference, ChangingElements& row)
-      : bits_(bits),
-        width_(row.width()),
-        b1_(reference.first()),
-        first_(row.first()),
-        a1_(first_) {}
+  RowWalk(const BitReader& bits, std::int32_t width) : bits_(bits), width_(width) {}
 
-  RowFault walk() {
+  RowFault readRow(const ChangingElements& reference, ChangingElements& row) {
+    b1_ = reference.first();
+    first_ = a1_ = row.first();
+    a0_ = -1;
+    complete_ = false;
     do {
       bits_.refill();
     } while (takeGroup());
+    row.finish(static_cast<std::size_t>(a1_ - first_));
     if (fault_ == RowFault::None && bits_.overran()) return RowFault::DataEnds;
     return fault_;
   }
 
+  // Behind a blank row each blank one is a single bit. Answers how many of them, up to `most`,
+  // follow at once.
+  std::uint32_t skipBlankRows(std::uint32_t most) {
+    bits_.refill();
+    const auto ones = static_cast<unsigned>(std::countl_one(bits_.bits()));
+    const unsigned rows = std::min({ones, bits_.ready() - 1, most});
+    bits_.skip(rows);
+    return rows;
+  }
+
   const BitReader& bits() const { return bits_; }
-  std::size_t changes() const { return static_cast<std::size_t>(a1_ - first_); }
 
  private:
   static_assert(kGroupBits + 2 * kRunBits <= 56, "one refill is enough for a group and two runs");
@@ -63,26 +73,27 @@ class RowWalk {
     const Lanes exception = (at >= loadLanes(b1_ + 1)) | (at < loadLanes(b1_ - 1)) | (at <= before);
     std::memcpy(a1_, &at, sizeof at);
     const auto inUse = (LanePairs)(exception & kLanesInUse[group.verticals]);
-    if ((inUse[0] | inUse[1]) != 0) return takeUpToException(group, exception);
+    if ((inUse[0] | inUse[1]) != 0) return takeUpToException(group, inUse);
     a1_ += group.verticals;
     b1_ += group.moves;
     // Without a pass code -1, in place of a branch that would be guessed wrongly too often.
     const std::int32_t passedTo = b1_[-1] | (static_cast<std::int32_t>(group.passes()) - 1);
     a0_ = std::max(std::max(a0_, a1_[-1]), passedTo);
     bits_.skip(group.length);
+    if (group.horizontal) [[unlikely]]
+      return takeHorizontal();
     if (a0_ == width_) return fail(RowFault::TooLong);
-    if (group.horizontal) return takeHorizontal();
     return group.length != 0 || fail(faultOfBadMode());
   }
 
-  [[gnu::always_inline]] bool takeUpToException(const CodeGroup& group, Lanes exception) {
-    unsigned plain = 0;
-    while (exception[plain] == 0) ++plain;
+  [[gnu::always_inline]] bool takeUpToException(const CodeGroup& group, LanePairs exception) {
+    const auto lanes = static_cast<std::uint64_t>(exception[0] != 0 ? exception[0] : exception[1]);
+    const int plain = (exception[0] != 0 ? 0 : 2) + std::countr_zero(lanes) / 32;
     a1_ += plain;
     b1_ += plain;
     a0_ = std::max(a0_, a1_[-1]);
-    bits_.skip(group.lengths[plain]);
-    return takeVertical(group.offsets[plain]);
+    bits_.skip(group.lengths[static_cast<std::size_t>(plain)]);
+    return takeVertical(group.offsets[static_cast<std::size_t>(plain)]);
   }
 
   [[gnu::always_inline]] bool takeVertical(std::int32_t offset) {
@@ -180,9 +191,9 @@ class RowWalk {
 
   BitReader bits_;
   const std::int32_t width_;
-  const std::int32_t* b1_;
-  std::int32_t* const first_;
-  std::int32_t* a1_;
+  const std::int32_t* b1_ = nullptr;
+  std::int32_t* first_ = nullptr;
+  std::int32_t* a1_ = nullptr;
   std::int32_t a0_ = -1;
   bool complete_ = false;
   RowFault fault_ = RowFault::None;
@@ -225,11 +236,20 @@ std::string describe(RowFault fault) {
   return "unknown fault";
 }
 
-RowFault Group4RowReader::readRow(const ChangingElements& reference, ChangingElements& row) {
-  RowWalk walk(bits_, reference, row);
-  const RowFault fault = walk.walk();
+RowFault Group4RowReader::readRows(std::uint32_t count, ChangingElements& last,
+                                   ChangingElements& spare) {
+  RowWalk walk(bits_, last.width());
+  RowFault fault = RowFault::None;
+  rowsRead_ += count;
+  while (count > 0 && fault == RowFault::None) {
+    if (last.isBlank()) count -= walk.skipBlankRows(count);
+    if (count == 0) break;
+    fault = walk.readRow(last, spare);
+    std::swap(last, spare);
+    --count;
+  }
+  rowsRead_ -= count;
   bits_ = walk.bits();
-  row.finish(walk.changes());
   return fault;
 }
 

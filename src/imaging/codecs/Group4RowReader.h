@@ -28,9 +28,13 @@ class Group4RowReader {
  public:
   explicit Group4RowReader(ByteView strip) : bits_(strip) {}
 
-  /// Reads the next row, coded against `reference` (white for the first row of a strip), into
-  /// `row`. Both have the same width and room for `mostChanges`. After a fault nothing can be read.
-  RowFault readRow(const ChangingElements& reference, ChangingElements& row);
+  /// Reads the next `count` rows, coded against `last`, the row before them (white for the first
+  /// row of a strip); then `last` is the last of them. `spare` holds a row meanwhile. Both have the
+  /// same width and room for `mostChanges`. After a fault nothing can be read.
+  RowFault readRows(std::uint32_t count, ChangingElements& last, ChangingElements& spare);
+
+  /// Rows read so far, the one with a fault included.
+  std::uint32_t rowsRead() const { return rowsRead_; }
 
   /// To be asked behind the last row: true when an end of block or nothing follows. Behind either
   /// there may be zero bits; some encoders also write more end-of-line codes behind the block.
@@ -44,6 +48,7 @@ class Group4RowReader {
 
  private:
   BitReader bits_;
+  std::uint32_t rowsRead_ = 0;
 };
 
 }  // namespace orvane::group4

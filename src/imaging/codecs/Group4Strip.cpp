@@ -1,7 +1,6 @@
 #include "imaging/codecs/Group4Strip.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "imaging/codecs/Group4RowReader.h"
 
@@ -24,27 +23,20 @@ Group4Strip readStrip(const EncodedImage& image, std::size_t index) {
   const Bytes& data = image.strips[index];
   const auto width = static_cast<std::int32_t>(image.width);
   const std::size_t mostChanges = Group4RowReader::mostChanges(width, data.size());
-  const ChangingElements white(width, 0);
   Group4Strip strip{std::nullopt, ChangingElements(width, mostChanges),
                     ChangingElements(width, mostChanges)};
-  ChangingElements previous(width, mostChanges);
+  ChangingElements spare(width, mostChanges);
   Group4RowReader reader(data);
   const std::uint64_t rowsBefore = std::uint64_t{image.rowsPerStrip} * index;
   const std::uint32_t rows = rowsOfStrip(image, index);
-  for (std::uint32_t y = 0; y < rows; ++y) {
-    const ChangingElements& reference = y == 0 ? white : previous;
-    const RowFault fault = reader.readRow(reference, strip.lastRow);
-    if (fault != RowFault::None) {
-      strip.damage = atRow(rowsBefore + y + 1, describe(fault));
-      return strip;
-    }
-    if (y == 0) {
-      strip.firstRow = strip.lastRow;
-      strip.firstRowEnd = reader.position();
-    }
-    std::swap(previous, strip.lastRow);
+  RowFault fault = reader.readRows(1, strip.lastRow, spare);
+  strip.firstRow = strip.lastRow;
+  strip.firstRowEnd = reader.position();
+  if (fault == RowFault::None) fault = reader.readRows(rows - 1, strip.lastRow, spare);
+  if (fault != RowFault::None) {
+    strip.damage = atRow(rowsBefore + reader.rowsRead(), describe(fault));
+    return strip;
   }
-  std::swap(previous, strip.lastRow);
   strip.lastRowEnd = reader.position();
   if (!reader.endsCleanly()) {
     strip.damage = atRow(rowsBefore + rows, "other data than an end of block follows");
