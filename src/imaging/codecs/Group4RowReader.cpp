@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstddef>
 #include <cstring>
 #include <utility>
 
@@ -139,7 +140,7 @@ class RowWalk {
   }
 
   [[gnu::always_inline]] bool advanceB1() {
-    const std::int32_t passed = (b1_[0] <= a0_) + (b1_[2] <= a0_);
+    const std::ptrdiff_t passed = (b1_[0] <= a0_) + (b1_[2] <= a0_);
     b1_ += 2 * passed;
     while (*b1_ <= a0_) b1_ += 2;
     return true;
