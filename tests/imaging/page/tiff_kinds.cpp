@@ -93,4 +93,14 @@ std::string rawGrayPage(std::uint32_t width, std::uint32_t height, const std::st
   return bytes + strip;
 }
 
+std::string oldStyleJpegPage(std::uint32_t width, std::uint32_t height, const std::string& jpeg) {
+  return rawGrayPage(width, height, jpeg,
+                     {{259, 3, 1, 6},
+                      {262, 3, 1, 6},
+                      {277, 3, 1, 3},
+                      {513, 4, 1, 0},
+                      {514, 4, 1, 0},
+                      {530, 3, 2, 0x10001}});
+}
+
 }  // namespace orvane::test

@@ -38,4 +38,7 @@ std::string rawGrayPage(std::uint32_t width, std::uint32_t height, const std::st
                         const std::vector<RawEntry>& changes = {}, std::uint32_t next = 0,
                         const std::string& front = std::string("II*\0\x08\0\0\0", 8));
 
+/// The same around a stream of JPEG in colour, as pages of the old compression 6 hold it.
+std::string oldStyleJpegPage(std::uint32_t width, std::uint32_t height, const std::string& jpeg);
+
 }  // namespace orvane::test
