@@ -26,6 +26,20 @@ auto ImagingControl::guarded(Operation operation) {
   }
 }
 
+template <typename Operation>
+void ImagingControl::change(Operation operation) {
+  guarded([&] {
+    Raster& pixels = loaded().changeablePixels();
+    try {
+      pixels = operation(std::move(pixels));
+    } catch (...) {
+      if (pixels.pixels.empty()) page_.reset();
+      throw;
+    }
+    noteDamage();
+  });
+}
+
 LoadedPage& ImagingControl::loaded() {
   if (!page_) throw Failure("no page is loaded");
   return *page_;
@@ -131,45 +145,29 @@ void ImagingControl::saveOverSource() {
 
 void ImagingControl::CropImage(std::int32_t left, std::int32_t top, std::int32_t width,
                                std::int32_t height) {
-  guarded([&] {
-    Raster& pixels = loaded().changeablePixels();
-    pixels = crop(pixels, left, top, width, height);
-    noteDamage();
-  });
+  change([&](Raster&& pixels) { return crop(pixels, left, top, width, height); });
 }
 
 void ImagingControl::RotateImage(double angle) {
-  guarded([&] {
-    Raster& pixels = loaded().changeablePixels();
-    pixels = rotate(std::move(pixels), angle);
-    noteDamage();
-  });
+  change([&](Raster&& pixels) { return rotate(std::move(pixels), angle, page_->resolution()); });
+  page_->setResolution(rotated(page_->resolution(), angle));
 }
 
 void ImagingControl::DeskewFirstStep() {
   guarded([&] {
-    skew_ = measureSkew(loaded().changeablePixels());
+    skew_ = measureSkew(loaded().changeablePixels(), page_->resolution());
     noteDamage();
   });
 }
 
 void ImagingControl::DeskewSecondStep(std::int32_t) {
-  guarded([&] {
-    LoadedPage& page = loaded();
-    const double skew = std::exchange(skew_, 0);
-    if (skew == 0) return;
-    Raster& pixels = page.changeablePixels();
-    pixels = straighten(std::move(pixels), skew);
-    noteDamage();
-  });
+  const double skew = std::exchange(skew_, 0);
+  if (page_ && skew == 0) return;
+  change([&](Raster&& pixels) { return straighten(std::move(pixels), skew, page_->resolution()); });
 }
 
 void ImagingControl::FinishingFilter(float strength, std::int16_t halfWidth) {
-  guarded([&] {
-    Raster& pixels = loaded().changeablePixels();
-    pixels = finish(std::move(pixels), strength, halfWidth);
-    noteDamage();
-  });
+  change([&](Raster&& pixels) { return finish(std::move(pixels), strength, halfWidth); });
 }
 
 std::int32_t ImagingControl::CopyDIB() {
@@ -189,11 +187,7 @@ void ImagingControl::hDIB(std::int32_t handle) {
 }
 
 void ImagingControl::ResizeImage(std::int32_t width, std::int32_t height) {
-  guarded([&] {
-    Raster& pixels = loaded().changeablePixels();
-    pixels = resize(std::move(pixels), width, height);
-    noteDamage();
-  });
+  change([&](Raster&& pixels) { return resize(std::move(pixels), width, height); });
 }
 
 void ImagingControl::DeletePageFromFile(const std::wstring& path, std::int32_t page) {

@@ -14,7 +14,8 @@ namespace orvane {
 /// Values of `ImagError`.
 enum ImagErrorCode : std::int32_t {
   kNoImagError = 0,
-  kFailed = 1,       ///< an operation threw: nothing was loaded, changed or saved
+  kFailed = 1,       ///< an operation threw: nothing was loaded, changed or saved; a page that
+                     ///< was lost in a change is loaded no more
   kDamagedData = 2,  ///< the page's image data is damaged; what could be decoded was used
 };
 
@@ -67,6 +68,11 @@ class ImagingControl final : public ImagingEngine {
   /// Runs an operation; one that throws sets `ImagError` on its way out.
   template <typename Operation>
   auto guarded(Operation operation);
+
+  /// Replaces the page's pixels by what an operation makes of them. One that throws after it has
+  /// taken them leaves the instance without a page.
+  template <typename Operation>
+  void change(Operation operation);
 
   LoadedPage& loaded();
   void noteDamage();

@@ -51,9 +51,10 @@ class ImagingEngine {
   /// True: `SaveFile` adds the page at the end of `TargetFile`, which is created when missing.
   /// False: it writes `TargetFile` anew with this one page.
   virtual void SaveMultiPage(bool append) = 0;
-  /// Horizontal resolution of a PDF page in dots per inch; once written it wins over the source's.
+  /// Horizontal resolution in dots per inch of a PDF page whose source states none. It stays set
+  /// and never replaces a resolution that a page has.
   virtual void OutputResolutionX(double dotsPerInch) = 0;
-  /// Vertical resolution of a PDF page in dots per inch.
+  /// Vertical resolution, as the horizontal one.
   virtual void OutputResolutionY(double dotsPerInch) = 0;
   /// Writes the loaded page to `TargetFile` under the current settings.
   virtual void SaveFile() = 0;

@@ -24,6 +24,7 @@ class LoadedPage {
   std::uint32_t height() const;
   std::uint16_t bitsPerPixel() const;
   const Resolution& resolution() const { return resolution_; }
+  void setResolution(const Resolution& resolution) { resolution_ = resolution; }
 
   /// The page's own Group 4 strips, when nothing has changed it and they are whole. Damage in them
   /// is noted.

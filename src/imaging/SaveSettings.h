@@ -14,7 +14,7 @@ struct SaveSettings {
   std::int32_t tiffCompression = kTiffNone;
   std::int32_t pdfCompression = kPdfNone;
   JpegFactors jpegFactors;
-  std::optional<double> resolutionX;  ///< of a PDF page; absent: the source's
+  std::optional<double> resolutionX;  ///< of a PDF page whose source states none; absent: 200
   std::optional<double> resolutionY;
 };
 

@@ -58,8 +58,11 @@ EncodedImage encodeForTiff(LoadedPage& page, const SaveSettings& settings, Sampl
 }
 
 EncodedImage encodeForPdf(LoadedPage& page, const SaveSettings& settings) {
-  const Resolution resolution{settings.resolutionX.value_or(page.resolution().x),
-                              settings.resolutionY.value_or(page.resolution().y)};
+  Resolution resolution = page.resolution();
+  if (!resolution.isStated) {
+    resolution.x = settings.resolutionX.value_or(resolution.x);
+    resolution.y = settings.resolutionY.value_or(resolution.y);
+  }
   return withResolution(encodePdf(page, settings), resolution);
 }
 

@@ -12,7 +12,8 @@ namespace orvane {
 /// For a TIFF file, by `SaveSettings::tiffCompression`. `order` is the byte order of the file.
 EncodedImage encodeForTiff(LoadedPage& page, const SaveSettings& settings, SampleOrder order);
 
-/// For a PDF file, by `SaveSettings::pdfCompression`, with the output resolution of the settings.
+/// For a PDF file, by `SaveSettings::pdfCompression`. The output resolution of the settings counts
+/// for a page that states none.
 EncodedImage encodeForPdf(LoadedPage& page, const SaveSettings& settings);
 
 /// For a JPEG file.

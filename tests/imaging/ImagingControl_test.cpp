@@ -1,6 +1,6 @@
 #include "imaging/ImagingControl.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "foundation/utf8_text.h"
 #include "imaging/differingPixels.h"
@@ -10,6 +10,8 @@
 /// The real instance with real files, made and judged by outside tools.
 namespace orvane::test {
 namespace {
+
+using testing::HasSubstr;
 
 // Hard edges and a gradient; 203 pixels wide so that rows do not end on a byte.
 const std::string kPicture =
@@ -100,10 +102,34 @@ TEST_F(RealEngine, EveryPageGoesToEveryFormAtItsSizeAndUnchangedWhereItCan) {
   }
   station.shell("test $(identify m.tif | wc -l)$(qpdf --show-npages m.pdf) = 1010");
   EXPECT_EQ(differingPixels(file("lzw1"), file("m.tif[0]")), "0");
-  engine.OutputResolutionX(200.0);
+}
+
+// A page's own resolution stays with its pixels, and an output resolution does not take its place.
+TEST_F(RealEngine, ResolutionBelongsToThePage) {
+  const struct {
+    std::string stated;  ///< of ImageMagick
+    double angle;
+    std::string written, points;
+  } cases[] = {{"-density 203x98", 0, "203, 98", "72 x 110.939"},
+               {"-density 203x98", 90, "98, 203", "110.939 x 72"},
+               {"-density 203x98", -270, "98, 203", "110.939 x 72"},
+               {"-density 203x98", 180, "203, 98", "72 x 110.939"},
+               {"-density 203x98", 0.1, "203, 98", "72.3547 x 111.673"},
+               {"-density 203x98 -units Undefined", 90, "200, 200", "54.36 x 146.16"}};
+  engine.OutputResolutionX(200.0);  // as an earlier conversion leaves them
   engine.OutputResolutionY(100.0);
-  save(kSavePdf, kPdfJpeg, L"a.pdf");
-  station.shell("pdfinfo a.pdf | grep '73.08 x 108.72 pts'");
+  for (const auto& [stated, angle, written, points] : cases) {
+    SCOPED_TRACE(stated + " turned by " + std::to_string(angle));
+    load({"page.tif", stated + " -type bilevel -compress Group4", 1});
+    engine.RotateImage(angle);
+    ImagingControl other;
+    other.hDIB(engine.CopyDIB());
+    other.TargetFile(station.path(L"out.tif"));
+    other.SaveFile();
+    save(kSavePdf, kPdfGroup4, L"out.pdf");
+    EXPECT_THAT(station.shell("tiffinfo out.tif"), HasSubstr("Resolution: " + written + " pixels"));
+    EXPECT_THAT(station.shell("pdfinfo out.pdf"), HasSubstr(points + " pts"));
+  }
 }
 
 TEST_F(RealEngine, ItsPdfFilesAreArchiveFiles) {
@@ -139,6 +165,9 @@ TEST_F(RealEngine, ADamagedPageIsRecordedAndWhatCannotBeLoadedIsThrown) {
   const std::string failure = failureOf([&] { engine.SourceFile(station.path(L"absent.tif")); });
   EXPECT_NE(failure.find("absent.tif"), std::string::npos);
   EXPECT_EQ(engine.ImagError(), kFailed);
+  EXPECT_THROW(engine.SaveFile(), Failure);
+  engine.SourceFile(station.path(L"g4"));
+  EXPECT_THROW(engine.FinishingFilter(7, 1), Failure);  // takes the page with it
   EXPECT_THROW(engine.SaveFile(), Failure);
   engine.SourceFile(L"");
   EXPECT_EQ(engine.ImagError(), kNoImagError);

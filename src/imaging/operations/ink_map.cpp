@@ -2,24 +2,30 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "imaging/operations/operations.h"
 #include "imaging/operations/pix_raster.h"
+#include "imaging/operations/turn.h"
 #include "imaging/operations/working_form.h"
 
 namespace orvane {
 namespace {
 
-constexpr std::uint32_t kLongSide = 1800;  // a page of A4 at about 150 dots per inch
-constexpr std::int32_t kThickest = 81;     // ink is thinner than this in one direction
-constexpr std::int32_t kContrast = 40;     // ink is darker than its surroundings by this much
+constexpr double kLongSide = 1800;      // a page of A4 at about 150 dots per inch
+constexpr std::int32_t kThickest = 81;  // ink is thinner than this in one direction
+constexpr std::int32_t kContrast = 40;  // ink is darker than its surroundings by this much
 
-Raster reduced(const Raster& raster) {
-  const std::uint32_t factor = (std::max(raster.width, raster.height) + kLongSide - 1) / kLongSide;
-  const auto size = [&](std::uint32_t side) {
-    return static_cast<std::int32_t>(std::max(1u, side / factor));
+// The pixels of the coarser direction are taken for smaller ones, as many as the finer one has.
+Raster reduced(const Raster& raster, const Resolution& resolution) {
+  const double rows = rowsPerColumn(resolution);
+  const double width = raster.width * std::max(1.0, rows);
+  const double height = raster.height * std::max(1.0, 1.0 / rows);
+  const double factor = std::ceil(std::max(width, height) / kLongSide);
+  const auto size = [&](double side) {
+    return static_cast<std::int32_t>(std::max(1.0, side / factor));
   };
-  return resize(raster, size(raster.width), size(raster.height));
+  return resize(raster, size(width), size(height));
 }
 
 PixHandle grayPix(const Raster& raster) {
@@ -53,8 +59,8 @@ PixHandle withoutAreas(const PixHandle& ink, const PixHandle& filled) {
 
 }  // namespace
 
-InkMap findInk(const Raster& raster) {
-  const PixHandle gray = grayPix(reduced(raster));
+InkMap findInk(const Raster& raster, const Resolution& resolution) {
+  const PixHandle gray = grayPix(reduced(raster, resolution));
   // The page as it would be without its ink.
   const PixHandle closed =
       checkedPix(pixCloseGray(gray.get(), kThickest, kThickest), "pixCloseGray");

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "imaging/page/Raster.h"
+#include "imaging/page/Resolution.h"
 
 namespace orvane {
 
@@ -15,8 +16,8 @@ struct InkMap {
   std::vector<std::uint8_t> ink;  ///< row after row, 1 for ink and 0 for none
 };
 
-/// The ink of a page of any form, its longer side brought to 1,800 pixels or less. Throws Failure
-/// when the page is too large to work on.
-InkMap findInk(const Raster& raster);
+/// The ink of a page of any form, in the proportions of the paper, its longer side brought to 1,800
+/// pixels or less. Throws Failure when the page is too large to work on.
+InkMap findInk(const Raster& raster, const Resolution& resolution);
 
 }  // namespace orvane

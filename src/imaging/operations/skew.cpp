@@ -135,8 +135,8 @@ double finePeak(const InkStrips& strips, double degrees) {
 
 }  // namespace
 
-double measureSkew(const Raster& raster) {
-  const InkMap map = findInk(raster);
+double measureSkew(const Raster& raster, const Resolution& resolution) {
+  const InkMap map = findInk(raster, resolution);
   const InkStrips rows(map, InkStrips::Lines::Rows);
   const InkStrips columns(map, InkStrips::Lines::Columns);
   const std::optional<Peak> rowPeak = coarsePeak(rows);

@@ -114,11 +114,18 @@ void turnRow(const Raster& page, Path path, std::uint32_t width,
 
 }  // namespace
 
-Raster turnOnSheet(const Raster& page, double degrees, std::uint32_t width, std::uint32_t height) {
+double rowsPerColumn(const Resolution& resolution) {
+  constexpr double kMost = 16.0;  // keeps every position within its fixed-point number
+  return std::clamp(resolution.y / resolution.x, 1.0 / kMost, kMost);
+}
+
+Raster turnOnSheet(const Raster& page, double degrees, double rowsPerColumn, std::uint32_t width,
+                   std::uint32_t height) {
   requireRoom(width, height, page.bitsPerPixel());
   const double angle = degrees * std::numbers::pi / 180.0;
   const double cosine = std::cos(angle);
-  const double sine = std::sin(angle);
+  const double sineX = std::sin(angle) / rowsPerColumn;
+  const double sineY = std::sin(angle) * rowsPerColumn;
   const bool bilevel = page.bitsPerSample == 1;
   const auto paper = bilevel ? std::array<std::uint8_t, 3>{} : paperTone(page);
 
@@ -127,9 +134,9 @@ Raster turnOnSheet(const Raster& page, double degrees, std::uint32_t width, std:
     // The centre of the row's first pixel, seen from the centre of the sheet, is turned back.
     const double dx = 0.5 - width / 2.0;
     const double dy = y + 0.5 - height / 2.0;
-    const Path path{toFixed(dx * cosine - dy * sine + page.width / 2.0 - 0.5),
-                    toFixed(dx * sine + dy * cosine + page.height / 2.0 - 0.5), toFixed(cosine),
-                    toFixed(sine)};
+    const Path path{toFixed(dx * cosine - dy * sineX + page.width / 2.0 - 0.5),
+                    toFixed(dx * sineY + dy * cosine + page.height / 2.0 - 0.5), toFixed(cosine),
+                    toFixed(sineY)};
     if (bilevel) {
       turnRowBilevel(page, path, width, sheet.row(y));
     } else if (page.samplesPerPixel == 1) {

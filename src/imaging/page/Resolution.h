@@ -6,6 +6,7 @@ namespace orvane {
 struct Resolution {
   double x = 200.0;
   double y = 200.0;
+  bool isStated = false;  ///< by the source; otherwise an output resolution may take its place
 };
 
 }  // namespace orvane

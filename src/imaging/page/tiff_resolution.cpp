@@ -27,7 +27,7 @@ Resolution tiffResolution(TIFF* tiff) {
   const std::optional<double> x = dotsPerInch(tiff, TIFFTAG_XRESOLUTION, unit);
   const std::optional<double> y = dotsPerInch(tiff, TIFFTAG_YRESOLUTION, unit);
   if (!x && !y) return {};
-  return {x ? *x : *y, y ? *y : *x};
+  return {x ? *x : *y, y ? *y : *x, true};
 }
 
 }  // namespace orvane

@@ -182,12 +182,17 @@ TEST(Operations, WorkOnTheSmallestAndOnOddlyShapedPages) {
 
 constexpr double kDegree = std::numbers::pi / 180;
 
-// Straightens a page and measures by its four marks what is left of the skew, across and down.
-void expectStraightened(const Raster& page) {
-  const Raster straight = straighten(page, measureSkew(page));
+// Straightens a page and measures by its four marks what is left of the skew, across and down. With
+// `columns` the page is scanned with so many times as many columns as rows to the inch.
+void expectStraightened(const Raster& drawn, int columns = 1) {
+  const int width = static_cast<int>(drawn.width), height = static_cast<int>(drawn.height);
+  const Raster page = resize(drawn, columns * width, height);
+  const Resolution resolution{75.0 * columns, 75.0};
+  Raster straight = straighten(page, measureSkew(page, resolution), resolution);
   ASSERT_EQ(straight.width, page.width);
   ASSERT_EQ(straight.height, page.height);
   ASSERT_EQ(straight.bitsPerPixel(), page.bitsPerPixel());
+  straight = resize(straight, width, height);
   std::array<Mark, 4> marks = kMarks;
   for (Mark& mark : marks) mark = markNear(straight, mark);
   EXPECT_LT(std::abs(std::atan2(marks[1].y - marks[0].y, marks[1].x - marks[0].x)), 0.1 * kDegree);
@@ -198,8 +203,10 @@ TEST(Skew, RemainsUnderATenthOfADegree) {
   for (const double skew : {-5.0, -2.0, 0.0, 0.5, 3.5, 5.0}) {
     SCOPED_TRACE(skew);
     const Raster gray = drawnPage(Drawing::Text, skew);
-    expectStraightened(gray);
-    expectStraightened(toBilevel(gray));
+    for (const int columns : {1, 2}) {
+      expectStraightened(gray, columns);
+      expectStraightened(toBilevel(gray), columns);
+    }
   }
   for (const double skew : {-4.7, 0.4}) {
     for (const Drawing drawing : {Drawing::VerticalText, Drawing::PhotoAndText}) {
@@ -234,6 +241,9 @@ TEST(Rotate, ByAnyAngleHoldsTheWholePageOnASheetWithPaperColouredCorners) {
       SCOPED_TRACE(testing::Message() << degrees << " " << page.bitsPerPixel());
       const double width = page.width, height = page.height;
       const Raster turned = rotate(page, degrees);
+      const Raster wide = rotate(resize(page, 1240, 877), degrees, {150, 75});
+      EXPECT_NEAR(wide.width, 2 * turned.width, 2);
+      EXPECT_EQ(wide.height, turned.height);
       EXPECT_EQ(turned.bitsPerPixel(), page.bitsPerPixel());
       EXPECT_EQ(turned.width, std::ceil(width * std::abs(cosine) + height * std::abs(sine)));
       EXPECT_EQ(turned.height, std::ceil(width * std::abs(sine) + height * std::abs(cosine)));

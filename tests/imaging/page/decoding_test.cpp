@@ -165,12 +165,13 @@ TEST_F(Decoding, ResolutionComesAsDotsPerInch) {
       {"- 150 2 8", 150, 150},   {"65000 300 3 1", 762, 762}};
   for (const auto& [tags, dpiX, dpiY] : cases) {
     writeTiff(station.native("page.tif"), TiffKind{});
-    const auto [x, y] = page("set -- " + std::string(tags) + "; for tag in 282 283 296 274; do " +
+    const auto [x, y, isStated] = page("set -- " + std::string(tags) + "; for tag in 282 283 296 274; do " +
                              "[ $1 = - ] || tiffset -s $tag $1 page.tif; shift; done")
                             .info()
                             .resolution;
     EXPECT_NEAR(x, dpiX, 1e-4) << tags;
     EXPECT_NEAR(y, dpiY, 1e-4) << tags;
+    EXPECT_EQ(isStated, dpiX != 200) << tags;
   }
 }
 
