@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 #include <string_view>
 #include <sys/stat.h>
+#include <utility>
 
 #include "batchdb/top_clause.h"
 #include "foundation/Failure.h"
@@ -66,7 +67,7 @@ void SqliteStore::Finalize::operator()(sqlite3_stmt* statement) const {
   sqlite3_finalize(statement);
 }
 
-SqliteStore::SqliteStore() = default;
+SqliteStore::SqliteStore(LockPatience patience) : lockWait_(std::move(patience)) {}
 SqliteStore::~SqliteStore() = default;
 
 void SqliteStore::open(const std::wstring& path) {
@@ -80,7 +81,7 @@ void SqliteStore::open(const std::wstring& path) {
   // connection.
   if (sqlite3_db_readonly(handle, "main") == 1) throw Failure(sqlite3_errstr(SQLITE_READONLY));
   sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, kLargestValue);
-  waitForLocks(handle, lockWait_);
+  lockWait_.installIn(handle);
 
   identity_ = identityOfFile();
   connection_ = std::move(connection);
@@ -116,9 +117,10 @@ SqliteStore::FileIdentity SqliteStore::identityOfFile() const {
   return {status.st_dev, status.st_ino};
 }
 
-SqliteStore::Statement SqliteStore::prepare(const std::wstring& sql) const {
+SqliteStore::Statement SqliteStore::prepare(const std::wstring& sql) {
   if (!connection_) throw Failure("the connection to the database is closed");
   if (identityOfFile() != identity_) throw Failure("the database file has been replaced");
+  lockWait_.beginStatement();
   const std::string text = toUtf8(sql);
   sqlite3_stmt* statement = nullptr;
   const int result = sqlite3_prepare_v2(connection_.get(), text.c_str(), -1, &statement, nullptr);

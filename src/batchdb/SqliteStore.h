@@ -15,12 +15,12 @@ namespace orvane {
 
 /// A store in one SQLite file.
 ///
-/// A lock that another program holds is waited for up to 5 seconds, in which the window is kept
-/// alive; then the statement fails with SQLite's "database is locked". A statement also fails when
+/// A lock that another program holds is waited for with the window alive, as long as the patience
+/// says; then the statement fails with SQLite's "database is locked". A statement also fails when
 /// the file at the path is no longer the one that was opened.
 class SqliteStore : public BatchStore {
  public:
-  SqliteStore();
+  explicit SqliteStore(LockPatience patience = {});
   ~SqliteStore() override;
 
   void open(const std::wstring& path) override;
@@ -45,7 +45,7 @@ class SqliteStore : public BatchStore {
   };
 
   FileIdentity identityOfFile() const;
-  Statement prepare(const std::wstring& sql) const;
+  Statement prepare(const std::wstring& sql);
   bool step(const Statement& statement) const;
 
   std::string path_;

@@ -2,35 +2,43 @@
 
 #include <sqlite3.h>
 #include <thread>
+#include <utility>
 
 #include "foundation/WindowServices.h"
 
 namespace orvane {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-constexpr auto kLongestWait = std::chrono::seconds(5);
 constexpr auto kStep = std::chrono::milliseconds(20);
-
-// SQLite's busy handler: called again and again while the lock is held; 0 gives up.
-int waitOneStep(void* lockWait, int earlierCalls) noexcept {
-  auto& wait = *static_cast<LockWait*>(lockWait);
-  if (earlierCalls == 0) wait.begin = Clock::now();
-  if (Clock::now() - wait.begin >= kLongestWait) return 0;
-  try {
-    windowServices().yield();
-  } catch (...) {  // no exception may pass through SQLite
-    return 0;
-  }
-  std::this_thread::sleep_for(kStep);
-  return 1;
-}
 
 }  // namespace
 
-void waitForLocks(sqlite3* connection, LockWait& wait) {
-  sqlite3_busy_handler(connection, waitOneStep, &wait);
+LockWait::LockWait(LockPatience patience) : patience_(std::move(patience)) {}
+
+// SQLite calls the handler again and again while the lock is held; 0 gives up.
+void LockWait::installIn(sqlite3* connection) {
+  const auto handler = [](void* self, int) noexcept -> int {
+    try {
+      return static_cast<LockWait*>(self)->waitOneStep() ? 1 : 0;
+    } catch (...) {  // no exception may pass through SQLite
+      return 0;
+    }
+  };
+  sqlite3_busy_handler(connection, handler, this);
+}
+
+bool LockWait::isStopRequested() const {
+  return patience_.isStopRequested && patience_.isStopRequested();
+}
+
+bool LockWait::waitOneStep() {
+  if (!wait_) wait_ = {Clock::now(), isStopRequested()};
+  const auto longest = wait_->beganAfterStop ? patience_.longestAfterStop : patience_.longest;
+  if (Clock::now() - wait_->begin >= longest) return false;
+  windowServices().yield();
+  if (isStopRequested() && !wait_->beganAfterStop) return false;
+  std::this_thread::sleep_for(kStep);
+  return true;
 }
 
 }  // namespace orvane

@@ -16,10 +16,18 @@ namespace mdlDataBase {
 namespace {
 
 BatchStoreFactory storeFactory;
+std::function<bool()> stopTest;  // of the run that is going on
+
+bool isStopRequested() {
+  return stopTest && stopTest();
+}
 
 void makeConnectionIfAbsent() {
   if (gConnection) return;
-  gConnection = storeFactory ? storeFactory() : std::make_unique<SqliteStore>();
+  gConnection =
+      storeFactory
+          ? storeFactory()
+          : std::make_unique<SqliteStore>(LockPatience{.isStopRequested = isStopRequested});
 }
 
 bool failInLog(const std::wstring& prefix, const std::exception& failure, bool bShowBox) {
@@ -80,11 +88,21 @@ bool UpdateBatchInfo(const std::wstring& sBatchID, const std::wstring& sBatchSta
 bool AddBatchRemark(const std::wstring& sBatchID, const std::wstring& sRemark) {
   try {
     if (!EnsureConnection(false)) return false;
-    gConnection->execute(L"update T_BatchInfo set Remark =? where BatchId =?", {sRemark, sBatchID});
+    // A failing batch comes back at once: an update of no row writes nothing to the disk.
+    gConnection->execute(L"update T_BatchInfo set Remark =? where BatchId =? and Remark is not ?",
+                         {sRemark, sBatchID, sRemark});
     return true;
   } catch (const std::exception& failure) {
     return failInLog(L"AddBatchRemark :", failure, false);
   }
+}
+
+StopEndsLockWait::StopEndsLockWait(std::function<bool()> isStopRequested) {
+  stopTest = std::move(isStopRequested);
+}
+
+StopEndsLockWait::~StopEndsLockWait() {
+  stopTest = nullptr;
 }
 
 void setBatchStoreFactory(BatchStoreFactory factory) {

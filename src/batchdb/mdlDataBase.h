@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -30,8 +31,19 @@ bool OpenRecordset(Recordset& rs, const std::wstring& sSql, bool bReadOnly);
 /// Sets the state of a batch. True when the statement ran, also when no row has that ID.
 bool UpdateBatchInfo(const std::wstring& sBatchID, const std::wstring& sBatchState);
 
-/// Sets the remark of a batch. True when the statement ran, also when no row has that ID.
+/// Sets the remark of a batch; one that it has already is not written again. True when the
+/// statement ran, also when no row has that ID.
 bool AddBatchRemark(const std::wstring& sBatchID, const std::wstring& sRemark);
+
+/// While it lives, a stop that is asked for ends the wait of a statement for a lock of another
+/// program, and the statement fails. One at a time.
+class StopEndsLockWait {
+ public:
+  explicit StopEndsLockWait(std::function<bool()> isStopRequested);
+  ~StopEndsLockWait();
+  StopEndsLockWait(const StopEndsLockWait&) = delete;
+  StopEndsLockWait& operator=(const StopEndsLockWait&) = delete;
+};
 
 /// Puts `factory` in place of the one that makes SQLite stores and drops the connection, so that a
 /// test can force failures that it cannot make for real. An empty factory brings SQLite back.

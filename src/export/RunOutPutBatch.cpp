@@ -44,6 +44,7 @@ void handleAnswer(RunHost& frmMain, const Recordset& record, const std::wstring&
 
 // Every pass asks the table anew: a batch that failed is the oldest one again.
 void runPasses(RunHost& frmMain, const std::wstring& PageNumberMask) {
+  const mdlDataBase::StopEndsLockWait stopEndsLockWait([&] { return frmMain.IsStopRequested(); });
   Recordset record;
   int failedOpens = 0;
   do {

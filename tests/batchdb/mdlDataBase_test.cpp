@@ -3,6 +3,7 @@
 #include "batchdb/mdlDataBase.h"
 
 #include <chrono>
+#include <functional>
 #include <gtest/gtest.h>
 
 #include "batchdb/Recordset.h"
@@ -103,6 +104,60 @@ TEST_F(BatchDatabase, AStatementThatFailsIsLoggedWithTheTextOfTheStore) {
   expectTold({});
 }
 
+TEST_F(BatchDatabase, ALockIsWaitedForWithTheWindowAliveUntilItIsFreeOrTheOperatorStops) {
+  using namespace std::chrono_literals;
+  const std::pair<std::function<bool()>, std::string> statements[] = {
+      {[&] { return oldestBatch() == L"B1"; }, "Error on opening database:"},
+      {[] { return UpdateBatchInfo(L"B1", L"完成扫描"); }, "UpdateBatchInfo :"},
+      {[] { return AddBatchRemark(L"B1", L"失败！"); }, "AddBatchRemark :"},
+      {[] { return gConnection.reset(), EnsureConnection(false); }, "OpenConnection Err:"}};
+  const struct {
+    std::chrono::milliseconds longest, longestAfterStop;
+    int freeAt, stopAt;  // the yield in which it happens, or never
+    int yields;          // or any number
+  } waits[] = {{10min, 10min, 3, -1, 3},
+               {100ms, 10min, -1, -1, -1},
+               {10min, 10min, -1, 3, 3},
+               {10min, 100ms, -1, 0, -1}};  // the operator had pressed stop before
+  for (const auto& wait : waits) {
+    for (const auto& [run, prefix] : statements) {
+      SCOPED_TRACE(prefix + std::to_string(&wait - waits));
+      makeDatabase("('B1','完成扫描','2022-04-11',3,null)");
+      bool stop = wait.stopAt == 0;
+      setBatchStoreFactory([&] {
+        return std::make_unique<SqliteStore>(
+            LockPatience{wait.longest, wait.longestAfterStop, [&stop] { return stop; }});
+      });
+      ASSERT_TRUE(EnsureConnection(false));
+      SqliteStore scanningStation;
+      scanningStation.open(station.path(L"Orvane.dll"));
+      scanningStation.execute(L"begin exclusive");
+      window.yields = 0;
+      window.onYield = [&] {
+        if (window.yields == wait.freeAt) scanningStation.execute(L"commit");
+        if (window.yields == wait.stopAt) stop = true;
+      };
+      EXPECT_EQ(run(), wait.freeAt > 0);
+      EXPECT_TRUE(wait.yields < 0 ? window.yields > 2 : window.yields == wait.yields)
+          << window.yields;
+      const std::string log = station.takeLog();
+      EXPECT_EQ(log.find(prefix + "database is locked") != log.npos, wait.freeAt < 0) << log;
+    }
+  }
+}
+
+TEST_F(BatchDatabase, ARemarkThatIsThereAlreadyIsNotWrittenAgain) {
+  makeDatabase("('B1','完成扫描','2022-04-11',3,null),('B2','完成扫描','2022-04-12',3,'other')");
+  for (const wchar_t* batch : {L"B1", L"B2", L"B9"}) {
+    EXPECT_TRUE(AddBatchRemark(batch, L"失败！"));
+    const std::string written = station.read("Orvane.dll");  // with SQLite's count of changes
+    EXPECT_TRUE(AddBatchRemark(batch, L"失败！"));
+    EXPECT_EQ(station.read("Orvane.dll"), written);
+  }
+  EXPECT_EQ(station.shell("sqlite3 Orvane.dll 'select Remark from T_BatchInfo'"),
+            "失败！\n失败！\n");
+}
+
 // A store that says it is open but fails: its proof, or the reading of its state behind the proof.
 class DeadStore : public BatchStore {
  public:
@@ -180,26 +235,6 @@ TEST_F(SqliteFile, AQueryGivesItsRowsByTheNamesOfTheirFields) {
   EXPECT_FALSE(rs.IsOpen());
   EXPECT_THROW(rs.Open(nullptr, L"select 1", true), Failure);
   EXPECT_EQ(sqlite("select count(*) from T"), "3\n");
-}
-
-TEST_F(SqliteFile, WaitsForALockWithTheWindowAlive) {
-  sqlite("insert into T values (1,'',1)");
-  SqliteStore scanningStation;
-  for (SqliteStore* opened : {&store, &scanningStation}) opened->open(station.path(L"Orvane.dll"));
-  scanningStation.execute(L"begin exclusive");
-  const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ(failureOf([&] { store.execute(L"update T set ID=2"); }), "database is locked");
-  const auto waited = std::chrono::steady_clock::now() - begin;
-  EXPECT_TRUE(waited >= std::chrono::seconds(5) && waited < std::chrono::seconds(8));
-  EXPECT_GT(window.yields, 100);
-
-  window.yields = 0;
-  window.onYield = [&] {
-    if (window.yields == 3) scanningStation.execute(L"commit");
-  };
-  store.execute(L"update T set ID=?", {L"2"});
-  EXPECT_EQ(window.yields, 3);
-  EXPECT_EQ(sqlite("select ID from T"), "2\n");
 }
 
 }  // namespace

@@ -114,6 +114,7 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
          sqlite3_open(database.c_str(), &other);
          ASSERT_EQ(sqlite3_exec(other, "begin immediate", nullptr, nullptr, nullptr), SQLITE_OK);
          whenFailed = [other] { sqlite3_close(other); };
+         host.setIsStopRequested(true);  // it would be waited for much longer
        },
        [] {}, "UpdateBatchInfo :database is locked", batchFailed},
       {"the database is removed", [&] { aside(database); }, [&] { back(database); }, updateFailed,
