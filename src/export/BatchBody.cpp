@@ -84,8 +84,9 @@ bool recordSuccess(RunHost& frmMain, const std::wstring& BatchID) {
 }  // namespace
 
 void exportBatch(RunHost& frmMain, const Recordset& record, const std::wstring& PageNumberMask) {
-  const std::wstring BatchID = record.Fields(L"BatchID").text();
-  report(frmMain, L"档案：" + BatchID + L"开始导出...");
+  const Field& batchField = record.Fields(L"BatchID");
+  report(frmMain, L"档案：" + (batchField.isNull() ? L"" : batchField.text()) + L"开始导出...");
+  const std::wstring BatchID = batchField.text();
   record.Fields(L"PaperNum").toInt16();  // not used, but a record without one ends the run
 
   gBatchFolder = programFolder() + L"\\Batchs\\" + BatchID;

@@ -7,6 +7,14 @@
 #include "settings/NamingPattern.h"
 
 namespace orvane {
+namespace {
+
+// A root folder is a separator alone; with a second one the path would begin with a server.
+std::wstring folderBelow(const std::wstring& folder, const std::wstring& name) {
+  return folder == L"\\" ? folder + name : folder + L"\\" + name;
+}
+
+}  // namespace
 
 std::wstring documentStem(const std::wstring& sPattern, const std::wstring& sBatchName,
                           const std::wstring& sDocName, const std::wstring& ReNameSp1,
@@ -39,12 +47,12 @@ std::wstring outputExtension(std::int16_t SaveFileType) {
 
 std::wstring batchOutputFolder(const std::wstring& SavePath, bool IsCreateBatchFolder,
                                const std::wstring& BatchID) {
-  return IsCreateBatchFolder ? SavePath + L"\\" + BatchID : SavePath;
+  return IsCreateBatchFolder ? folderBelow(SavePath, BatchID) : SavePath;
 }
 
 std::wstring docOutputFolder(const std::wstring& BatchOutputFolder, bool IsCreateDocFolder,
                              const std::wstring& sDocName) {
-  return IsCreateDocFolder ? BatchOutputFolder + L"\\" + sDocName : BatchOutputFolder;
+  return IsCreateDocFolder ? folderBelow(BatchOutputFolder, sDocName) : BatchOutputFolder;
 }
 
 std::wstring pageFilePath(const std::wstring& folder, const std::wstring& stem,

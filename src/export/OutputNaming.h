@@ -5,7 +5,7 @@
 
 /// The one rule for where an exported file lands and what it is called: pure functions that join
 /// texts and look neither at the disk nor at the window. Paths are path texts, joined plainly: a
-/// `SavePath` that ends in `\` gives a doubled separator.
+/// `SavePath` that ends in `\` gives a doubled separator, unless it is the root folder.
 namespace orvane {
 
 /// The front of a document's output names under a naming pattern (one of kAllNamingPatterns,

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <regex>
 
+#include "batchdb/SqliteStore.h"
 #include "export/ExportStation.h"
 #include "export/JournalHost.h"
 #include "export/OutputNaming.h"
@@ -167,7 +168,7 @@ TEST_F(RunOutPutBatch, AnUnreadableFieldEndsTheRunAndTheButtonsComeBack) {
   } cases[] = {{"PaperNum=null", "档案：B1开始导出...|", "the field PaperNum holds no value"},
                {"PaperNum='many'", "档案：B1开始导出...|", "not a number: \"many\""},
                {"PaperNum=40000", "档案：B1开始导出...|", "number outside -32768 to 32767"},
-               {"BatchID=null", "", "the field BatchID holds no value"}};
+               {"BatchID=null", "档案：开始导出...|", "the field BatchID holds no value"}};
   for (const auto& c : cases) {
     station.createTable({"B1"});
     station.query("update T_BatchInfo set " + c.change);
@@ -207,11 +208,26 @@ TEST_F(RunOutPutBatch, ADatabaseThatCannotBeOpenedEndsTheRunAfterThreePasses) {
   EXPECT_EQ(frmMain.window.boxes.size(), 3u * 2);
 }
 
+TEST_F(RunOutPutBatch, AStopEndsTheWaitForALockedDatabase) {
+  station.createTable({"B1"});
+  SqliteStore scanningStation;
+  scanningStation.open(station.path(L"Orvane.dll"));
+  scanningStation.execute(L"begin exclusive");
+  frmMain.whenYielding = [&] {
+    if (frmMain.window.yields == 3) frmMain.setIsStopRequested(true);
+  };
+  EXPECT_EQ(run(), "");
+  EXPECT_EQ(frmMain.window.yields, 3 + 4) << "those of the pass";
+}
+
 // The patterns and forms are judged where a window shows them and a run writes them.
 TEST(OutputNaming, FoldersAreJoinedPlainly) {
   EXPECT_EQ(documentStem(L"页码 ", L"B1", L"v1.D", L"-", L"_"), L"") << "no pattern";
   EXPECT_EQ(batchOutputFolder(L"D:\\Out\\", true, L"B1"), L"D:\\Out\\\\B1");
   EXPECT_EQ(batchOutputFolder(L"D:\\Out", true, L"B1"), L"D:\\Out\\B1");
+  // Below the root folder there is no doubled separator, which would make "B1" a server.
+  EXPECT_EQ(docOutputFolder(batchOutputFolder(L"\\", true, L"B1"), true, L"D1"), L"\\B1\\D1");
+  EXPECT_EQ(docOutputFolder(batchOutputFolder(L"\\", false, L"B1"), true, L"D1"), L"\\D1");
 }
 
 TEST(OutputNaming, PageNumbersAreFilledToTheWidthInFrontAndNeverCut) {
