@@ -32,11 +32,17 @@ void takeOverPermissions(const FileDescriptor& file, const fs::path& old,
   if (stat(old.c_str(), &status) != 0) return;
   if (!S_ISREG(status.st_mode)) throw systemFailure(EINVAL, path);
   if (faccessat(AT_FDCWD, old.c_str(), W_OK, AT_EACCESS) != 0) throw systemFailure(errno, path);
+  struct stat fresh {};
+  if (fstat(file.number(), &fresh) != 0) throw systemFailure(errno, path);
+  // Some file systems have one owner and one mode for all files and refuse every change.
   // Only a privileged user can give a file away; for any other it is his own already.
-  if (fchown(file.number(), status.st_uid, status.st_gid) != 0 && errno != EPERM) {
+  const bool isOwned = fresh.st_uid == status.st_uid && fresh.st_gid == status.st_gid;
+  if (!isOwned && fchown(file.number(), status.st_uid, status.st_gid) != 0 && errno != EPERM) {
     throw systemFailure(errno, path);
   }
-  if (fchmod(file.number(), status.st_mode & 07777) != 0) throw systemFailure(errno, path);
+  if (fresh.st_mode != status.st_mode && fchmod(file.number(), status.st_mode & 07777) != 0) {
+    throw systemFailure(errno, path);
+  }
 }
 
 // Makes the rename itself last; the content is safe already, so a failure changes nothing.

@@ -10,6 +10,7 @@
 #include "export/JournalHost.h"
 #include "export/RunOutPutBatch.h"
 #include "settings/NamingPattern.h"
+#include "settings/mdlINI.h"
 #include "support/AsOrdinaryUser.h"
 #include "trust/faults.h"
 
@@ -158,6 +159,16 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
         << told();
   }
   EXPECT_EQ(readBytes(station.native("beside/keep")), "kept");
+}
+
+TEST_F(Night, SettingsAreSavedWhereOwnersAndModesCannotBeChanged) {
+  std::wstring section = L"S", key = L"k", values[] = {L"1", L"2"};
+  armFaults(station.native().c_str(), kOwner, Fault::FailOnward, 1);
+  for (std::wstring& value : values) {
+    mdlINI::WriteIniValue(station.path(L"data.ini"), section, key, value);
+  }
+  disarmFaults();
+  EXPECT_EQ(station.read("data.ini"), "[S]\r\nk=2\r\n");
 }
 
 TEST_F(Night, NoNameLeadsOutOfTheOutputFolderOrIntoTheWrongRow) {

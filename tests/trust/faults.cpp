@@ -9,10 +9,13 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <linux/magic.h>
+#include <pthread.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/uio.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 namespace orvane::test {
@@ -79,13 +82,18 @@ bool counts(const char* path, int flags) {
   return isWritten || std::string_view(path).find("/Batchs") != std::string_view::npos;
 }
 
-// `call` opens a file or folder; only what is opened to be written to is watched from then on.
+bool claimsFuse() {
+  return (plan.kinds & kFuse) != 0;
+}
+
+// `call` opens a file or folder; only what is opened to be written to is watched from then on, and
+// what can be synced.
 template <typename Call>
 int opening(bool below, const char* path, int flags, Call call) {
   const bool isWatched = below && counts(path, flags);
   if (isWatched && strikes(kOpen)) return failed((flags & O_CREAT) != 0 ? ENOSPC : EIO);
   const int descriptor = call();
-  watch(descriptor, isWatched && (flags & O_ACCMODE) != O_RDONLY);
+  watch(descriptor, (isWatched && (flags & O_ACCMODE) != O_RDONLY) || (below && claimsFuse()));
   return descriptor;
 }
 
@@ -205,7 +213,20 @@ int fsync(int descriptor) {
 int syncfs(int descriptor) noexcept {  // of a folder, which is not open to be written to
   NEXT(syncfs);
   if (plan.folder[0] == '\0') return call(descriptor);
-  return strikes(kSync) ? failed(EIO) : 0;
+  return !claimsFuse() && strikes(kSync) ? failed(EIO) : 0;
+}
+
+int statfs(const char* path, struct statfs* status) noexcept {
+  NEXT(statfs);
+  const int result = call(path, status);
+  if (claimsFuse() && isBelow(path)) status->f_type = FUSE_SUPER_MAGIC;
+  return result;
+}
+
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
+                   void* argument) noexcept {
+  NEXT(pthread_create);
+  return strikes(kThread) ? EAGAIN : call(thread, attributes, start, argument);
 }
 
 int dup(int descriptor) noexcept {
@@ -224,6 +245,9 @@ int close(int descriptor) {  // the file is closed even so, as Linux does it
 }
 
 ON_DESCRIPTOR(kResize, ftruncate, (int descriptor, off_t size) noexcept, descriptor, size)
+ON_DESCRIPTOR(kOwner, fchmod, (int descriptor, mode_t mode) noexcept, descriptor, mode)
+ON_DESCRIPTOR(kOwner, fchown, (int descriptor, uid_t user, gid_t group) noexcept, descriptor, user,
+              group)
 ON_PATH(kRename, rename, (const char* path, const char* to), path, to)
 ON_PATH(kFolder, mkdir, (const char* path, mode_t mode), path, mode)
 ON_PATH(kRemove, unlink, (const char* path), path)

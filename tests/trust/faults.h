@@ -15,6 +15,9 @@ enum CallKind : unsigned {
   kMemory = 64,   ///< malloc, calloc, realloc
   kFolder = 128,  ///< mkdir
   kRemove = 256,  ///< unlink, unlinkat
+  kThread = 512,  ///< pthread_create
+  kOwner = 1024,  ///< fchmod, fchown
+  kFuse = 2048,   ///< none, but the folder claims to be in a file system in user space
   kAll = 511,
   kAllButMemory = kAll - kMemory,
 };
