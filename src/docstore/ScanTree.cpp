@@ -1,5 +1,8 @@
 #include "docstore/ScanTree.h"
 
+#include "foundation/FileDescriptor.h"
+#include "foundation/existing_path.h"
+
 namespace orvane {
 
 std::wstring gBatchFolder;
@@ -14,6 +17,13 @@ std::wstring GetPagePath(const std::wstring& sDocName, const std::wstring& sPage
 
 std::wstring GetDocDataPath(const std::wstring& sDocName) {
   return GetDocumentPath(sDocName) + L"Doc.dat";
+}
+
+bool isDocument(const std::wstring& sDocName) {
+  const std::wstring folder = existingPath(GetDocumentPath(sDocName));
+  const std::optional<std::wstring> dataFile = entryInAnyCase(folder, L"Doc.dat");
+  if (dataFile) FileDescriptor::openRegularFile(folder + *dataFile);
+  return dataFile.has_value();
 }
 
 }  // namespace orvane

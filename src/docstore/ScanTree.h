@@ -20,4 +20,10 @@ std::wstring GetPagePath(const std::wstring& sDocName, const std::wstring& sPage
 /// The page list of a document.
 std::wstring GetDocDataPath(const std::wstring& sDocName);
 
+/// True for a document, which is a sub-folder of the current batch that holds a `Doc.dat`, in any
+/// letter case; false only for a sub-folder that is there and certainly holds none. Throws Failure
+/// "<path>: <reason>" when neither can be told: it is gone, it cannot be entered or listed, it is a
+/// link to nothing, or its `Doc.dat` is no file that can be read.
+bool isDocument(const std::wstring& sDocName);
+
 }  // namespace orvane

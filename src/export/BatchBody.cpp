@@ -4,10 +4,8 @@
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
 #include "export/SaveAsDocument.h"
-#include "export/ScanTreeGuard.h"
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
-#include "foundation/disk_sync.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 
@@ -19,71 +17,123 @@ void report(RunHost& frmMain, const std::wstring& line) {
   frmMain.listProcessLog().refresh();
 }
 
-bool scanFolderExists(const std::wstring& BatchID) {
-  return isFolderName(BatchID) && mdlFolderAndFile::FolderExist(gBatchFolder);
-}
-
-bool isDocument(const std::wstring& folderName) {
-  return mdlFolderAndFile::FileExist(GetDocDataPath(folderName));
-}
-
-bool exportDocument(RunHost& frmMain, const std::wstring& BatchID, const std::wstring& DocumentID,
-                    const std::wstring& BatchOutputFolder, const std::wstring& PageNumberMask) {
-  const ExportSettings& settings = frmMain.settings();
-  const std::wstring DocOutputFolder =
-      docOutputFolder(BatchOutputFolder, settings.IsCreateDocFolder, DocumentID);
-  const std::wstring NewDocumentID = frmMain.AutoMakeNewDocumentName(BatchID, DocumentID);
-  const ImagingInstances imaging = frmMain.imaging();
-  ResetImagingControls(imaging);
-  return mdlDocumentHelper::SaveAsDocument(
-      imaging.ImgMerge, imaging.ImgControl, imaging.ImgPageCount, DocumentID, settings.SaveFileType,
-      !settings.IsMutiPage, settings.CompressionType, settings.CompressionRatios, DocOutputFolder,
-      PageNumberMask, NewDocumentID);
-}
-
-// The walk over the documents; the first one that fails ends it.
-bool exportDocuments(RunHost& frmMain, const std::wstring& BatchID,
-                     const std::wstring& PageNumberMask) {
-  const ExportSettings& settings = frmMain.settings();
-  const std::wstring BatchOutputFolder =
-      batchOutputFolder(settings.SavePath, settings.IsCreateBatchFolder, BatchID);
-  for (const std::wstring& name : mdlFolderAndFile::fileSystem().SubFolders(gBatchFolder)) {
-    if (!isDocument(name)) continue;
-    if (!exportDocument(frmMain, BatchID, name, BatchOutputFolder, PageNumberMask)) {
-      if (settings.IsCreateBatchFolder) deleteBatchOutputFolder(settings.SavePath, BatchID);
-      report(frmMain, name + L" 导出失败！");
-      return false;
-    }
-    report(frmMain, name + L" 导出成功！");
-    windowServices().yield();
-  }
-  return true;
-}
-
-// The table may only say so once the files would outlive a power cut: an exported batch never comes
-// back.
-bool isOnDisk(const std::wstring& BatchOutputFolder) {
+// The answer of a step; a failure in it goes to the log and counts as false.
+template <typename Step>
+bool orLogged(Step step) {
   try {
-    syncDiskOf(BatchOutputFolder);
-    return true;
-  } catch (const Failure& failure) {
+    return step();
+  } catch (const std::exception& failure) {
     mdlFolderAndFile::LogWrite(L"RunOutPutBatch-" + description(failure), kApplicationTitle);
     return false;
   }
 }
 
-bool recordSuccess(RunHost& frmMain, const std::wstring& BatchID) {
-  const ExportSettings& settings = frmMain.settings();
-  const bool updated =
-      isOnDisk(batchOutputFolder(settings.SavePath, settings.IsCreateBatchFolder, BatchID)) &&
-      mdlDataBase::UpdateBatchInfo(BatchID, L"完成成果输出");
-  report(frmMain, updated ? L"档案导出成果成功！" : L"档案导出数字化成果失败！");
-  return updated;
+bool scanFolderExists(const std::wstring& BatchID) {
+  return isFolderName(BatchID) && mdlFolderAndFile::FolderExist(gBatchFolder);
 }
+
+/// The documents of one batch on their way to the output folder.
+class BatchExport {
+ public:
+  BatchExport(RunHost& frmMain, const std::wstring& BatchID, Run& run)
+      : frmMain_(frmMain),
+        settings_(frmMain.settings()),
+        BatchID_(BatchID),
+        BatchOutputFolder_(
+            batchOutputFolder(settings_.SavePath, settings_.IsCreateBatchFolder, BatchID)),
+        run_(run) {
+    run_.written.beginBatch();
+  }
+
+  // The walk over the documents; the first one that fails ends it.
+  bool exportDocuments() {
+    for (const std::wstring& name : mdlFolderAndFile::fileSystem().SubFolders(gBatchFolder)) {
+      const SubFolder kind = lookAt(name);
+      if (kind == SubFolder::NoDocument) continue;
+      if (kind == SubFolder::Unclear || !exportDocument(name)) {
+        deleteOutput();
+        report(frmMain_, name + L" 导出失败！");
+        return false;
+      }
+      report(frmMain_, name + L" 导出成功！");
+      windowServices().yield();
+    }
+    return true;
+  }
+
+  bool recordSuccess() {
+    const bool updated = orLogged([this] { return bringToDisk(); }) &&
+                         mdlDataBase::UpdateBatchInfo(BatchID_, L"完成成果输出");
+    report(frmMain_, updated ? L"档案导出成果成功！" : L"档案导出数字化成果失败！");
+    return updated;
+  }
+
+ private:
+  enum class SubFolder { NoDocument, Document, Unclear };
+
+  // One that cannot be looked at may be a document, so it is not passed over; the log says why.
+  static SubFolder lookAt(const std::wstring& name) {
+    SubFolder kind = SubFolder::Unclear;
+    orLogged([&] {
+      kind = isDocument(name) ? SubFolder::Document : SubFolder::NoDocument;
+      return true;
+    });
+    return kind;
+  }
+
+  bool exportDocument(const std::wstring& DocumentID) {
+    const auto requireOutputFolder = [this] {
+      run_.outputFolder.requireAt(settings_.SavePath);
+      return true;
+    };
+    if (!orLogged(requireOutputFolder)) return false;
+
+    const std::wstring DocOutputFolder =
+        docOutputFolder(BatchOutputFolder_, settings_.IsCreateDocFolder, DocumentID);
+    const std::wstring NewDocumentID = frmMain_.AutoMakeNewDocumentName(BatchID_, DocumentID);
+    const ImagingInstances imaging = frmMain_.imaging();
+    ResetImagingControls(imaging);
+    if (!mdlDocumentHelper::SaveAsDocument(imaging.ImgMerge, imaging.ImgControl,
+                                           imaging.ImgPageCount, DocumentID, settings_.SaveFileType,
+                                           !settings_.IsMutiPage, settings_.CompressionType,
+                                           settings_.CompressionRatios, DocOutputFolder,
+                                           run_.PageNumberMask, NewDocumentID, &run_.written)) {
+      return false;
+    }
+    return orLogged([&] {
+      // With the folders in which a new one of them got its name.
+      for (const auto& folder : {settings_.SavePath, BatchOutputFolder_, DocOutputFolder}) {
+        run_.written.addFolder(folder);
+      }
+      return true;
+    });
+  }
+
+  // The table may only say so once the files would outlive a power cut, and where the operator
+  // wanted them: an exported batch never comes back.
+  bool bringToDisk() const {
+    run_.written.bringToDisk();
+    run_.outputFolder.requireAt(settings_.SavePath);
+    return true;
+  }
+
+  // Nothing is deleted in another folder that has come in the place of the run's own.
+  void deleteOutput() const {
+    if (settings_.IsCreateBatchFolder && run_.outputFolder.isAt(settings_.SavePath)) {
+      deleteBatchOutputFolder(settings_.SavePath, BatchID_);
+    }
+  }
+
+  RunHost& frmMain_;
+  const ExportSettings& settings_;
+  const std::wstring BatchID_;
+  const std::wstring BatchOutputFolder_;
+  Run& run_;
+};
 
 }  // namespace
 
-void exportBatch(RunHost& frmMain, const Recordset& record, const std::wstring& PageNumberMask) {
+void exportBatch(RunHost& frmMain, const Recordset& record, Run& run) {
   const Field& batchField = record.Fields(L"BatchID");
   report(frmMain, L"档案：" + (batchField.isNull() ? L"" : batchField.text()) + L"开始导出...");
   const std::wstring BatchID = batchField.text();
@@ -94,9 +144,10 @@ void exportBatch(RunHost& frmMain, const Recordset& record, const std::wstring& 
     report(frmMain, L"档案：" + BatchID + L"处理失败【档案找不到！】...");
     mdlDataBase::AddBatchRemark(BatchID, L"档案扫描件找不到！");
   } else {
-    const bool exported =
-        exportDocuments(frmMain, BatchID, PageNumberMask) && recordSuccess(frmMain, BatchID);
-    if (!exported) mdlDataBase::AddBatchRemark(BatchID, L"成果输出失败！");
+    BatchExport batch(frmMain, BatchID, run);
+    if (!batch.exportDocuments() || !batch.recordSuccess()) {
+      mdlDataBase::AddBatchRemark(BatchID, L"成果输出失败！");
+    }
   }
   frmMain.listProcessLog().addItem(L" ");
 }

@@ -33,24 +33,24 @@ void showRunning(RunHost& frmMain, bool running) {
   frmMain.RefreshRunButtons();
 }
 
-void handleAnswer(RunHost& frmMain, const Recordset& record, const std::wstring& PageNumberMask) {
+void handleAnswer(RunHost& frmMain, const Recordset& record, Run& run) {
   if (record.RecordCount() < 1) {
     frmMain.listProcessLog().addItem(L" 没有扫描完成的档案！");
     frmMain.setIsStopRequested(true);
     return;
   }
-  exportBatch(frmMain, record, PageNumberMask);
+  exportBatch(frmMain, record, run);
 }
 
 // Every pass asks the table anew: a batch that failed is the oldest one again.
-void runPasses(RunHost& frmMain, const std::wstring& PageNumberMask) {
+void runPasses(RunHost& frmMain, Run& run) {
   const mdlDataBase::StopEndsLockWait stopEndsLockWait([&] { return frmMain.IsStopRequested(); });
   Recordset record;
   int failedOpens = 0;
   do {
     if (mdlDataBase::OpenRecordset(record, kBatchQuery, true)) {
       failedOpens = 0;
-      handleAnswer(frmMain, record, PageNumberMask);
+      handleAnswer(frmMain, record, run);
     } else {
       ++failedOpens;
       for (int i = 0; i < 3; ++i) windowServices().yield();
@@ -65,11 +65,11 @@ void RunOutPutBatch(RunHost& frmMain) {
   bool running = false;
   try {
     if (!checkOutputFolder(frmMain.settings().SavePath)) return;
-    const std::wstring PageNumberMask = pageNumberMask(frmMain.txtLiuShui());
+    Run run{pageNumberMask(frmMain.txtLiuShui()), HeldFolder(frmMain.settings().SavePath)};
     running = true;
     frmMain.setIsStopRequested(false);
     showRunning(frmMain, true);
-    runPasses(frmMain, PageNumberMask);
+    runPasses(frmMain, run);
   } catch (const std::exception& failure) {
     mdlFolderAndFile::LogWrite(L"RunOutPutBatch Err:" + description(failure),
                                std::wstring(kApplicationTitle) + L"[mdlDataBase]", true);

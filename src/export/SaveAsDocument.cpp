@@ -1,5 +1,7 @@
 #include "export/SaveAsDocument.h"
 
+#include <cerrno>
+
 #include "docstore/Document.h"
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
@@ -36,33 +38,31 @@ bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingE
                     const std::wstring& DocumentID, std::int16_t SaveFileType, bool IsPageFile,
                     std::int16_t CompressionType, std::int16_t CompressionRatios,
                     const std::wstring& SavePath, const std::wstring& SubFolderType,
-                    const std::wstring& NewDocumentID) {
-  std::wstring multiPageFile;  // set once it is known to be safe to write and to delete
+                    const std::wstring& NewDocumentID, WrittenFiles* written) {
+  std::wstring multiPageFile;  // set while it is known to be safe to write and to delete
   try {
     clearAfterError(ImgPageCount);
     clearAfterError(ImgMerge);
     Document document;
     if (!document.LoadDocument(DocumentID)) return false;
 
-    const OutputGuard guard(SavePath, DocumentID);
+    OutputGuard guard(SavePath, DocumentID);
     mdlFolderAndFile::MakeFolderPath(mdlFolderAndFile::AppendBackslash(SavePath));
-    if (!IsPageFile) {
-      const std::wstring file = multiPageFilePath(SavePath, NewDocumentID, SaveFileType);
-      guard.check(file);
-      multiPageFile = file;
-    }
+    guard.enterFolder();
 
     const PageSaver savePage = pageSaver(SaveFileType, IsPageFile);
     const int pageCount = document.PageCount();
     for (int index = 1; index <= pageCount; ++index) {
       const auto page = static_cast<std::int16_t>(index);
-      std::wstring target = multiPageFile;
-      if (IsPageFile) {
-        target = pageFilePath(SavePath, NewDocumentID, page, SubFolderType, SaveFileType);
-        guard.check(target);
-      }
-      const std::wstring source = GetPagePath(document.DocName(), document.GetPage(page));
+      const std::wstring target =
+          IsPageFile ? pageFilePath(SavePath, NewDocumentID, page, SubFolderType, SaveFileType)
+                     : multiPageFilePath(SavePath, NewDocumentID, SaveFileType);
       const bool append = !IsPageFile && index > 1;
+      multiPageFile.clear();
+      const bool isThere = guard.check(target).has_value();
+      if (!IsPageFile) multiPageFile = target;
+      if (append && !isThere) throw systemFailure(ENOENT, target);  // and its first pages with it
+      const std::wstring source = GetPagePath(document.DocName(), document.GetPage(page));
       if (!savePage(ImgControl, source, 1, target, CompressionType == 0, CompressionRatios,
                     append)) {
         mdlFolderAndFile::FileDelete(target);
@@ -73,6 +73,7 @@ bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingE
                    std::to_wstring(index));
         return false;
       }
+      if (written != nullptr && (IsPageFile || index == pageCount)) written->addFile(target);
       windowServices().yield();
     }
     return true;

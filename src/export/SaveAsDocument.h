@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "export/WrittenFiles.h"
 #include "imaging/ImagingEngine.h"
 
 namespace orvane::mdlDocumentHelper {
@@ -11,7 +12,8 @@ namespace orvane::mdlDocumentHelper {
 /// as one multi-page file. Older files of the same names are replaced. A failure ends the export,
 /// is logged, and takes the file being written with it: the page's, or the whole multi-page file;
 /// page files written before it stay. An output in the scan tree, or outside `SavePath`, is refused
-/// before anything is created or deleted.
+/// before anything is created or deleted, and so is every page once another folder has taken the
+/// output folder's place.
 /// @param ImgMerge, ImgPageCount  only cleared, when their last error is set.
 /// @param ImgControl  the instance that saves the pages; left empty.
 /// @param DocumentID  the document's name, which is the name of its folder.
@@ -22,11 +24,12 @@ namespace orvane::mdlDocumentHelper {
 /// @param SavePath  the output folder, with or without a final `\`; created when missing.
 /// @param SubFolderType  the mask of the page number.
 /// @param NewDocumentID  the front of the output names; may be empty.
+/// @param written  where the written files are noted; may be null.
 /// @return true when every page was written, also when there is none.
 bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingEngine& ImgPageCount,
                     const std::wstring& DocumentID, std::int16_t SaveFileType, bool IsPageFile,
                     std::int16_t CompressionType, std::int16_t CompressionRatios,
                     const std::wstring& SavePath, const std::wstring& SubFolderType,
-                    const std::wstring& NewDocumentID);
+                    const std::wstring& NewDocumentID, WrittenFiles* written = nullptr);
 
 }  // namespace orvane::mdlDocumentHelper

@@ -1,6 +1,9 @@
 #include "export/ScanTreeGuard.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
@@ -29,7 +32,11 @@ std::vector<fs::path> scanTreeOfDocument(const std::wstring& documentName) {
 std::vector<fs::path> scanTreeOfAllDocuments() {
   std::vector<fs::path> roots = scanTreeOfBatch();
   for (const std::wstring& name : mdlFolderAndFile::fileSystem().SubFolders(gBatchFolder)) {
-    roots.push_back(resolvedPlace(GetDocumentPath(name)));
+    // What leads nowhere holds no scans.
+    const std::wstring document = GetDocumentPath(name);
+    if (mdlFolderAndFile::fileSystem().FolderExists(document)) {
+      roots.push_back(resolvedPlace(document));
+    }
   }
   return roots;
 }
@@ -61,12 +68,59 @@ bool isFolderName(const std::wstring& name) {
          name.find_first_of(kForbidden) == std::wstring::npos;
 }
 
+HeldFolder::HeldFolder(const std::wstring& path) : folder_(path, O_PATH | O_DIRECTORY) {
+  struct stat status {};
+  if (fstat(folder_.number(), &status) != 0) throw systemFailure(errno, path);
+  identity_ = {status.st_dev, status.st_ino};
+}
+
+void HeldFolder::requireAt(const std::wstring& path) const {
+  struct stat status {};
+  if (stat(nativePath(path).c_str(), &status) != 0) {
+    throw Failure(L"输出文件夹无法访问：" + description(systemFailure(errno, path)));
+  }
+  if (FileIdentity{status.st_dev, status.st_ino} != identity_) {
+    throw Failure(L"输出文件夹已不是原来的那一个，不能导出：" + path);
+  }
+}
+
+bool HeldFolder::isAt(const std::wstring& path) const {
+  try {
+    requireAt(path);
+    return true;
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
 OutputGuard::OutputGuard(const std::wstring& outputFolder, const std::wstring& documentName)
-    : outputFolder_(resolvedPlace(outputFolder)), scanTree_(scanTreeOfDocument(documentName)) {
+    : folderText_(mdlFolderAndFile::AppendBackslash(outputFolder)),
+      outputFolder_(resolvedPlace(outputFolder)),
+      scanTree_(scanTreeOfDocument(documentName)) {
   requireOutsideScanTree(outputFolder_, outputFolder);
 }
 
-void OutputGuard::check(const std::wstring& file) const {
+void OutputGuard::enterFolder() {
+  held_.emplace(folderText_);
+  held_->requireAt(pathText(outputFolder_));
+}
+
+std::optional<FileIdentity> OutputGuard::check(const std::wstring& file) const {
+  held_->requireAt(folderText_);
+  struct stat status {};
+  const bool isThere = lstat(nativePath(file).c_str(), &status) == 0;
+  if (!isThere && errno != ENOENT && errno != ENOTDIR) throw systemFailure(errno, file);
+  if (!isDirectlyInFolder(file) || (isThere && S_ISLNK(status.st_mode))) checkPlace(file);
+  if (!isThere) return std::nullopt;
+  return FileIdentity{status.st_dev, status.st_ino};
+}
+
+bool OutputGuard::isDirectlyInFolder(const std::wstring& file) const {
+  return file.starts_with(folderText_) &&
+         file.find_first_of(L"\\/", folderText_.size()) == std::wstring::npos;
+}
+
+void OutputGuard::checkPlace(const std::wstring& file) const {
   requireOutsideScanTree(resolvedPlace(file), file);
   const fs::path folder = resolvedPlace(pathText(nativePath(file).parent_path()));
   requireOutsideScanTree(folder, file);

@@ -1,8 +1,12 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "export/WrittenFiles.h"
+#include "foundation/FileDescriptor.h"
 
 /// The scan tree is read and never changed, whatever the settings say. These guards stand in front
 /// of everything that the export creates or deletes.
@@ -12,6 +16,24 @@ namespace orvane {
 /// separator or a NUL.
 bool isFolderName(const std::wstring& name);
 
+/// A folder that is kept open, so that it can be told whether a path still leads to it: a disk that
+/// was unmounted leaves an empty folder under the same name.
+class HeldFolder {
+ public:
+  /// Throws Failure when there is no folder under `path`.
+  explicit HeldFolder(const std::wstring& path);
+
+  /// Throws Failure when `path` leads to another folder now, or to none.
+  void requireAt(const std::wstring& path) const;
+
+  /// False where `requireAt` would throw.
+  bool isAt(const std::wstring& path) const;
+
+ private:
+  FileDescriptor folder_;
+  FileIdentity identity_;
+};
+
 /// Keeps the output of one document out of the scan tree and inside its output folder.
 class OutputGuard {
  public:
@@ -20,14 +42,24 @@ class OutputGuard {
   /// Throws Failure when the folder lies in the scan tree.
   OutputGuard(const std::wstring& outputFolder, const std::wstring& documentName);
 
-  /// Throws Failure when an output file would lie in the scan tree or outside the output folder.
-  void check(const std::wstring& file) const;
+  /// Keeps hold of the output folder, which is there by now. Throws Failure when it is not the one
+  /// that the constructor looked at.
+  void enterFolder();
+
+  /// Answers which file stands under the name of an output file. Throws Failure when the file would
+  /// lie in the scan tree or outside the output folder, or when another folder has taken the output
+  /// folder's place. Two system calls, unless the name is a link or holds a separator.
+  std::optional<FileIdentity> check(const std::wstring& file) const;
 
  private:
+  bool isDirectlyInFolder(const std::wstring& file) const;
+  void checkPlace(const std::wstring& file) const;
   void requireOutsideScanTree(const std::filesystem::path& place, const std::wstring& path) const;
 
+  std::wstring folderText_;
   std::filesystem::path outputFolder_;
   std::vector<std::filesystem::path> scanTree_;
+  std::optional<HeldFolder> held_;
 };
 
 /// Deletes `SavePath\BatchID` with all it holds, after a document of the current batch has failed.

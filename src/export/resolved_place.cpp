@@ -30,7 +30,8 @@ bool isSameFolder(const fs::path& a, const fs::path& b) {
 }  // namespace
 
 fs::path resolvedPlace(const std::wstring& path) {
-  const fs::path whole = fs::current_path() / nativePath(existingPath(path));
+  const fs::path native = nativePath(existingPath(path));
+  const fs::path whole = native.is_absolute() ? native : fs::current_path() / native;
   std::deque<fs::path> rest(whole.begin(), whole.end());
   fs::path place = "/";
   int links = 0;

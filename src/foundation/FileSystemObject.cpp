@@ -31,10 +31,10 @@ std::optional<struct stat> statusOf(StatusCall call, const std::wstring& path) {
 
 using Listing = std::unique_ptr<DIR, int (*)(DIR*)>;
 
-bool isFolder(const Listing& listing, const dirent& entry) {
+bool mayBeFolder(const Listing& listing, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) return entry.d_type == DT_DIR;
   struct stat status {};
-  return fstatat(dirfd(listing.get()), entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+  return fstatat(dirfd(listing.get()), entry.d_name, &status, 0) != 0 || S_ISDIR(status.st_mode);
 }
 
 }  // namespace
@@ -75,7 +75,9 @@ std::vector<std::wstring> FileSystemObject::SubFolders(const std::wstring& path)
     if (entry == nullptr && errno != 0) throw systemFailure(errno, path);
     if (entry == nullptr) break;
     const std::string_view name = entry->d_name;
-    if (name != "." && name != ".." && isFolder(listing, *entry)) names.push_back(entryText(name));
+    if (name != "." && name != ".." && mayBeFolder(listing, *entry)) {
+      names.push_back(entryText(name));
+    }
   }
   std::sort(names.begin(), names.end());
   return names;

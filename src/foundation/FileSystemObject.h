@@ -44,7 +44,9 @@ class FileSystemObject {
   /// mid-copy there is no target.
   virtual void CopyFile(const std::wstring& source, const std::wstring& target);
 
-  /// The names of the direct sub-folders (links to folders count), in ascending order.
+  /// The names of the direct sub-folders (links to folders count), in ascending order. An entry of
+  /// which it cannot be told (a link to nothing, one that has gone meanwhile) is among them: it may
+  /// be a folder, and whoever goes there will learn why not.
   virtual std::vector<std::wstring> SubFolders(const std::wstring& path);
 
   /// The whole content of a regular file of up to 64 MiB; a larger one is refused.

@@ -4,6 +4,9 @@
 #include <chrono>
 #include <fcntl.h>
 #include <future>
+#include <linux/magic.h>
+#include <sys/vfs.h>
+#include <system_error>
 #include <unistd.h>
 
 #include "foundation/Failure.h"
@@ -15,25 +18,53 @@ namespace {
 
 constexpr auto kStep = std::chrono::milliseconds(20);
 
-void syncNow(const std::wstring& folder) {
-  const int number = open(nativePath(folder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (number < 0 && errno == ENOENT) return;
-  if (number < 0 && errno == EACCES) {  // it may be written to and not be read
-    sync();
-    return;
+std::future<void> started(const std::function<void()>& sync) {
+  try {
+    return std::async(std::launch::async, sync);
+  } catch (const std::system_error&) {  // no thread to be had
+    return std::async(std::launch::deferred, sync);
   }
-  if (number < 0) throw systemFailure(errno, folder);
-  const int error = syncfs(number) == 0 ? 0 : errno;
+}
+
+// Opens `path` for as long as `sync` takes, which answers 0 or -1 with errno. Answers the error,
+// EACCES for what may be written to and not be read.
+template <typename Sync>
+int errorOf(Sync sync, const std::wstring& path) {
+  const int number = open(nativePath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  if (number < 0) return errno;
+  const int error = sync(number) == 0 ? 0 : errno;
   close(number);
-  if (error != 0) throw systemFailure(error, folder);
+  return error;
 }
 
 }  // namespace
 
-void syncDiskOf(const std::wstring& folder) {
-  std::future<void> done = std::async(std::launch::async, syncNow, folder);
-  while (done.wait_for(kStep) != std::future_status::ready) windowServices().yield();
+void syncBesideWindow(const std::function<void()>& sync) {
+  std::future<void> done = started(sync);
+  while (done.wait_for(kStep) == std::future_status::timeout) windowServices().yield();
   done.get();
+}
+
+bool syncsFilesOnly(const std::wstring& path) {
+  struct statfs status {};
+  if (statfs(nativePath(path).c_str(), &status) != 0) throw systemFailure(errno, path);
+  return status.f_type == FUSE_SUPER_MAGIC;
+}
+
+void syncDiskOf(const std::wstring& folder) {
+  const int error = errorOf(syncfs, folder);
+  if (error == EACCES) {
+    sync();
+  } else if (error != 0) {
+    throw systemFailure(error, folder);
+  }
+}
+
+void syncEntry(const std::wstring& path) {
+  const int error = errorOf(fsync, path);
+  if (error != 0 && error != EACCES && error != EINVAL && error != ENOTSUP) {
+    throw systemFailure(error, path);
+  }
 }
 
 }  // namespace orvane

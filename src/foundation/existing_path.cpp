@@ -8,6 +8,7 @@
 #include <optional>
 #include <sys/stat.h>
 
+#include "foundation/Failure.h"
 #include "foundation/path_text.h"
 #include "foundation/program.h"
 
@@ -40,23 +41,22 @@ bool equalInAnyCase(std::wstring_view name, std::wstring_view otherName) {
                     [](wchar_t a, wchar_t b) { return a == b || upperCase(a) == upperCase(b); });
 }
 
-// The name under which `folder` (which ends in a separator) holds `name`.
-std::optional<std::wstring> entryOf(const std::wstring& folder, const std::wstring& name) {
+}  // namespace
+
+std::optional<std::wstring> entryInAnyCase(const std::wstring& folder, const std::wstring& name) {
   if (isThere(folder + name)) return name;
   std::optional<std::wstring> found;
-  std::error_code unreadable;
-  std::filesystem::directory_iterator entry(nativePath(folder), unreadable);
-  for (; !unreadable && entry != std::filesystem::directory_iterator();
-       entry.increment(unreadable)) {
+  std::error_code error;
+  std::filesystem::directory_iterator entry(nativePath(folder), error);
+  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
     std::wstring candidate = entryText(entry->path().filename().native());
     if (equalInAnyCase(candidate, name) && (!found || candidate < *found)) {
       found = std::move(candidate);
     }
   }
+  if (error) throw systemFailure(error.value(), folder);
   return found;
 }
-
-}  // namespace
 
 std::wstring existingPath(const std::wstring& pathText) {
   if (!liesInScanTree(pathText) || isThere(pathText)) return pathText;
@@ -68,9 +68,14 @@ std::wstring existingPath(const std::wstring& pathText) {
     if (nameBegin == pathText.npos) break;
 
     const std::wstring name = pathText.substr(nameBegin, nameEnd - nameBegin);
-    const std::optional<std::wstring> entry = entryOf(found, name);
-    if (name == L".." || !entry) return pathText;
-    found += *entry;
+    if (name == L"..") return pathText;
+    try {
+      const std::optional<std::wstring> entry = entryInAnyCase(found, name);
+      if (!entry) return pathText;
+      found += *entry;
+    } catch (const Failure&) {
+      return pathText;
+    }
     begin = std::min(nameEnd, pathText.size());
   }
   return found;

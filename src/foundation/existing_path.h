@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace orvane {
@@ -13,5 +14,11 @@ namespace orvane {
 /// Every other path comes back as it is: one outside the scan tree, one with ".." in it, one that
 /// is there, and one that is not there in any spelling. What writes or deletes does not ask here.
 std::wstring existingPath(const std::wstring& pathText);
+
+/// The name under which `folder` (which ends in a separator) holds `name`: the exact spelling wins,
+/// else the first entry that differs in letter case only. Nothing when it certainly holds none.
+/// An entry that cannot be looked at counts as there: whoever uses it will tell why. Throws Failure
+/// for a folder that is not there or cannot be listed.
+std::optional<std::wstring> entryInAnyCase(const std::wstring& folder, const std::wstring& name);
 
 }  // namespace orvane

@@ -8,8 +8,10 @@
 #include "docstore/ScanTree.h"
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
+#include "support/AsOrdinaryUser.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"
+#include "support/failureOf.h"
 
 namespace orvane::test {
 namespace {
@@ -190,6 +192,44 @@ TEST(ScanTree, BuildersRefuseNothing) {
   EXPECT_EQ(GetDocumentPath(L"") + GetDocDataPath(L"D1"), L"\\\\\\D1\\Doc.dat");
   gBatchFolder = L"X";
   EXPECT_EQ(GetPagePath(L"D1", L"P1"), L"X\\D1\\P1.tif");
+}
+
+TEST(ScanTree, ASubFolderIsADocumentOrCertainlyNone) {
+  const TempStation station;
+  const std::string gone = "No such file or directory", loop = "Too many levels of symbolic links",
+                    closed = "Permission denied";
+  const struct {
+    const char* command;  // makes D
+    std::string answer;   // or the reason why there is none, behind the path
+  } cases[] = {{"mkdir D; touch D/Doc.dat", "yes"},
+               {"mkdir D; touch D/DOC.DAT", "yes"},
+               {"mkdir D E; touch E/x; ln -s ../E/x D/doc.dat", "yes"},
+               {"mkdir E; touch E/Doc.dat; ln -s E D", "yes"},
+               {"mkdir D; touch D/Doc.dat; chmod 111 D", "yes"},
+               {"mkdir D; touch D/Doc.datbak D/1.tif", "no"},
+               {"mkdir E; ln -s E D", "no"},
+               {"true", "D\\: " + gone},
+               {"ln -s nowhere D", "D\\: " + gone},
+               {"ln -s D D", "D\\Doc.dat: " + loop},
+               {"touch D", "D\\Doc.dat: Not a directory"},
+               {"mkdir D; ln -s nowhere D/Doc.dat", "D\\Doc.dat: " + gone},
+               {"mkdir D; ln -s DOC.dat D/DOC.dat", "D\\DOC.dat: " + loop},
+               {"mkdir -p D/Doc.dat", "D\\Doc.dat: Is a directory"},
+               {"mkdir D; mkfifo D/Doc.dat", "D\\Doc.dat: Invalid argument"},
+               {"mkdir D; touch D/Doc.dat; chmod 0 D/Doc.dat", "D\\Doc.dat: " + closed},
+               {"mkdir D; touch D/Doc.dat; chmod 0 D", "D\\Doc.dat: " + closed},
+               {"mkdir D; chmod 111 D", "D\\: " + closed}};
+  gBatchFolder = station.path(L"Batchs\\B");
+  const std::string batch = toUtf8(gBatchFolder) + "\\";
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.command);
+    station.shell("chmod 755 .; rm -rf Batchs; mkdir -p Batchs/B; cd Batchs/B; " +
+                  std::string(c.command));
+    const AsOrdinaryUser user;
+    bool answer = false;
+    const std::string reason = failureOf([&] { answer = isDocument(L"D"); });
+    EXPECT_EQ(reason.empty() ? (answer ? "yes" : "no") : reason.substr(batch.size()), c.answer);
+  }
 }
 
 }  // namespace

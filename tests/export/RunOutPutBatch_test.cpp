@@ -90,6 +90,7 @@ TEST_F(RunOutPutBatch, OutcomesOfABatch) {
     std::string lines;
     bool isExported;
     Files files;
+    std::string moreScans{}, reason{};
   } cases[] = {
       {{}, true, exported, true, {"B1/old"}},
       {{{" ", ""}}, true, "D1 导出成功！|" + exported, true, {"B1/old"}},  // without a page
@@ -97,6 +98,10 @@ TEST_F(RunOutPutBatch, OutcomesOfABatch) {
       {{{"P"}, {"missing"}, {"P"}}, true, failed, false, {}},
       {{{"P"}, {"missing"}}, false, failed, false, {"B1/old", "D1-001.tif"}},
       {{{"P"}, {}}, true, failed, false, {}},  // an empty Doc.dat
+      {{{"P"}}, true, failed, false, {}, "ln -s gone D2", "D2\\: No such file or directory"},
+      {{{"P"}}, true, failed, false, {}, "ln -s D2 D2", "D2\\Doc.dat: Too many levels"},
+      {{{"P"}}, true, failed, false, {}, "ln -s D1/P.tif/x D2", "D2\\Doc.dat: Not a directory"},
+      {{{"P"}}, true, failed, false, {}, "mkdir D2; ln -s x D2/Doc.dat", "D2\\Doc.dat: No such"},
       {{{"P"}}, true, notUpdated, false, {"B1/D1-001.tif", "B1/old"}}};
   frmMain.stopAfterBatch = true;
   for (const auto& c : cases) {
@@ -111,13 +116,16 @@ TEST_F(RunOutPutBatch, OutcomesOfABatch) {
     for (std::size_t i = 0; i < c.documents.size(); ++i) {
       station.addDocument("B1/D" + std::to_string(i + 1), c.documents[i]);
     }
-    const auto scans = station.scanTree();
+    station.shell("cd Batchs/B1; " + c.moreScans);
+    const std::string tree = "find Batchs -printf '%p %l\\n' -type f -exec cat {} +";
+    const std::string scans = station.shell(tree);
     frmMain.options.IsCreateBatchFolder = c.batchFolder;
     EXPECT_EQ(run(), "档案：B1开始导出...|" + c.lines);
     EXPECT_EQ(frmMain.journal.back(), "buttons");
     EXPECT_EQ(station.stateOf("B1"), c.isExported ? "完成成果输出|" : "完成扫描|成果输出失败！");
     EXPECT_EQ(station.outputFiles(), c.files);
-    EXPECT_EQ(station.scanTree(), scans);
+    EXPECT_EQ(station.shell(tree), scans);
+    EXPECT_NE(station.takeLog().find(c.reason), std::string::npos);
   }
 }
 

@@ -69,6 +69,35 @@ TEST_F(SaveAsDocument, AFailedPageTakesItsFileWithIt) {
   EXPECT_TRUE(station.takeLog().ends_with("\n" + kSource + "按多页文件保存时出错。页码：2\n"));
 }
 
+TEST_F(SaveAsDocument, WhatTakesTheOutputsPlaceInMidDocumentIsLeftAlone) {
+  station.addDocument("B1/D1", {"A", "B"});
+  const struct {
+    const char* command;
+    std::vector<bool> isPageFile;
+    std::string reason, left;  // "%" is the output folder
+  } cases[] = {
+      {"mv output aside; mv other output",
+       {true, false},
+       "输出文件夹已不是原来的那一个，不能导出：%\\",
+       "output output/D1_.tif output/D1_002.tif"},
+      {"mv output aside", {true, false}, "输出文件夹无法访问：%\\: No such file or directory", ""},
+      {"rm output/D1_.tif", {false}, "%\\D1_.tif: No such file or directory", "output"}};
+  for (const auto& c : cases) {
+    for (const bool isPageFile : c.isPageFile) {
+      station.shell(
+          "rm -rf output aside other; mkdir output other; touch other/D1_.tif other/D1_002.tif");
+      window.onYield = [&, yields = 0]() mutable {
+        if (++yields == 2) station.shell(c.command);  // after the first page
+      };
+      EXPECT_FALSE(save(isPageFile, out));
+      std::string reason = c.reason;
+      reason.replace(reason.find('%'), 1, toUtf8(out));
+      EXPECT_EQ(station.takeLog(), kSource + reason + "\n");
+      EXPECT_EQ(station.shell("find output -size 0 -o -type d 2>&- | sort | xargs"), c.left + "\n");
+    }
+  }
+}
+
 TEST_F(SaveAsDocument, WithoutAPageListOrAFolderNothingIsMade) {
   EXPECT_FALSE(save(true, out + L"\\new"));
   station.addDocument("B1/D1", {});

@@ -126,9 +126,13 @@ TEST_F(FileOperations, AFullDiskLeavesNoHalfCopy) {
 TEST_F(FileOperations, OnlyFoldersAreListedAndOnlyFilesOfSensibleSizeRead) {
   station.shell(
       "mkdir -p tree/b tree/a/deeper tree/B tree/十 tree/一; echo x > tree/file; "
-      "ln -s a tree/link; ln -s gone tree/broken; mkfifo pipe; truncate -s 65M large");
+      "ln -s a tree/link; ln -s file tree/no-folder; mkfifo pipe tree/pipe; truncate -s 65M large");
   EXPECT_THAT(fileSystem().SubFolders(at(L"tree")),
               testing::ElementsAre(L"B", L"a", L"b", L"link", L"一", L"十"));
+  station.shell("cd tree; rm -r B b link 一 十; ln -s gone broken; ln -s circle circle");
+  EXPECT_THAT(fileSystem().SubFolders(at(L"tree")),
+              testing::ElementsAre(L"a", L"broken", L"circle"))
+      << "what cannot be looked at may be a folder";
   EXPECT_THROW(fileSystem().SubFolders(at(L"tree\\file")), Failure);
   for (const wchar_t* name : {L"pipe", L"large", L"", L"missing"}) {
     EXPECT_THROW(fileSystem().ReadFile(at(name)), Failure);

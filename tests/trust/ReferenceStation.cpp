@@ -18,12 +18,15 @@ ReferenceStation::ReferenceStation() {
       outputOf(sheet + "-type TrueColor -compress jpeg tif:-")};
   std::vector<std::string> batches;
   for (int i = 0; i < kBatches; ++i) {
-    batches.push_back("B" + std::to_string(i));
-    for (const char* name : {"D1/P0", "D1/P1", "D2/P2"}) {
-      writeBytes(scan(batches.back() + "/" + name + ".tif"), pages[name[4] - '0']);
+    const std::string batch = "B" + std::to_string(i);
+    const auto document =
+        scan(batch) / (batch + "D");  // so that every output begins with the batch
+    batches.push_back(batch);
+    for (const char* name : {"1/P0", "1/P1", "2/P2"}) {
+      writeBytes(document.string() + name + ".tif", pages[name[3] - '0']);
     }
-    writeBytes(scan(batches.back() + "/D1/Doc.dat"), "P0$P1$");
-    writeBytes(scan(batches.back() + "/D2/Doc.dat"), "P2$");
+    writeBytes(document.string() + "1/Doc.dat", "P0$P1$");
+    writeBytes(document.string() + "2/Doc.dat", "P2$");
   }
   createTable(batches);
   writeBytes(native("data.ini"),
@@ -69,7 +72,6 @@ ExportSettings ReferenceStation::formOf(int batch) const {
   settings.IsCreateDocFolder = forms[batch].documentFolder;
   settings.ReNameFormat = kNameOfDocumentAndPage;
   settings.SavePath = outputText();
-  if (!settings.IsCreateBatchFolder) settings.SavePath += L"\\B" + std::to_wstring(batch);
   return settings;
 }
 

@@ -76,11 +76,19 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
     std::function<void()> event, repair;
     std::string told, remark;
   } cases[] = {
-      {"the output folder is removed, and comes back with the next document",
-       [&] { fs::remove_all(out()); }, [] {}, "D2 导出成功！", ""},
+      {"the output folder is removed", [&] { fs::remove_all(out()); },
+       [&] { fs::create_directory(out()); }, "输出文件夹无法访问：", batchFailed},
+      {"another folder takes the place of the output folder",
+       [&] { aside(out()), writeBytes(out() / "B1/D1001.tif", "of another disk"); },
+       [&] {
+         EXPECT_EQ(readBytes(out() / "B1/D1001.tif"), "of another disk");
+         EXPECT_EQ(station.outputTree().size(), 2u);
+         back(out());
+       },
+       "输出文件夹已不是原来的那一个，不能导出：" + toUtf8(station.outputText()), batchFailed},
       {"a file takes the place of the output folder",
        [&] { aside(out()), writeBytes(out(), "a file"); }, [&] { back(out()); },
-       "output: File exists", batchFailed},
+       "输出文件夹已不是原来的那一个", batchFailed},
       {"the output folder becomes read-only",
        [&] { fs::permissions(out() / "B1", fs::perms{0555}); }, [] {}, "Permission denied",
        batchFailed},
@@ -88,7 +96,13 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
        [&] { aside(source()), writeBytes(station.native("Log"), "a file"); },
        [&] { back(source()), fs::remove(station.native("Log")); }, "D2 导出失败！", batchFailed},
       {"the page list is a folder", [&] { aside(docDat()), fs::create_directory(docDat()); },
-       [&] { back(docDat()); }, "档案导出成果成功！", ""},
+       [&] { back(docDat()); }, "Doc.dat: Is a directory", batchFailed},
+      {"the document is gone", [&] { aside(station.scan("B1/D2")); },
+       [&] { back(station.scan("B1/D2")); }, "B1\\D2\\: No such file", batchFailed},
+      {"the batch is gone", [&] { aside(station.scan("B1")); }, [&] { back(station.scan("B1")); },
+       "B1\\D2\\: No such file", batchFailed},
+      {"no thread can be had", [&] { armFaults(out().c_str(), kThread, Fault::FailOnward, 1); },
+       [] { disarmFaults(); }, "档案导出成果成功！", ""},
       {"the page list may not be read", [&] { fs::permissions(docDat(), fs::perms{0}); },
        [&] { fs::permissions(docDat(), fs::perms{0644}); }, "Doc.dat: Permission denied",
        batchFailed},
@@ -159,6 +173,26 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
         << told();
   }
   EXPECT_EQ(readBytes(station.native("beside/keep")), "kept");
+}
+
+TEST_F(Night, OnAFileSystemInUserSpaceEveryFileAndFolderIsSynced) {
+  host.options.ReNameFormat = kNameOfPage;
+  station.addDocument("B1/D1", {"P", "P"});
+  station.addDocument("B1/D2", {"P"});  // over the first page of D1
+  long syncs = 0;
+  const auto exported = [&](Fault fault, long at) {
+    station.createTable({"B1"});
+    armFaults(station.output().c_str(), kSync | kFuse, fault, at);
+    run();
+    syncs = disarmFaults();
+    return station.stateOf("B1");
+  };
+  EXPECT_EQ(exported(Fault::None, 0), "完成成果输出|");
+  EXPECT_EQ(syncs, 4) << "two files, output and output/B1";
+  for (long at = 1; at <= 4; ++at) {
+    EXPECT_EQ(exported(Fault::FailOnward, at), "完成扫描|成果输出失败！");
+  }
+  EXPECT_NE(told().find("B1\\002.tif: Input/output error"), std::string::npos) << told();
 }
 
 TEST_F(Night, SettingsAreSavedWhereOwnersAndModesCannotBeChanged) {
