@@ -6,6 +6,10 @@
 #include <QTimer>
 #include <gmock/gmock.h>
 
+#include "support/AsOrdinaryUser.h"
+#include "support/TempStation.h"
+#include "window/InstanceGuard.h"
+
 namespace orvane::test {
 namespace {
 
@@ -48,6 +52,34 @@ TEST(QtWindowServices, TheBusyPointerDoesNotPileUp) {
     const QCursor* pointer = QApplication::overrideCursor();
     EXPECT_EQ(pointer != nullptr, busy);
     EXPECT_TRUE(!busy || pointer->shape() == Qt::WaitCursor);
+  }
+}
+
+TEST(InstanceGuard, WhereTheFolderCannotBeLockedAFileIsAndNoLockAtAllIsTold) {
+  TempStation station;
+  const std::string told =
+      "Orvane成果导出:工作站无法加锁，不能确定是否已有另一个程序在这里运行：.*: ";
+  const struct {
+    const char* rights;  // without the right to read it a folder cannot be opened
+    bool secondEnds, fileIsThere;
+    std::string log;
+  } cases[] = {{"755", true, false, ""},
+               {"333", true, true, ""},
+               {"111", true, true, ""},
+               {"111", false, false, "(" + told + "Permission denied；.*\n){2}"}};
+  station.shell("mkdir -m 777 Log");
+  for (const auto& [rights, secondEnds, fileIsThere, log] : cases) {
+    SCOPED_TRACE(rights);
+    station.shell((secondEnds ? "chmod " : "rm Orvane.lock; chmod ") + std::string(rights) + " .");
+    {
+      const AsOrdinaryUser user;
+      const InstanceGuard first(station.path()), second(station.path());
+      EXPECT_FALSE(first.anotherRuns());
+      EXPECT_EQ(second.anotherRuns(), secondEnds);
+    }
+    station.shell("chmod 755 .");
+    EXPECT_EQ(std::filesystem::exists(station.native("Orvane.lock")), fileIsThere);
+    EXPECT_THAT(station.takeLog(), testing::MatchesRegex(log));
   }
 }
 
