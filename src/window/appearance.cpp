@@ -5,10 +5,8 @@
 #include <QPalette>
 #include <QStyle>
 
-#include "foundation/program.h"
 #include "window/ChineseTexts.h"
 #include "window/icons.h"
-#include "window/qt_text.h"
 
 namespace orvane {
 namespace {
@@ -41,7 +39,6 @@ void applyAppearance() {
 
   static ChineseTexts chineseTexts;
   QCoreApplication::installTranslator(&chineseTexts);
-  QApplication::setApplicationDisplayName(toQt(kApplicationTitle));
   QApplication::setWindowIcon(windowIcon());
 }
 

@@ -6,10 +6,13 @@
 namespace orvane::test {
 namespace {
 
-// The visible window whose title matches a regular expression; empty when there is none.
+// The visible window with exactly this title, as a desktop shows it (a search would be content with
+// the older property, to which nothing is added); empty when there is none.
 std::string windowOf(const std::string& title) {
-  return runCommand("xdotool search --onlyvisible --name " + quoted(title) +
-                    " 2>/dev/null | head -n 1 | tr -d '\\n'")
+  return runCommand(
+             "for window in $(xdotool search --onlyvisible --name . 2>/dev/null); do"
+             " test \"$(xdotool getwindowname $window)\" = " +
+             quoted(title) + " && printf %s $window && break; done")
       .output;
 }
 
@@ -18,7 +21,7 @@ std::string windowOf(const std::string& title) {
 Operator::Operator(const ExportStation& station, const std::string& environment)
     : program_("env " + environment + " " + quoted(station.native("orvane-export"))) {
   waitFor("the window", [&] {
-    window_ = windowOf("^Orvane成果导出$");
+    window_ = windowOf("Orvane成果导出");
     return !window_.empty() || program_.exitCode();
   });
   if (window_.empty()) throw NoWindow{*program_.exitCode()};
@@ -63,9 +66,26 @@ std::string Operator::listEndingWith(const std::string& lastLine) const {
   return list;
 }
 
+void Operator::endDisplay() const {
+  runCommand("xdotool windowkill " + window_);
+}
+
+void Operator::chooseFolder(const std::string& path) const {
+  click(364, 40);
+  waitForBox("成果输出文件夹");
+  const std::string chooser = windowOf("成果输出文件夹");
+  runCommand("xdotool windowfocus --sync " + chooser + " key Tab ctrl+a type " + quoted(path));
+  runCommand("xdotool key Return");
+  waitFor("the end of the chooser", [&] { return windowOf("成果输出文件夹").empty(); });
+}
+
+void Operator::waitForBox(const std::string& title) const {
+  waitFor("the box " + title, [&] { return !windowOf(title).empty(); });
+}
+
 void Operator::closeBox(const std::string& title) const {
-  std::string box;
-  waitFor("the box " + title, [&] { return !(box = windowOf(title)).empty(); });
+  waitForBox(title);
+  const std::string box = windowOf(title);
   waitFor("the end of the box " + title, [&] {
     runCommand("xdotool windowfocus " + box + " key Return");
     return windowOf(title) != box;

@@ -29,10 +29,18 @@ class Operator {
   /// The close box.
   void closeWindow() const;
 
+  /// Takes the display away, as the end of an X server does.
+  void endDisplay() const;
+
+  /// Types a folder into the folder chooser.
+  void chooseFolder(const std::string& path) const;
+
   /// The text of the list, taken with Ctrl+A and Ctrl+C once its last line is `lastLine`.
   std::string listEndingWith(const std::string& lastLine) const;
 
-  /// Waits for a message box with `title` in its title and closes it with the Enter key.
+  /// Waits for a message box with exactly this title.
+  void waitForBox(const std::string& title) const;
+  /// Waits for it and closes it with the Enter key.
   void closeBox(const std::string& title) const;
 
   Process& program() { return program_; }

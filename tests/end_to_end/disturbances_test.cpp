@@ -105,8 +105,8 @@ TEST_F(Disturbances, ALockedDatabaseIsWaitedForUntilItIsFreeOrTheOperatorActs) {
   Operator person(station);
   person.pressRun();
   person.pressStop();
-  person.closeBox("mdlDataBase");  // the connection
-  person.closeBox("mdlDataBase");  // the query
+  person.closeBox("Orvane成果导出[mdlDataBase]");  // the connection
+  person.closeBox("Orvane成果导出[mdlDataBase]");  // the query
   person.pressRun();
   pclose(scanning);
   EXPECT_EQ(person.listEndingWith(kAllDone),
