@@ -1,27 +1,231 @@
 #include "window/BrowseForFolder.h"
 
+#include <QBoxLayout>
+#include <QDialog>
 #include <QDir>
-#include <QFile>
-#include <QFileDialog>
+#include <QHeaderView>
+#include <QInputDialog>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTreeWidget>
+#include <memory>
+#include <mntent.h>
 
+#include "foundation/Failure.h"
+#include "foundation/WindowServices.h"
+#include "foundation/mdlFolderAndFile.h"
 #include "foundation/path_text.h"
 #include "window/qt_text.h"
 
 namespace orvane {
+namespace {
 
-std::wstring BrowseForFolder(QWidget* hOwner, const std::wstring& sTitle) {
-  QFileDialog dialog(hOwner, toQt(sTitle), QDir::homePath());
-  dialog.setFileMode(QFileDialog::Directory);
-  dialog.setOption(QFileDialog::ShowDirsOnly);
-  dialog.setOption(QFileDialog::DontUseNativeDialog);
-  dialog.setViewMode(QFileDialog::List);  // a folder has no size, and only one kind
-  dialog.setLabelText(QFileDialog::LookIn, QStringLiteral("位置："));
-  dialog.setLabelText(QFileDialog::FileName, QStringLiteral("文件夹："));
-  dialog.setLabelText(QFileDialog::FileType, QStringLiteral("类型："));
-  dialog.setLabelText(QFileDialog::Accept, QStringLiteral("确定"));
-  dialog.setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
-  if (dialog.exec() != QDialog::Accepted) return {};
-  return pathText(QFile::encodeName(dialog.selectedFiles().value(0)).toStdString());
+constexpr int kFolder = Qt::UserRole;  // the native path of an item
+
+std::wstring toPathText(const QString& native) {
+  return pathText(QFile::encodeName(native).toStdString());
+}
+
+QString fromPathText(const std::wstring& text) {
+  return QFile::decodeName(QByteArray::fromStdString(nativePath(text).native()));
+}
+
+bool isFolder(const QString& path) {
+  return QDir::isAbsolutePath(path) && QFileInfo(path).isDir();
+}
+
+QString nearestFolder(QString path) {
+  while (!isFolder(path)) {
+    const qsizetype end = path.lastIndexOf(u'/');
+    if (end <= 0) return QDir::homePath();
+    path.truncate(end);
+  }
+  return QDir::cleanPath(path);
+}
+
+/// The home folder, the volumes and the file system, each with the folders inside it. What is
+/// inside a folder is read when its item is opened.
+class FolderTree : public QTreeWidget {
+ public:
+  explicit FolderTree(QWidget* parent) : QTreeWidget(parent) {
+    setHeaderHidden(true);
+    header()->setStretchLastSection(false);
+    header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    setAccessibleName(QStringLiteral("文件夹"));
+    connect(this, &QTreeWidget::itemExpanded, &FolderTree::fill);
+    addPlace(QDir::homePath(), QStringLiteral("主文件夹"), QStyle::SP_DirHomeIcon);
+    for (const QString& volume : mountedVolumes()) {
+      addPlace(volume, QFileInfo(volume).fileName(), QStyle::SP_DriveHDIcon);
+    }
+    addPlace(QDir::rootPath(), QStringLiteral("文件系统"), QStyle::SP_ComputerIcon);
+  }
+
+  QString currentFolder() const { return folderOf(currentItem()); }
+
+  /// Opens what lies above a folder and makes it the current one.
+  void goTo(const QString& folder) {
+    QTreeWidgetItem* item = placeAbove(folder);
+    QString path = folderOf(item);
+    for (const QString& name : folder.mid(path.size()).split(u'/', Qt::SkipEmptyParts)) {
+      path += (path.endsWith(u'/') ? QString() : QStringLiteral("/")) + name;
+      item->setExpanded(true);
+      item = child(item, path);
+    }
+    item->setExpanded(true);
+    setCurrentItem(item);
+    scrollToItem(item, PositionAtCenter);
+  }
+
+ protected:
+  // Enter is the dialog's.
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) return event->ignore();
+    QTreeWidget::keyPressEvent(event);
+  }
+
+ private:
+  static QString folderOf(const QTreeWidgetItem* item) {
+    return item == nullptr ? QString() : item->data(0, kFolder).toString();
+  }
+
+  static void describe(QTreeWidgetItem& item, const QString& folder, const QString& name) {
+    item.setText(0, name);
+    item.setData(0, kFolder, folder);
+    item.setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);
+  }
+
+  void addPlace(const QString& folder, const QString& name, QStyle::StandardPixmap icon) {
+    auto* item = new QTreeWidgetItem(this);
+    describe(*item, folder, name);
+    item->setIcon(0, style()->standardIcon(icon));
+  }
+
+  static QTreeWidgetItem* addChild(QTreeWidgetItem* parent, const QString& folder) {
+    auto* item = new QTreeWidgetItem(parent);
+    describe(*item, folder, QFileInfo(folder).fileName());
+    item->setIcon(0, parent->treeWidget()->style()->standardIcon(QStyle::SP_DirIcon));
+    return item;
+  }
+
+  /// The item inside `parent` of this folder; made now for one that the listing has left out: a
+  /// hidden folder, or one that is newer.
+  static QTreeWidgetItem* child(QTreeWidgetItem* parent, const QString& folder) {
+    for (int i = 0; i < parent->childCount(); ++i) {
+      if (folderOf(parent->child(i)) == folder) return parent->child(i);
+    }
+    return addChild(parent, folder);
+  }
+
+  static void fill(QTreeWidgetItem* item) {
+    if (item->childCount() > 0) return;
+    const QDir folder(folderOf(item));
+    const auto names = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QString& name : names) addChild(item, folder.filePath(name));
+    if (names.isEmpty())
+      item->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);
+  }
+
+  /// The place with the longest path that leads to `folder`; the file system leads to every one.
+  QTreeWidgetItem* placeAbove(const QString& folder) const {
+    QTreeWidgetItem* best = topLevelItem(topLevelItemCount() - 1);
+    for (int i = 0; i + 1 < topLevelItemCount(); ++i) {
+      const QString place = folderOf(topLevelItem(i));
+      const bool leads = folder == place || folder.startsWith(place + u'/');
+      if (leads && place.size() > folderOf(best).size()) best = topLevelItem(i);
+    }
+    return best;
+  }
+};
+
+/// The tree, below it the path of the folder that 确定 takes; a path can be typed there too.
+class FolderChooser : public QDialog {
+ public:
+  FolderChooser(QWidget* owner, const QString& title, const QString& folder)
+      : QDialog(owner),
+        tree_(new FolderTree(this)),
+        path_(new QLineEdit(this)),
+        accept_(new QPushButton(QStringLiteral("确定"), this)) {
+    setWindowTitle(title);
+    path_->setAccessibleName(QStringLiteral("选中的文件夹"));
+    auto* create = new QPushButton(QStringLiteral("新建文件夹"), this);
+    auto* cancel = new QPushButton(QStringLiteral("取消"), this);
+    create->setAutoDefault(false);
+    accept_->setDefault(true);
+    layOut({create, accept_, cancel});
+    connect(tree_, &QTreeWidget::currentItemChanged, this,
+            [this] { path_->setText(tree_->currentFolder()); });
+    connect(path_, &QLineEdit::textChanged, this, [this, create](const QString& path) {
+      for (auto* button : {accept_, create}) button->setEnabled(isFolder(path));
+    });
+    connect(create, &QPushButton::clicked, this, &FolderChooser::makeFolder);
+    connect(accept_, &QPushButton::clicked, this, &QDialog::accept);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    tree_->goTo(folder);
+  }
+
+  QString folder() const { return QDir::cleanPath(path_->text()); }
+
+ private:
+  void layOut(std::initializer_list<QPushButton*> buttons) {
+    auto* row = new QHBoxLayout;
+    for (auto* button : buttons) row->addWidget(button);
+    row->insertStretch(1);
+    auto* column = new QVBoxLayout(this);
+    column->addWidget(tree_);
+    column->addWidget(path_);
+    column->addLayout(row);
+    resize(480, 440);
+  }
+
+  void makeFolder() {
+    QInputDialog asked(this);
+    asked.setWindowTitle(QStringLiteral("新建文件夹"));
+    asked.setLabelText(QStringLiteral("在 %1 里新建的文件夹名称：").arg(folder()));
+    asked.setOkButtonText(QStringLiteral("确定"));
+    asked.setCancelButtonText(QStringLiteral("取消"));
+    if (asked.exec() != Accepted || asked.textValue().isEmpty()) return;
+    const QString made = QDir::cleanPath(folder() + u'/' + asked.textValue());
+    try {
+      mdlFolderAndFile::fileSystem().CreateFolder(toPathText(made));
+      tree_->goTo(made);
+    } catch (const std::exception& failure) {
+      windowServices().showBox(L"新建文件夹失败：" + description(failure), L"新建文件夹",
+                               BoxIcon::None);
+    }
+  }
+
+  FolderTree* tree_;
+  QLineEdit* path_;
+  QPushButton* accept_;
+};
+
+}  // namespace
+
+std::wstring BrowseForFolder(QWidget* hOwner, const std::wstring& sTitle,
+                             const std::wstring& sOpenAt) {
+  try {
+    FolderChooser chooser(hOwner, toQt(sTitle), nearestFolder(fromPathText(sOpenAt)));
+    if (chooser.exec() != QDialog::Accepted) return {};
+    return toPathText(chooser.folder());
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
+QStringList mountedVolumes(const char* table) {
+  QStringList volumes;
+  const std::unique_ptr<FILE, int (*)(FILE*)> mounts(setmntent(table, "re"), endmntent);
+  if (mounts == nullptr) return volumes;
+  while (const mntent* mount = getmntent(mounts.get())) {
+    const QString folder = QFile::decodeName(mount->mnt_dir);
+    for (const char* above : {"/media/", "/run/media/", "/mnt/"}) {
+      if (folder.startsWith(QLatin1String(above))) volumes += folder;
+    }
+    if (folder == QLatin1String("/mnt")) volumes += folder;
+  }
+  volumes.removeDuplicates();
+  return volumes;
 }
 
 }  // namespace orvane

@@ -4,9 +4,9 @@
 
 namespace orvane {
 
-/// Says in Chinese what Qt's own parts say: the folder chooser, the menus of text boxes and scroll
-/// bars, the buttons of message boxes. The program brings these texts itself, because Qt's are a
-/// package of their own and follow the language of the desktop.
+/// Says in Chinese what Qt's own parts say: the menus of text boxes and scroll bars. The program
+/// brings these texts itself, because Qt's are a package of their own and follow the language of
+/// the desktop.
 class ChineseTexts : public QTranslator {
  public:
   using QTranslator::QTranslator;

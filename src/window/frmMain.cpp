@@ -111,7 +111,7 @@ void frmMain::btnExit_Click() {
 }
 
 void frmMain::cmdSelectPath_Click() {
-  form_.chooseSavePath(BrowseForFolder(this, L"成果输出文件夹"));
+  form_.chooseSavePath(BrowseForFolder(this, L"成果输出文件夹", form_.text(TextBox::SavePath)));
   binding_->show();
 }
 

@@ -1,11 +1,14 @@
 #include "window/frmMain.h"
 
-#include <QFileDialog>
-#include <QHeaderView>
+#include <QDialog>
+#include <QDir>
+#include <QInputDialog>
+#include <QTest>
 #include <QTimer>
-#include <set>
+#include <QTreeWidget>
 
 #include "Station.h"
+#include "window/BrowseForFolder.h"
 
 namespace orvane::test {
 namespace {
@@ -24,22 +27,25 @@ class FrmMain : public Station {
   std::string savedLine(const std::string& key) const {
     return folder.shell("iconv -f GBK -t UTF-8 data.ini | tr -d '\\r' | grep '^" + key + "='");
   }
-  /// What the buttons, menus, lists and headings of a window say.
-  static std::set<std::string> textsOf(const QWidget& dialog) {
-    std::set<std::string> texts;
-    for (const auto* button : dialog.findChildren<QAbstractButton*>()) {
-      texts.insert({button->text().toStdString(), button->toolTip().toStdString()});
+  /// Opens the folder chooser, checks its title, and does `act` in it.
+  void inChooser(const std::function<void(QDialog&)>& act) {
+    bool seen = false;
+    QTimer::singleShot(0, [&] {
+      auto* chooser = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      ASSERT_NE(chooser, nullptr);
+      seen = true;
+      EXPECT_EQ(chooser->windowTitle().toStdString(), "成果输出文件夹");
+      act(*chooser);
+      if (chooser->isVisible()) chooser->reject();
+    });
+    click("cmdSelectPath");
+    EXPECT_TRUE(seen);
+  }
+  static QAbstractButton& buttonOf(const QWidget& dialog, const char* text) {
+    for (auto* button : dialog.findChildren<QAbstractButton*>()) {
+      if (button->text() == QString::fromUtf8(text)) return *button;
     }
-    for (const auto* entry : dialog.findChildren<QAction*>()) {
-      texts.insert(entry->text().toStdString());
-    }
-    for (const auto* heading : dialog.findChildren<QHeaderView*>()) {
-      for (int i = 0; i < heading->count(); ++i) {
-        texts.insert(heading->model()->headerData(i, Qt::Horizontal).toString().toStdString());
-      }
-    }
-    texts.insert(dialog.findChild<QComboBox*>("fileTypeCombo")->currentText().toStdString());
-    return texts;
+    throw std::runtime_error(text);
   }
   QComboBox& names() { return find<QComboBox>("cboRenameType"); }
 };
@@ -138,25 +144,73 @@ TEST_F(FrmMain, EveryWayOfClosingSavesTheSettingsFirst) {
 }
 
 TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelEmptiesIt) {
-  folder.shell("mkdir 成果");
-  const std::wstring chosen = folder.path(L"成果") + L"\\";
-  for (const char* answer : {"accept", "reject"}) {
-    QTimer::singleShot(0, [&] {
-      auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-      ASSERT_NE(dialog, nullptr);
-      EXPECT_EQ(dialog->windowTitle().toStdString(), "成果输出文件夹");
-      EXPECT_EQ(dialog->fileMode(), QFileDialog::Directory);
-      for (const std::string& text : textsOf(*dialog)) {
-        EXPECT_THAT(text, testing::Not(testing::ContainsRegex("[A-Za-z][a-z]"))) << "in English";
-      }
-      dialog->setDirectory(QString::fromStdString(folder.native().string()));
-      dialog->selectFile("成果");
-      QMetaObject::invokeMethod(dialog, answer);
+  folder.shell("mkdir -p 成果/旧 成果/.新");
+  QString opensAt = QDir::homePath();
+  for (const std::wstring name : {L"成果", L"成果\\旧", L"成果\\.新"}) {
+    const QString wanted = QString::fromStdString(nativePath(folder.path(name)).string());
+    inChooser([&](QDialog& chooser) {
+      auto& path = *chooser.findChild<QLineEdit*>();
+      EXPECT_EQ(path.text().toStdString(), opensAt.toStdString());
+      path.setText(wanted + "/x");
+      EXPECT_FALSE(buttonOf(chooser, "确定").isEnabled()) << "not there";
+      path.setText(wanted + "/");
+      buttonOf(chooser, "确定").click();
     });
-    click("cmdSelectPath");
-    EXPECT_EQ(window.settings().SavePath, answer == std::string("accept") ? chosen : L"");
-    EXPECT_EQ(find<QPlainTextEdit>("txtSavePath").toPlainText().toStdWString(), chosen);
+    EXPECT_EQ(window.settings().SavePath, folder.path(name) + L"\\");
+    opensAt = wanted;
   }
+  folder.shell("rmdir 成果/.新");
+  inChooser([&](QDialog& chooser) {
+    EXPECT_EQ(chooser.findChild<QLineEdit*>()->text().toStdString(), folder.native("成果"));
+  });
+  EXPECT_EQ(window.settings().SavePath, L"");
+  EXPECT_EQ(find<QPlainTextEdit>("txtSavePath").toPlainText().toStdWString(),
+            folder.path(L"成果\\.新\\"));
+}
+
+TEST_F(FrmMain, TheFolderChooserMakesFoldersAndTakesNoneAway) {
+  folder.shell("mkdir -p 成果/旧/件");
+  inChooser([&](QDialog& chooser) {
+    chooser.findChild<QLineEdit*>()->setText(QString::fromStdString(folder.native("成果/旧")));
+    buttonOf(chooser, "确定").click();
+  });
+  inChooser([&](QDialog& chooser) {
+    auto& tree = *chooser.findChild<QTreeWidget*>();
+    ASSERT_EQ(tree.currentItem()->text(0).toStdString(), "旧");
+    for (const Qt::Key key : {Qt::Key_Delete, Qt::Key_F2, Qt::Key_Backspace}) {
+      QTest::keyClick(&tree, key);
+    }
+    QTest::mouseClick(tree.viewport(), Qt::RightButton, {},
+                      tree.visualItemRect(tree.currentItem()).center());
+    EXPECT_EQ(QApplication::activePopupWidget(), nullptr);
+    EXPECT_EQ(QApplication::activeModalWidget(), &chooser);
+    EXPECT_EQ(chooser.findChildren<QLineEdit*>().size(), 1) << "a name can be edited";
+    EXPECT_FALSE(tree.dragEnabled() || tree.viewport()->acceptDrops());
+    for (int i = 0; i < 2; ++i) {
+      tree.setCurrentItem(tree.findItems("旧", Qt::MatchExactly | Qt::MatchRecursive).front());
+      QTimer::singleShot(0, [] {
+        auto* asked = qobject_cast<QInputDialog*>(QApplication::activeModalWidget());
+        asked->setTextValue("新");
+        asked->accept();
+      });
+      buttonOf(chooser, "新建文件夹").click();
+    }
+    EXPECT_THAT(services.takeBoxes(), testing::MatchesRegex("新建文件夹失败：.*: File exists.*\n"));
+    tree.setCurrentItem(tree.findItems("新", Qt::MatchExactly | Qt::MatchRecursive).front());
+    buttonOf(chooser, "确定").click();
+  });
+  EXPECT_EQ(window.settings().SavePath, folder.path(L"成果\\旧\\新\\"));
+  EXPECT_EQ(folder.shell("find 成果 | LC_ALL=C sort"), "成果\n成果/旧\n成果/旧/件\n成果/旧/新\n");
+}
+
+TEST_F(FrmMain, TheFolderChooserKnowsTheMountedVolumes) {
+  folder.write("mounts",
+               "/dev/sda1 / ext4 rw 0 0\nproc /proc proc rw 0 0\n/dev/sdc1 /media/user/二\\0401 "
+               "exfat rw 0 0\n//nas/a /mnt cifs rw 0 0\nnas:/b /run/media/b nfs rw 0 0\n"
+               "/dev/sdd1 /mnt/c ext4 rw 0 0\ntmpfs /run/user/0 tmpfs rw 0 0\n"
+               "none /mntx tmpfs rw 0 0\n/dev/sde1 /mnt/c ext4 rw 0 0\n");
+  EXPECT_EQ(mountedVolumes(folder.native("mounts").c_str()).join("|").toStdString(),
+            "/media/user/二 1|/mnt|/run/media/b|/mnt/c");
 }
 
 }  // namespace
