@@ -1,7 +1,13 @@
 #include <QApplication>
+#include <QPointer>
+#include <QSocketNotifier>
+#include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 #include "export/RunOutPutBatch.h"
 #include "foundation/kept_memory.h"
@@ -14,10 +20,43 @@
 
 namespace {
 
-// Also from inside a yield: no code of a run goes on behind it.
+// Also from inside a yield: no code of a run goes on after it.
 [[noreturn]] void endProcess() {
   std::fflush(nullptr);
   std::_Exit(EXIT_SUCCESS);
+}
+
+int endSignals = -1;  // an eventfd, readable once a signal has asked for the end
+
+void tellEndSignal(int) {
+  const int oldError = errno;
+  const std::uint64_t one = 1;
+  [[maybe_unused]] const ssize_t written = write(endSignals, &one, sizeof one);
+  errno = oldError;
+}
+
+/// Whatever ends the program from outside closes the window, as its close box does: in the event
+/// loop or in a yield. A session manager does it through Qt.
+void closeWhenAsked(QWidget& window) {
+  // Qt calls exit() when the display has gone, which is how a session without a manager ends.
+  static QPointer<QWidget> open;
+  open = &window;
+  std::atexit([] {
+    if (open) open->close();
+  });
+
+  endSignals = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  if (endSignals < 0) return;
+  auto* notifier = new QSocketNotifier(endSignals, QSocketNotifier::Read, &window);
+  QObject::connect(notifier, &QSocketNotifier::activated, &window, &QWidget::close);
+  for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+    struct sigaction action {};
+    sigaction(signal, nullptr, &action);
+    if (action.sa_handler == SIG_IGN) continue;  // as nohup wants it
+    action.sa_handler = tellEndSignal;
+    action.sa_flags = SA_RESTART;
+    sigaction(signal, &action, nullptr);
+  }
 }
 
 }  // namespace
@@ -38,6 +77,7 @@ int main(int argc, char** argv) {
   orvane::installWindowServices(&services);
 
   orvane::frmMain window(orvane::RunOutPutBatch, endProcess);
+  closeWhenAsked(window);
   window.show();
   return QApplication::exec();
 }

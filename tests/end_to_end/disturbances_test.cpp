@@ -131,21 +131,52 @@ TEST_F(Disturbances, AStopFinishesTheBatchAndBeginsNoOther) {
   EXPECT_EQ(station.outputFiles().size(), kMany * 2);
 }
 
-TEST_F(Disturbances, TheCloseBoxEndsTheProgramInMidBatch) {
-  Operator person(station);
-  inMidBatch(person, [&] { person.closeWindow(); });
-  EXPECT_EQ(person.program().exitCodeAtEnd(), 0);
-  EXPECT_LT(station.outputFiles().size(), kMany * 2) << "at once, not at the batch's end";
-  EXPECT_EQ(states(), kWaiting);
-  EXPECT_THAT(station.read("data.ini"), testing::HasSubstr("IsMutiPage=False\r\n"))
-      << "the settings are saved";
-  EXPECT_EQ(station.takeLog(), "");
+TEST_F(Disturbances, WhateverEndsTheProgramInMidBatchSavesTheSettingsFirst) {
+  const auto send = [](int signal) {
+    return [signal](Operator& person) { person.program().send(signal); };
+  };
+  const std::pair<const char*, std::function<void(Operator&)>> ways[] = {
+      {"close box", [](Operator& person) { person.closeWindow(); }},
+      {"SIGTERM", send(SIGTERM)},
+      {"SIGHUP", send(SIGHUP)},
+      {"SIGINT", send(SIGINT)},
+      {"no display", [](Operator& person) { person.endDisplay(); }}};
+  for (const auto& [name, end] : ways) {
+    SCOPED_TRACE(name);
+    station.shell("sed -i s/IsMutiPage=False/IsMutiPage=false/ data.ini; rm -rf output/*");
+    Operator person(station, "--default-signal");
+    inMidBatch(person, [&] { end(person); });
+    EXPECT_EQ(person.program().exitCodeAtEnd(), 0);
+    EXPECT_LT(station.outputFiles().size(), kMany * 2) << "at once, not at the batch's end";
+    EXPECT_EQ(states(), kWaiting);
+    EXPECT_THAT(station.read("data.ini"), testing::HasSubstr("IsMutiPage=False\r\n"))
+        << "the settings are saved";
+    EXPECT_EQ(station.takeLog(), "");
+  }
 
   Operator later(station);
   later.pressRun();
   later.listEndingWith(kAllDone);
   EXPECT_EQ(states(), kExported);
   EXPECT_EQ(station.outputFiles().size(), kMany * 2 + 2);
+}
+
+TEST_F(Disturbances, TheFolderIsChosenAnewWhenItHasGone) {
+  station.shell("mkdir home; mv output moved");
+  Operator person(station,
+                  "-u XDG_CONFIG_HOME --default-signal HOME=" + quoted(station.native("home")));
+  person.pressRun();
+  person.closeBox("提醒");
+  person.chooseFolder(station.native("moved"));
+  person.pressRun();
+  person.listEndingWith(kAllDone);
+  EXPECT_TRUE(fs::exists(station.native("moved/B2/1000_001.tif")));
+  EXPECT_FALSE(fs::exists(station.native("home/.config"))) << "the chooser keeps nothing";
+  station.shell("rm -r moved");
+  person.pressRun();
+  person.waitForBox("提醒");
+  person.program().send(SIGTERM);
+  EXPECT_EQ(person.program().exitCodeAtEnd(), 0) << "also in front of a box";
 }
 
 TEST_F(Disturbances, ASecondInstanceEndsAtOnceAndDisturbsNothing) {
