@@ -47,11 +47,14 @@ class BatchExport {
 
   // The walk over the documents; the first one that fails ends it.
   bool exportDocuments() {
-    for (const std::wstring& name : mdlFolderAndFile::fileSystem().SubFolders(gBatchFolder)) {
+    const std::vector<std::wstring> subFolders =
+        mdlFolderAndFile::fileSystem().SubFolders(gBatchFolder);
+    const ScansOfBatch scans(subFolders);
+    for (const std::wstring& name : subFolders) {
       const SubFolder kind = lookAt(name);
       if (kind == SubFolder::NoDocument) continue;
       if (kind == SubFolder::Unclear || !exportDocument(name)) {
-        deleteOutput();
+        deleteOutput(scans);
         report(frmMain_, name + L" 导出失败！");
         return false;
       }
@@ -118,9 +121,9 @@ class BatchExport {
   }
 
   // Nothing is deleted in another folder that has come in the place of the run's own.
-  void deleteOutput() const {
+  void deleteOutput(const ScansOfBatch& scans) const {
     if (settings_.IsCreateBatchFolder && run_.outputFolder.isAt(settings_.SavePath)) {
-      deleteBatchOutputFolder(settings_.SavePath, BatchID_);
+      deleteBatchOutputFolder(settings_.SavePath, BatchID_, scans);
     }
   }
 

@@ -29,9 +29,9 @@ std::vector<fs::path> scanTreeOfDocument(const std::wstring& documentName) {
   return roots;
 }
 
-std::vector<fs::path> scanTreeOfAllDocuments() {
+std::vector<fs::path> scanTreeOfDocuments(const std::vector<std::wstring>& subFolders) {
   std::vector<fs::path> roots = scanTreeOfBatch();
-  for (const std::wstring& name : mdlFolderAndFile::fileSystem().SubFolders(gBatchFolder)) {
+  for (const std::wstring& name : subFolders) {
     // What leads nowhere holds no scans.
     const std::wstring document = GetDocumentPath(name);
     if (mdlFolderAndFile::fileSystem().FolderExists(document)) {
@@ -49,15 +49,6 @@ bool liesInAny(const fs::path& place, const std::vector<fs::path>& roots) {
 bool holdsAny(const fs::path& place, const std::vector<fs::path>& roots) {
   return std::any_of(roots.begin(), roots.end(),
                      [&](const fs::path& root) { return liesWithin(root, place); });
-}
-
-void requireDeletable(const std::wstring& folder) {
-  const fs::path place = resolvedPlace(folder);
-  const std::vector<fs::path> scanTree = scanTreeOfAllDocuments();
-  if (liesInAny(place, scanTree) || holdsAny(place, scanTree) ||
-      liesWithin(resolvedPlace(programFolder()), place)) {
-    throw Failure(L"输出文件夹含有程序或扫描件，不删除：" + folder);
-  }
 }
 
 }  // namespace
@@ -131,11 +122,29 @@ void OutputGuard::requireOutsideScanTree(const fs::path& place, const std::wstri
   if (liesInAny(place, scanTree_)) throw Failure(L"输出位置在扫描件文件夹内，不能导出：" + path);
 }
 
-void deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID) {
+ScansOfBatch::ScansOfBatch(const std::vector<std::wstring>& subFolders) {
+  try {
+    roots_ = scanTreeOfDocuments(subFolders);
+  } catch (const Failure& failure) {
+    unknown_ = description(failure);
+  }
+}
+
+void ScansOfBatch::requireDeletable(const std::wstring& folder) const {
+  if (!unknown_.empty()) throw Failure(unknown_);
+  const fs::path place = resolvedPlace(folder);
+  if (liesInAny(place, roots_) || holdsAny(place, roots_) ||
+      liesWithin(resolvedPlace(programFolder()), place)) {
+    throw Failure(L"输出文件夹含有程序或扫描件，不删除：" + folder);
+  }
+}
+
+void deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID,
+                             const ScansOfBatch& scans) {
   try {
     if (!isFolderName(BatchID)) throw Failure(L"批次名不能作文件夹名，不删除：" + BatchID);
     const std::wstring folder = batchOutputFolder(SavePath, true, BatchID);
-    requireDeletable(folder);
+    scans.requireDeletable(folder);
     mdlFolderAndFile::FolderDelete(folder);
   } catch (const std::exception& failure) {
     mdlFolderAndFile::LogWrite(L"RunOutPutBatch-" + description(failure), kApplicationTitle);

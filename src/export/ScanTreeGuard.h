@@ -62,9 +62,26 @@ class OutputGuard {
   std::optional<HeldFolder> held_;
 };
 
+/// Where the scans of the current batch lie. It is found out while they can be looked at, so that
+/// it is known also after their disk has gone.
+class ScansOfBatch {
+ public:
+  /// @param subFolders  the names of all sub-folders of the batch.
+  explicit ScansOfBatch(const std::vector<std::wstring>& subFolders);
+
+  /// Throws Failure for a folder that is, holds or lies in the scan tree, or holds the program's
+  /// folder; for every folder when it could not be found out where the scans lie.
+  void requireDeletable(const std::wstring& folder) const;
+
+ private:
+  std::vector<std::filesystem::path> roots_;
+  std::wstring unknown_;  // why; empty when the roots are known
+};
+
 /// Deletes `SavePath\BatchID` with all it holds, after a document of the current batch has failed.
-/// A folder that is, holds or lies in the scan tree, or holds the program's folder, stays, with a
-/// log line that says so. A failure of the delete itself is silent.
-void deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID);
+/// A folder that `scans` does not let go stays, with a log line that says so. A failure of the
+/// delete itself is silent.
+void deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID,
+                             const ScansOfBatch& scans);
 
 }  // namespace orvane
