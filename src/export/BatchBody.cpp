@@ -17,11 +17,12 @@ void report(RunHost& frmMain, const std::wstring& line) {
   frmMain.listProcessLog().refresh();
 }
 
-// The answer of a step; a failure in it goes to the log and counts as false.
+// True when the step goes through; a failure in it goes to the log.
 template <typename Step>
-bool orLogged(Step step) {
+bool succeeds(Step step) {
   try {
-    return step();
+    step();
+    return true;
   } catch (const std::exception& failure) {
     mdlFolderAndFile::LogWrite(L"RunOutPutBatch-" + description(failure), kApplicationTitle);
     return false;
@@ -65,7 +66,7 @@ class BatchExport {
   }
 
   bool recordSuccess() {
-    const bool updated = orLogged([this] { return bringToDisk(); }) &&
+    const bool updated = succeeds([this] { bringToDisk(); }) &&
                          mdlDataBase::UpdateBatchInfo(BatchID_, L"完成成果输出");
     report(frmMain_, updated ? L"档案导出成果成功！" : L"档案导出数字化成果失败！");
     return updated;
@@ -77,19 +78,12 @@ class BatchExport {
   // One that cannot be looked at may be a document, so it is not passed over; the log says why.
   static SubFolder lookAt(const std::wstring& name) {
     SubFolder kind = SubFolder::Unclear;
-    orLogged([&] {
-      kind = isDocument(name) ? SubFolder::Document : SubFolder::NoDocument;
-      return true;
-    });
+    succeeds([&] { kind = isDocument(name) ? SubFolder::Document : SubFolder::NoDocument; });
     return kind;
   }
 
   bool exportDocument(const std::wstring& DocumentID) {
-    const auto requireOutputFolder = [this] {
-      run_.outputFolder.requireAt(settings_.SavePath);
-      return true;
-    };
-    if (!orLogged(requireOutputFolder)) return false;
+    if (!succeeds([this] { run_.outputFolder.requireAt(settings_.SavePath); })) return false;
 
     const std::wstring DocOutputFolder =
         docOutputFolder(BatchOutputFolder_, settings_.IsCreateDocFolder, DocumentID);
@@ -103,21 +97,18 @@ class BatchExport {
                                            run_.PageNumberMask, NewDocumentID, &run_.written)) {
       return false;
     }
-    return orLogged([&] {
-      // With the folders in which a new one of them got its name.
+    return succeeds([&] {  // with the folders in which a new one of them got its name
       for (const auto& folder : {settings_.SavePath, BatchOutputFolder_, DocOutputFolder}) {
         run_.written.addFolder(folder);
       }
-      return true;
     });
   }
 
   // The table may only say so once the files would outlive a power cut, and where the operator
   // wanted them: an exported batch never comes back.
-  bool bringToDisk() const {
+  void bringToDisk() const {
     run_.written.bringToDisk();
     run_.outputFolder.requireAt(settings_.SavePath);
-    return true;
   }
 
   // Nothing is deleted in another folder that has come in the place of the run's own.
