@@ -2,6 +2,9 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
+
+#include "settings/ExportSettings.h"
 
 /// The one rule for where an exported file lands and what it is called: pure functions that join
 /// texts and look neither at the disk nor at the window. Paths are path texts, joined plainly: a
@@ -42,5 +45,37 @@ std::wstring pageFilePath(const std::wstring& folder, const std::wstring& stem,
 /// The one file of a document, in the form of a multi-page file. `folder` may end in `\`.
 std::wstring multiPageFilePath(const std::wstring& folder, const std::wstring& stem,
                                std::int16_t SaveFileType);
+
+/// One page of the scan tree, as far as the name of its output file goes.
+struct PageToName {
+  std::wstring batch;
+  std::wstring document;
+  std::int16_t page;  ///< from 1
+
+  bool operator==(const PageToName&) const = default;
+};
+
+/// The file that a page is written to under the folder options, separators and forms of `settings`.
+std::wstring outputFile(const ExportSettings& settings, const std::wstring& sPattern,
+                        const std::wstring& mask, const PageToName& page);
+
+/// Two pages that are not of one document but go to one file, where the later replaces the earlier.
+struct NameCollision {
+  PageToName first;
+  PageToName second;
+
+  bool operator==(const NameCollision&) const = default;
+};
+
+/// How files can replace each other under these settings: at most one example for each cause. Looks
+/// at two batches with documents of the same names, and at names that are numbers, with up to 999
+/// pages a document. Empty when no two of those pages share a file.
+std::vector<NameCollision> nameCollisions(const ExportSettings& settings,
+                                          const std::wstring& sPattern, const std::wstring& mask);
+
+/// The examples as the operator reads them, each with what helps against it: lines that begin with
+/// "⚠" and end in a line end. Empty when there are none.
+std::wstring collisionWarning(const ExportSettings& settings, const std::wstring& sPattern,
+                              const std::wstring& mask);
 
 }  // namespace orvane

@@ -6,7 +6,6 @@
 #include "foundation/Failure.h"
 #include "foundation/path_text.h"
 #include "foundation/utf8_text.h"
-#include "settings/NamingPattern.h"
 #include "window/qt_text.h"
 
 namespace orvane {
@@ -24,53 +23,54 @@ std::wstring shownPath(const std::wstring& path) {
   return shown;
 }
 
-std::wstring samplePath(const ExportForm& form) {
-  const ExportSettings& settings = form.settings();
-  const std::wstring folder = docOutputFolder(
-      batchOutputFolder(settings.SavePath, settings.IsCreateBatchFolder, kSampleBatch),
-      settings.IsCreateDocFolder, kSampleDocument);
-  const std::wstring stem = documentStem(form.renameTypeText(), kSampleBatch, kSampleDocument,
-                                         settings.ReNameSp1, settings.ReNameSp2);
-  if (settings.IsMutiPage) return multiPageFilePath(folder, stem, settings.SaveFileType);
-  return pageFilePath(folder, stem, kSamplePage, pageNumberMask(form.text(TextBox::LiuShui)),
-                      settings.SaveFileType);
+std::wstring mask(const ExportForm& form) {
+  return pageNumberMask(form.text(TextBox::LiuShui));
 }
 
-std::wstring warning(const ExportForm& form) {
-  const std::wstring pattern = form.renameTypeText();
-  if (pattern.empty()) return L"\n注意：还没有选择命名，文件名里没有档案（件）名称！";
-  const bool namesNoDocument = pattern == kNameOfPage;
-  if (namesNoDocument && !form.settings().IsCreateDocFolder) {
-    return L"\n注意：文件名里没有档案（件）名称，各件的文件会互相覆盖；请勾选第二层文件夹！";
-  }
-  return {};
+std::wstring sampleFile(const ExportForm& form) {
+  const ExportSettings& settings = form.settings();
+  if (settings.SavePath.empty()) return L"还没有选择成果输出文件夹。\n";
+  const std::wstring file = outputFile(settings, form.renameTypeText(), mask(form),
+                                       {kSampleBatch, kSampleDocument, kSamplePage});
+  return std::wstring(L"例：档案 ") + kSampleBatch + L" 的第 " + kSampleDocument + L" 件，第 2 页" +
+         (settings.IsMutiPage ? L"在这个文件里：\n" : L"存为：\n") + shownPath(file) + L"\n";
 }
 
 }  // namespace
 
-std::wstring namingPreview(const ExportForm& form) {
-  if (form.settings().SavePath.empty()) return L"还没有选择成果输出文件夹。";
+std::wstring namingWarning(const ExportForm& form) {
+  const std::wstring pattern = form.renameTypeText();
+  const std::wstring none =
+      pattern.empty() ? L"⚠ 还没有选择命名，文件名里没有档案（件）名称！\n" : L"";
   try {
-    return std::wstring(L"例：档案 ") + kSampleBatch + L" 的第 " + kSampleDocument +
-           L" 件，第 2 页" + (form.settings().IsMutiPage ? L"在这个文件里：\n" : L"存为：\n") +
-           shownPath(samplePath(form)) + warning(form);
+    return none + collisionWarning(form.settings(), pattern, mask(form));
   } catch (const Failure&) {
-    return L"页码位数或分割符不能用，请改正。";
+    return L"⚠ 页码位数不能用，请改正。\n";
   }
 }
 
-NamingPreview::NamingPreview(QWidget& cboRenameType, const ExportForm& form)
-    : cboRenameType_(cboRenameType), form_(form), keyLine_(cboRenameType.toolTip()) {
-  cboRenameType_.installEventFilter(this);
+std::wstring namingPreview(const ExportForm& form) {
+  try {
+    return sampleFile(form) + namingWarning(form);
+  } catch (const Failure&) {
+    return L"页码位数或分割符不能用，请改正。\n";
+  }
+}
+
+NamingPreview::NamingPreview(QWidget& cboRenameType, QWidget& btnRun, const ExportForm& form)
+    : form_(form),
+      tips_{Tip{&cboRenameType, namingPreview, cboRenameType.toolTip()},
+            Tip{&btnRun, namingWarning, btnRun.toolTip()}} {
+  for (const Tip& tip : tips_) tip.control->installEventFilter(this);
 }
 
 bool NamingPreview::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() == QEvent::ToolTip) show();
+  if (event->type() == QEvent::ToolTip) {
+    for (const Tip& tip : tips_) {
+      if (tip.control == watched) tip.control->setToolTip(toQt(tip.front(form_)) + tip.constant);
+    }
+  }
   return QObject::eventFilter(watched, event);
-}
-
-void NamingPreview::show() {
-  cboRenameType_.setToolTip(toQt(namingPreview(form_)) + u'\n' + keyLine_);
 }
 
 }  // namespace orvane

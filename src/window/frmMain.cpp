@@ -31,8 +31,8 @@ frmMain::frmMain(std::function<void(RunHost&)> run, std::function<void()> endPro
   addControlHelp(*this);
   listProcessLog_ = &control<ProgressListBox>(*this, "listProcessLog");
   binding_ = std::make_unique<FormBinding>(*this, form_);
-  namingPreview_ =
-      std::make_unique<NamingPreview>(control<QComboBox>(*this, "cboRenameType"), form_);
+  namingPreview_ = std::make_unique<NamingPreview>(control<QComboBox>(*this, "cboRenameType"),
+                                                   control<QPushButton>(*this, "btnRun"), form_);
   connectButtons();
   openInTheCentre();
   Form_Load();

@@ -78,10 +78,22 @@ TEST_F(Help, EnterStartsARunAndEscapeDoesNothing) {
 }
 
 TEST_F(Help, TheNamingListTellsWhereThePageWillGo) {
-  QComboBox& names = find<QComboBox>("cboRenameType");
-  QHelpEvent asked(QEvent::ToolTip, {1, 1}, names.mapToGlobal(QPoint(1, 1)));
-  QApplication::sendEvent(&names, &asked);
-  EXPECT_THAT(names.toolTip().toStdString(), testing::StartsWith("还没有选择成果输出文件夹。\n"));
+  const auto tipOf = [&](const char* name) {
+    QWidget& control = find(name);
+    QHelpEvent asked(QEvent::ToolTip, {1, 1}, control.mapToGlobal(QPoint(1, 1)));
+    QApplication::sendEvent(&control, &asked);
+    return control.toolTip().toStdString();
+  };
+  const std::string warning = "⚠ 会互相覆盖，都存为 0001001.tif：\n";  // the documents' names alone
+  for (int asked = 0; asked < 2; ++asked) {
+    EXPECT_THAT(tipOf("cboRenameType"),
+                testing::StartsWith("还没有选择成果输出文件夹。\n" + warning));
+    EXPECT_THAT(tipOf("btnRun"), testing::AllOf(testing::StartsWith(warning),
+                                                testing::HasSubstr("。\n从最早的一批开始")));
+  }
+  find<QComboBox>("cboRenameType").setCurrentIndex(4);
+  click("chkCreateBatchFolder");
+  EXPECT_THAT(tipOf("btnRun"), testing::StartsWith("从最早的一批开始"));
 
   ExportForm form;
   form.chooseSavePath(L"\\home\\成果");
@@ -94,21 +106,21 @@ TEST_F(Help, TheNamingListTellsWhereThePageWillGo) {
     return toUtf8(namingPreview(form));
   };
   const std::string asPage = "例：档案 2024-0001 的第 0003 件，第 2 页存为：\n/home/成果/";
-  EXPECT_EQ(preview(4, L"3"), asPage + "2024-0001-0003_002.tif");
-  EXPECT_EQ(preview(1, L"3"), asPage +
-                                  "002.tif\n注意：文件名里没有档案（件）名称，"
-                                  "各件的文件会互相覆盖；请勾选第二层文件夹！");
+  EXPECT_EQ(preview(4, L"3"), asPage + "2024-0001-0003_002.tif\n");
+  EXPECT_THAT(preview(1, L"3"),
+              testing::StartsWith(asPage + "002.tif\n⚠ 会互相覆盖，都存为 001.tif：\n"));
   form.setChecked(CheckBox::CreateBatchFolder, true);
   form.setChecked(CheckBox::CreateDocFolder, true);
-  EXPECT_EQ(preview(1, L"0"), asPage + "2024-0001/0003/2.tif");
-  EXPECT_EQ(preview(1, L"99999"), "页码位数或分割符不能用，请改正。");
+  EXPECT_EQ(preview(1, L"0"), asPage + "2024-0001/0003/2.tif\n");
+  EXPECT_EQ(preview(1, L"99999"), "页码位数或分割符不能用，请改正。\n");
+  form.setText(TextBox::LiuShui, L"3");
   form.clickButton(OptionGroup::SaveFileType, 2);
   form.clickButton(OptionGroup::MutiPage, 1);
   const std::string inOne =
       "例：档案 2024-0001 的第 0003 件，第 2 页在这个文件里：\n/home/成果/2024-0001/0003/";
   EXPECT_EQ(toUtf8(namingPreview(form)),
-            inOne + ".pdf\n注意：还没有选择命名，文件名里没有档案（件）名称！");
-  EXPECT_EQ(preview(0, L"3"), inOne + "0003.pdf");
+            inOne + ".pdf\n⚠ 还没有选择命名，文件名里没有档案（件）名称！\n");
+  EXPECT_EQ(preview(0, L"3"), inOne + "0003.pdf\n");
 }
 
 TEST(ScreenFit, TheDesignIsShownWholeWheneverItCan) {
