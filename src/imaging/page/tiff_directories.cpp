@@ -1,5 +1,7 @@
 #include "imaging/page/tiff_directories.h"
 
+#include <algorithm>
+
 namespace orvane {
 
 TiffDirectories::TiffDirectories(const TiffHandle& tiff)
@@ -25,12 +27,12 @@ std::uint64_t TiffDirectories::next() {
 }
 
 std::uint64_t TiffDirectories::valueCount(std::uint64_t offset, std::uint16_t tag) const {
-  const std::uint64_t entries = number(offset, countBytes_).value_or(0);
-  for (std::uint64_t i = 0; i < entries; ++i) {
-    const std::uint64_t entry = offset + countBytes_ + i * entryBytes_;
-    const std::optional<std::uint64_t> entryTag = number(entry, 2);
-    if (!entryTag) return 0;
-    if (*entryTag == tag) return number(entry + 4, offsetBytes_).value_or(0);
+  constexpr std::uint64_t kMostEntries = 4096;  // libtiff reads no more
+  const std::uint64_t entries = std::min(number(offset, countBytes_).value_or(0), kMostEntries);
+  Bytes bytes(entries * entryBytes_);
+  bytes.resize(tiff_.file().readAt(offset + countBytes_, bytes.data(), bytes.size()));
+  for (std::size_t at = 0; at + entryBytes_ <= bytes.size(); at += entryBytes_) {
+    if (valueOf(&bytes[at], 2) == tag) return valueOf(&bytes[at + 4], offsetBytes_);
   }
   return 0;
 }
@@ -40,10 +42,12 @@ std::optional<std::uint64_t> TiffDirectories::number(std::uint64_t offset, unsig
   if (offset > tiff_.file().size() || tiff_.file().readAt(offset, buffer, bytes) != bytes) {
     return std::nullopt;
   }
+  return valueOf(buffer, bytes);
+}
+
+std::uint64_t TiffDirectories::valueOf(const std::uint8_t* at, unsigned bytes) const {
   std::uint64_t value = 0;
-  for (unsigned i = 0; i < bytes; ++i) {
-    value = value << 8 | buffer[bigEndian_ ? i : bytes - 1 - i];
-  }
+  for (unsigned i = 0; i < bytes; ++i) value = value << 8 | at[bigEndian_ ? i : bytes - 1 - i];
   return value;
 }
 

@@ -23,6 +23,7 @@ class TiffDirectories {
 
  private:
   std::optional<std::uint64_t> number(std::uint64_t offset, unsigned bytes) const;
+  std::uint64_t valueOf(const std::uint8_t* at, unsigned bytes) const;
 
   const TiffHandle& tiff_;
   bool bigEndian_;
