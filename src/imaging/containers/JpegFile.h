@@ -6,8 +6,8 @@
 
 namespace orvane {
 
-/// Writes `path` anew with one JPEG stream. An older file of that name is replaced, never written
-/// into. A failed write leaves no file.
+/// Writes `path` anew with one JPEG stream, the image's ICC profile in APP2 segments of it. An
+/// older file of that name is replaced, never written into. A failed write leaves no file.
 void writeJpegFile(const std::wstring& path, const EncodedImage& image);
 
 }  // namespace orvane

@@ -1,7 +1,9 @@
 #include "imaging/containers/PdfFile.h"
 
 #include <array>
+#include <deque>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "imaging/containers/Fingerprint.h"
@@ -26,53 +28,75 @@ ByteView bytesOf(const std::string& text) {
   return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-// A page as it goes into the file: text, the image's bytes, and text again up to the file's end.
-struct PagePlan {
-  std::string front;
-  std::vector<ByteView> image;
-  std::string behind;
+// What goes into the file in one row, from an offset on.
+class PagePlan {
+ public:
+  explicit PagePlan(std::uint64_t offset) : end_(offset) {}
 
-  std::vector<ByteView> parts() const {
-    std::vector<ByteView> all{bytesOf(front)};
-    all.insert(all.end(), image.begin(), image.end());
-    all.push_back(bytesOf(behind));
-    return all;
+  void add(ByteView bytes) {
+    parts_.push_back(bytes);
+    end_ += bytes.size();
   }
+  void add(std::string text) { add(bytesOf(texts_.emplace_back(std::move(text)))); }
+
+  void addStream(std::uint32_t number, const std::string& dictionary,
+                 std::span<const Bytes> content) {
+    add(beginPdfObject(number) + dictionary + kBeginPdfStream);
+    for (const Bytes& part : content) add(part);
+    add(std::string(kEndPdfStream) + kEndPdfObject);
+  }
+
+  std::uint64_t end() const { return end_; }
+  const std::vector<ByteView>& parts() const { return parts_; }
+
+ private:
+  std::deque<std::string> texts_;  // in a deque they stay where they are
+  std::vector<ByteView> parts_;
+  std::uint64_t end_;
 };
 
-std::string documentId(const EncodedImage& firstPage, const std::string& imageDictionary) {
+std::string documentId(const std::wstring& path, const EncodedImage& firstPage) {
   Fingerprint fingerprint;
-  fingerprint.add(imageDictionary);
+  fingerprint.add(pdfImageDictionary(path, firstPage, 0));
   for (const Bytes& strip : firstPage.strips) fingerprint.add(strip);
+  if (!firstPage.iccProfile.empty()) fingerprint.add(firstPage.iccProfile);
   return fingerprint.hex();
 }
 
 // Plans the next page for the place where the tail stands, and moves the outline on to it.
-PagePlan planPage(const std::wstring& path, PdfOutline& outline, const EncodedImage& image,
-                  const std::string& imageDictionary) {
+PagePlan planPage(const std::wstring& path, PdfOutline& outline, const EncodedImage& image) {
   const PdfPageSize size = pdfPageSize(path, image);
-  PagePlan plan;
-  const std::uint64_t start = outline.end;
-  if (outline.isGroupFull()) plan.front = outline.closeGroup();
-  const PdfPageNumbers numbers = outline.next();
+  PagePlan plan(outline.end);
+  if (outline.isGroupFull()) plan.add(outline.closeGroup());
 
-  const std::uint64_t imageAt = outline.end;
-  plan.front += beginPdfObject(numbers.image) + imageDictionary + "\nstream\n";
-  plan.image.assign(image.strips.begin(), image.strips.end());
-  plan.behind = std::string("\nendstream") + kEndPdfObject;
-  std::uint64_t behindAt = start + plan.front.size();
-  for (const ByteView strip : plan.image) behindAt += strip.size();
-
+  PdfProfile profile;
+  std::string profileDictionary;
+  if (!image.iccProfile.empty()) {
+    profileDictionary = pdfProfileDictionary(pdfColours(image), image.iccProfile.size());
+    profile.fingerprint = pdfProfileFingerprint(profileDictionary, image.iccProfile);
+    profile.object = outline.profileObject(profile.fingerprint);
+  }
+  const bool bringsProfile = !image.iccProfile.empty() && profile.object == 0;
+  const PdfPageNumbers numbers = outline.next(bringsProfile);
+  PdfPageOffsets at;
+  if (bringsProfile) {
+    at.profile = plan.end();
+    plan.addStream(numbers.profile, profileDictionary, std::span(&image.iccProfile, 1));
+    profile.object = numbers.profile;
+    outline.profiles.push_back(profile);
+  }
+  at.image = plan.end();
+  plan.addStream(numbers.image, pdfImageDictionary(path, image, profile.object), image.strips);
+  at.content = plan.end();
   const std::string content = pdfPageContent(size);
-  const std::uint64_t contentAt = behindAt + plan.behind.size();
-  plan.behind += beginPdfObject(numbers.content) + "<< /Length " + std::to_string(content.size()) +
-                 " >>\nstream\n" + content + "\nendstream" + kEndPdfObject;
-  const std::uint64_t pageAt = behindAt + plan.behind.size();
-  plan.behind += beginPdfObject(numbers.page) + pdfPageDictionary(numbers, size) + kEndPdfObject;
+  plan.add(beginPdfObject(numbers.content) + "<< /Length " + std::to_string(content.size()) +
+           " >>" + kBeginPdfStream + content + kEndPdfStream + kEndPdfObject);
+  at.page = plan.end();
+  plan.add(beginPdfObject(numbers.page) + pdfPageDictionary(numbers, size) + kEndPdfObject);
 
-  outline.addPage(imageAt, contentAt, pageAt, behindAt + plan.behind.size());
-  plan.behind += outline.tail();
-  if (behindAt + plan.behind.size() > PdfOutline::kMostBytes) {
+  outline.addPage(numbers, at, plan.end());
+  plan.add(outline.tail());
+  if (plan.end() > PdfOutline::kMostBytes) {
     throw fileFailure(path, "the page would take the PDF file past 10 digits of size");
   }
   return plan;
@@ -115,6 +139,12 @@ FileStamp writeOver(OutputFile& file, const PdfOutline& before, std::uint64_t si
   }
 }
 
+PdfOutline readBack(const OutputFile& file) {
+  PdfOutline outline = readPdfOutline(file);
+  outline.profiles = readPdfProfiles(file, outline);
+  return outline;
+}
+
 }  // namespace
 
 PdfFile::PdfFile() : state_(std::make_unique<State>()) {}
@@ -129,9 +159,8 @@ void PdfFile::create(const std::wstring& path, const EncodedImage& image) {
 void PdfFile::createWith(OutputFile (*creation)(const std::wstring&), const std::wstring& path,
                          const EncodedImage& image) {
   requireWholeImage(path, image);
-  const std::string dictionary = pdfImageDictionary(path, image);
-  PdfOutline outline = PdfOutline::empty(documentId(image, dictionary));
-  const PagePlan plan = planPage(path, outline, image, dictionary);
+  PdfOutline outline = PdfOutline::empty(documentId(path, image));
+  const PagePlan plan = planPage(path, outline, image);
 
   std::vector<ByteView> parts = plan.parts();
   parts.insert(parts.begin(), bytesOf(pdfHead().text));
@@ -150,13 +179,13 @@ void PdfFile::append(const std::wstring& path, const EncodedImage& image) {
   }
   const FileStamp stamp = file->stamp();
   const bool isRemembered = state_->path == path && state_->stamp == stamp;
-  const PdfOutline before = isRemembered ? state_->outline : readPdfOutline(*file);
+  const PdfOutline before = isRemembered ? state_->outline : readBack(*file);
   if (before.pages() == PdfOutline::kMostPages) {
     throw fileFailure(path, "the PDF file has no room for another page");
   }
   requireWholeImage(path, image);
   PdfOutline after = before;
-  const PagePlan plan = planPage(path, after, image, pdfImageDictionary(path, image));
+  const PagePlan plan = planPage(path, after, image);
   *state_ = {};
   const FileStamp left = writeOver(*file, before, stamp.size, plan);
   *state_ = {path, left, std::move(after)};

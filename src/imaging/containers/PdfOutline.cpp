@@ -1,5 +1,6 @@
 #include "imaging/containers/PdfOutline.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "imaging/containers/Fingerprint.h"
@@ -23,11 +24,10 @@ std::string headEntries() {
   return entries;
 }
 
-// A reference for each of `count` objects, the first being `first`, each `step` numbers on.
-std::string kids(std::uint32_t first, std::uint32_t step, std::uint32_t count) {
+std::string kids(const std::vector<std::uint32_t>& objects) {
   std::string list = "/Kids [";
-  for (std::uint32_t i = 0; i < count; ++i) {
-    list += (i % kReferencesPerLine == 0 ? '\n' : ' ') + pdfReference(first + i * step);
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    list += (i % kReferencesPerLine == 0 ? '\n' : ' ') + pdfReference(objects[i]);
   }
   return list + " ]";
 }
@@ -37,14 +37,24 @@ std::string kids(std::uint32_t first, std::uint32_t step, std::uint32_t count) {
 PdfOutline PdfOutline::empty(std::string documentId) {
   PdfOutline outline;
   outline.documentId = std::move(documentId);
+  outline.leaves = {kPdfFirstPageObject};
   outline.end = pdfHead().text.size();
   return outline;
 }
 
-PdfPageNumbers PdfOutline::numbers(std::uint32_t group, std::uint32_t pageInGroup) {
-  const std::uint32_t leaf = kPdfFirstPageObject + group * kObjectsPerGroup;
-  const std::uint32_t image = leaf + 1 + pageInGroup * kObjectsPerPage;
-  return {leaf, image, image + 1, image + 2};
+std::uint32_t PdfOutline::nextObject() const {
+  return leaves.back() + 1 + static_cast<std::uint32_t>(entries.size() / kEntryBytes);
+}
+
+std::uint32_t PdfOutline::profileObject(const std::string& fingerprint) const {
+  const auto found = std::ranges::find(profiles, fingerprint, &PdfProfile::fingerprint);
+  return found == profiles.end() ? 0 : found->object;
+}
+
+PdfPageNumbers PdfOutline::next(bool bringsProfile) const {
+  const std::uint32_t first = nextObject();
+  const std::uint32_t image = first + (bringsProfile ? 1 : 0);
+  return {leaves.back(), bringsProfile ? first : 0, image, image + 1, image + 2};
 }
 
 std::string PdfOutline::entry(std::uint64_t offset) {
@@ -52,27 +62,23 @@ std::string PdfOutline::entry(std::uint64_t offset) {
   return std::string(10 - digits.size(), '0') + digits + " 00000 n \n";
 }
 
-std::uint32_t PdfOutline::pagesInGroup() const {
-  return static_cast<std::uint32_t>(entries.size() / kEntryBytes / kObjectsPerPage);
-}
-
-void PdfOutline::addPage(std::uint64_t image, std::uint64_t content, std::uint64_t page,
+void PdfOutline::addPage(const PdfPageNumbers& numbers, const PdfPageOffsets& at,
                          std::uint64_t endOfPage) {
-  entries += entry(image) + entry(content) + entry(page);
+  if (numbers.profile != 0) entries += entry(at.profile);
+  entries += entry(at.image) + entry(at.content) + entry(at.page);
+  pageObjects.push_back(numbers.page);
   end = endOfPage;
 }
 
 std::string PdfOutline::leaf() const {
-  const PdfPageNumbers first = numbers(closedGroups, 0);
-  return beginPdfObject(first.leaf) + "<< /Type /Pages /Parent " + pdfReference(kPdfRootPages) +
-         " /Count " + std::to_string(pagesInGroup()) + "\n" +
-         kids(first.page, kObjectsPerPage, pagesInGroup()) + " >>" + kEndPdfObject;
+  return beginPdfObject(leaves.back()) + "<< /Type /Pages /Parent " + pdfReference(kPdfRootPages) +
+         " /Count " + std::to_string(pageObjects.size()) + "\n" + kids(pageObjects) + " >>" +
+         kEndPdfObject;
 }
 
 std::string PdfOutline::root() const {
   return beginPdfObject(kPdfRootPages) + "<< /Type /Pages /Count " + std::to_string(pages()) +
-         "\n" + kids(kPdfFirstPageObject, kObjectsPerGroup, closedGroups + 1) + " >>" +
-         kEndPdfObject;
+         "\n" + kids(leaves) + " >>" + kEndPdfObject;
 }
 
 // The first half of the ID names the document for good, the second one this state of it.
@@ -81,7 +87,7 @@ std::string PdfOutline::trailer() const {
   state.add(documentId);
   state.add(std::to_string(pages()));
   const std::string previous = closedSection == 0 ? "" : " /Prev " + std::to_string(closedSection);
-  return "trailer\n<< /Size " + std::to_string(next().image) + " /Root " +
+  return "trailer\n<< /Size " + std::to_string(nextObject()) + " /Root " +
          pdfReference(kPdfCatalog) + previous + "\n/ID [ <" + documentId + "> <" + state.hex() +
          "> ] >>\n";
 }
@@ -94,26 +100,27 @@ std::string PdfOutline::tail() const {
   const std::string groupEntries = entry(end) + entries;
   // A file with one section has all its objects in one row, as a file that never grew.
   const std::string section =
-      closedGroups == 0
+      closedGroups() == 0
           ? subsection(0, headEntries() + rootEntry + groupEntries)
-          : subsection(kPdfRootPages, rootEntry) + subsection(next().leaf, groupEntries);
+          : subsection(kPdfRootPages, rootEntry) + subsection(leaves.back(), groupEntries);
   return leafText + rootText + "xref\n" + section + trailer() + "startxref\n" +
          std::to_string(rootOffset + rootText.size()) + "\n%%EOF\n";
 }
 
 // The root of the page tree is left to the last section: it changes with every page.
-std::string PdfOutline::closedSectionText(std::uint64_t leafOffset) const {
-  const std::string head = closedGroups == 0 ? subsection(0, headEntries()) : "";
-  return "xref\n" + head + subsection(next().leaf, entry(leafOffset) + entries) + trailer();
+std::string PdfOutline::closedSectionText() const {
+  const std::string head = closedGroups() == 0 ? subsection(0, headEntries()) : "";
+  return "xref\n" + head + subsection(leaves.back(), entry(end) + entries) + trailer();
 }
 
 std::string PdfOutline::closeGroup() {
   const std::string leafText = leaf();
-  std::string text = leafText + closedSectionText(end);
+  std::string text = leafText + closedSectionText();
   closedSection = end + leafText.size();
   end += text.size();
-  ++closedGroups;
+  leaves.push_back(nextObject());
   entries.clear();
+  pageObjects.clear();
   return text;
 }
 

@@ -72,6 +72,10 @@ void TiffDirectory::addText(std::uint16_t tag, std::string_view text) {
   out.push_back(0);
 }
 
+void TiffDirectory::addBytes(std::uint16_t tag, ByteView bytes) {
+  add(tag, TiffType::Undefined, bytes.size()).assign(bytes.begin(), bytes.end());
+}
+
 std::uint64_t TiffDirectory::linkPlace() const {
   return form_.countBytes() + entries_.size() * form_.entryBytes();
 }

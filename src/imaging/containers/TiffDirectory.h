@@ -23,6 +23,8 @@ class TiffDirectory {
   void addRationals(std::uint16_t tag, std::span<const double> values);
   void addRational(std::uint16_t tag, double value) { addRationals(tag, std::span(&value, 1)); }
   void addText(std::uint16_t tag, std::string_view text);
+  /// Bytes of a meaning of their own (UNDEFINED).
+  void addBytes(std::uint16_t tag, ByteView bytes);
 
   /// The directory as it stands at `offset`: sorted entries, no next directory, and behind them
   /// the values that do not fit an entry, each on an even offset.

@@ -12,6 +12,7 @@ enum class TiffType : std::uint16_t {
   Short = 3,
   Long = 4,
   Rational = 5,
+  Undefined = 7,
   Ifd = 13,
   Long8 = 16,
   Ifd8 = 18,

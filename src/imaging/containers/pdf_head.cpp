@@ -36,8 +36,8 @@ std::string catalog() {
 }
 
 std::string stream(std::string_view entries, std::string_view content) {
-  return "<< " + std::string(entries) + " /Length " + std::to_string(content.size()) +
-         " >>\nstream\n" + std::string(content) + "\nendstream";
+  return "<< " + std::string(entries) + " /Length " + std::to_string(content.size()) + " >>" +
+         kBeginPdfStream + std::string(content) + kEndPdfStream;
 }
 
 PdfHead makeHead() {

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "imaging/containers/Fingerprint.h"
 #include "imaging/containers/OutputFile.h"
 #include "imaging/containers/pdf_head.h"
 
@@ -37,8 +38,13 @@ std::string pageSide(const std::wstring& path, std::uint32_t pixels, double dots
   return text;
 }
 
+std::string baseColourSpace(const EncodedImage& image, std::uint32_t profile) {
+  if (profile != 0) return "[ /ICCBased " + pdfReference(profile) + " ]";
+  return pdfColours(image) == 3 ? "/DeviceRGB" : "/DeviceGray";
+}
+
 // Two hexadecimal digits a sample; a TIFF palette holds 16 bits, a PDF one 8.
-std::string palette(const EncodedImage& image) {
+std::string palette(const EncodedImage& image, const std::string& base) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   const std::size_t colours = image.palette.size() / 3;
   std::string table;
@@ -50,12 +56,12 @@ std::string palette(const EncodedImage& image) {
       table += kDigits[value & 15];
     }
   }
-  return "[ /Indexed /DeviceRGB " + std::to_string(colours - 1) + " <" + table + "> ]";
+  return "[ /Indexed " + base + " " + std::to_string(colours - 1) + " <" + table + "> ]";
 }
 
-std::string colourSpace(const EncodedImage& image) {
-  if (image.photometric == Photometric::Palette) return palette(image);
-  return image.samplesPerPixel == 3 ? "/DeviceRGB" : "/DeviceGray";
+std::string colourSpace(const EncodedImage& image, std::uint32_t profile) {
+  const std::string base = baseColourSpace(image, profile);
+  return image.photometric == Photometric::Palette ? palette(image, base) : base;
 }
 
 const char* findMisfit(const EncodedImage& image) {
@@ -119,12 +125,17 @@ std::string filter(const EncodedImage& image) {
 
 }  // namespace
 
+int pdfColours(const EncodedImage& image) {
+  return image.photometric == Photometric::Palette || image.samplesPerPixel == 3 ? 3 : 1;
+}
+
 PdfPageSize pdfPageSize(const std::wstring& path, const EncodedImage& image) {
   return {pageSide(path, image.width, image.resolution.x),
           pageSide(path, image.height, image.resolution.y)};
 }
 
-std::string pdfImageDictionary(const std::wstring& path, const EncodedImage& image) {
+std::string pdfImageDictionary(const std::wstring& path, const EncodedImage& image,
+                               std::uint32_t profile) {
   if (const char* misfit = findMisfit(image)) {
     throw fileFailure(path, std::string("a PDF/A file cannot hold ") + misfit);
   }
@@ -132,8 +143,21 @@ std::string pdfImageDictionary(const std::wstring& path, const EncodedImage& ima
   for (const Bytes& strip : image.strips) length += strip.size();
   return "<< /Type /XObject /Subtype /Image /Width " + std::to_string(image.width) + " /Height " +
          std::to_string(image.height) + "\n/BitsPerComponent " +
-         std::to_string(image.bitsPerSample) + " /ColorSpace " + colourSpace(image) +
+         std::to_string(image.bitsPerSample) + " /ColorSpace " + colourSpace(image, profile) +
          filter(image) + "\n/Length " + std::to_string(length) + " >>";
+}
+
+std::string pdfProfileDictionary(int colours, std::uint64_t length) {
+  return "<< /N " + std::to_string(colours) + " /Alternate " +
+         (colours == 3 ? "/DeviceRGB" : "/DeviceGray") + " /Length " + std::to_string(length) +
+         " >>";
+}
+
+std::string pdfProfileFingerprint(const std::string& dictionary, ByteView profile) {
+  Fingerprint fingerprint;
+  fingerprint.add(dictionary);
+  fingerprint.add(profile);
+  return fingerprint.hex();
 }
 
 std::string pdfPageContent(const PdfPageSize& size) {

@@ -26,6 +26,7 @@ void addForm(TiffDirectory& directory, const EncodedImage& image) {
   directory.addShort(tag::kPlanarConfiguration, 1);
   if (image.horizontalPredictor) directory.addShort(tag::kPredictor, 2);
   if (image.photometric == Photometric::Palette) directory.addShorts(tag::kColorMap, image.palette);
+  if (!image.iccProfile.empty()) directory.addBytes(tag::kIccProfile, image.iccProfile);
   if (image.extraSample) directory.addShort(tag::kExtraSamples, *image.extraSample);
   if (image.compression == Compression::Group4) {
     directory.addShort(tag::kFillOrder, 1);

@@ -39,6 +39,7 @@ constexpr std::uint16_t kYCbCrSubSampling = 530;
 constexpr std::uint16_t kYCbCrPositioning = 531;
 constexpr std::uint16_t kReferenceBlackWhite = 532;
 constexpr std::uint16_t kExifIfd = 34665;
+constexpr std::uint16_t kIccProfile = 34675;
 constexpr std::uint16_t kGpsIfd = 34853;
 constexpr std::uint16_t kInteroperabilityIfd = 40965;
 

@@ -40,6 +40,7 @@ struct EncodedImage {
   std::uint32_t rowsPerStrip = 0;                        ///< the last strip may be shorter
   std::vector<Bytes> strips;
   Resolution resolution;
+  Bytes iccProfile;  ///< describes the samples; not in the strips; empty: none
 };
 
 }  // namespace orvane

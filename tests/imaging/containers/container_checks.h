@@ -9,6 +9,7 @@
 
 #include "imaging/codecs/jpeg.h"
 #include "imaging/codecs/lossless.h"
+#include "imaging/icc.h"
 #include "support/FullDisk.h"
 #include "support/TempStation.h"
 
@@ -36,6 +37,13 @@ inline EncodedImage plainPage(unsigned seed) {
   }
   EncodedImage image = encodeUncompressed(raster, SampleOrder::LittleEndian);
   image.resolution = {203.2F, 300};
+  return image;
+}
+
+/// The same with an ICC profile on two of three, of which there is another one every 80 pages.
+inline EncodedImage profiledPage(unsigned seed) {
+  EncodedImage image = plainPage(seed);
+  if (seed % 3 != 0) image.iccProfile = iccProfile("GRAY", seed / 80);
   return image;
 }
 
