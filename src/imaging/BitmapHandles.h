@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 
+#include "imaging/page/Bytes.h"
 #include "imaging/page/Raster.h"
 #include "imaging/page/Resolution.h"
 
@@ -12,6 +13,7 @@ namespace orvane {
 struct Bitmap {
   Raster pixels;
   Resolution resolution;
+  Bytes iccProfile;  ///< of the page that they were copied from; empty: none
 };
 
 /// The bitmaps that are under way, by their handles. A handle is taken once.

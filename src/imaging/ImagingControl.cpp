@@ -1,6 +1,7 @@
 #include "imaging/ImagingControl.h"
 
 #include <filesystem>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -8,6 +9,7 @@
 #include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/path_text.h"
+#include "foundation/program.h"
 #include "foundation/utf8_text.h"
 #include "imaging/BitmapHandles.h"
 #include "imaging/containers/JpegFile.h"
@@ -51,6 +53,15 @@ void ImagingControl::noteDamage() {
   damage_ = fromUtf8(*page_->damage());
 }
 
+// What a bitmap of another instance loses here, its page has not lost.
+void ImagingControl::logProfileLeftOut() const {
+  if (page_->profileLeftOut().empty() || page_->number() == 0) return;
+  mdlFolderAndFile::LogWrite(L"ICC配置文件未保留:" + sourceFile_ + L"--第" +
+                                 std::to_wstring(page_->number()) + L"页--" +
+                                 page_->profileLeftOut(),
+                             kApplicationTitle);
+}
+
 void ImagingControl::SourceFile(const std::wstring& path) {
   page_.reset();
   skew_ = 0;
@@ -91,6 +102,7 @@ void ImagingControl::SaveFile() {
       saveTo(targetFile_);
     }
     noteDamage();
+    logProfileLeftOut();
   });
 }
 
@@ -172,7 +184,7 @@ void ImagingControl::FinishingFilter(float strength, std::int16_t halfWidth) {
 
 std::int32_t ImagingControl::CopyDIB() {
   return guarded([&] {
-    Bitmap bitmap{loaded().pixels(), page_->resolution()};
+    Bitmap bitmap{loaded().pixels(), page_->resolution(), page_->iccProfile().bytes};
     noteDamage();
     return bitmapHandles().put(std::move(bitmap));
   });
@@ -180,8 +192,7 @@ std::int32_t ImagingControl::CopyDIB() {
 
 void ImagingControl::hDIB(std::int32_t handle) {
   guarded([&] {
-    Bitmap bitmap = bitmapHandles().take(handle);
-    page_.emplace(std::move(bitmap.pixels), bitmap.resolution);
+    page_.emplace(bitmapHandles().take(handle));
     imagError_ = kNoImagError;
   });
 }

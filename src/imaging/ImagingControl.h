@@ -76,6 +76,7 @@ class ImagingControl final : public ImagingEngine {
 
   LoadedPage& loaded();
   void noteDamage();
+  void logProfileLeftOut() const;
   void saveTo(const std::wstring& path);
   void saveOverSource();
   bool targetIsSource() const;

@@ -9,10 +9,14 @@
 namespace orvane {
 
 LoadedPage::LoadedPage(const std::wstring& path, std::int32_t pageNumber)
-    : file_(std::in_place, path, pageNumber), resolution_(file_->info().resolution) {}
+    : file_(std::in_place, path, pageNumber),
+      resolution_(file_->info().resolution),
+      number_(pageNumber) {}
 
-LoadedPage::LoadedPage(Raster pixels, const Resolution& resolution)
-    : changed_(std::move(pixels)), resolution_(resolution) {}
+LoadedPage::LoadedPage(Bitmap bitmap)
+    : changed_(std::move(bitmap.pixels)),
+      resolution_(bitmap.resolution),
+      iccProfile_({std::move(bitmap.iccProfile), {}}) {}
 
 std::uint32_t LoadedPage::width() const {
   return changed_ ? changed_->width : file_->info().width;
@@ -45,6 +49,11 @@ std::optional<EncodedImage> LoadedPage::transcodedJpeg(JpegFactors factors) {
     damage_ = damage.what();
     return std::nullopt;
   }
+}
+
+const PageProfile& LoadedPage::iccProfile() {
+  if (!iccProfile_) iccProfile_ = file_->iccProfile();
+  return *iccProfile_;
 }
 
 Raster LoadedPage::pixels() {

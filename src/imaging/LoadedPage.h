@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
+#include "imaging/BitmapHandles.h"
 #include "imaging/codecs/jpeg.h"
 #include "imaging/page/EncodedImage.h"
 #include "imaging/page/Raster.h"
@@ -18,13 +20,15 @@ class LoadedPage {
   /// A page of a file. Throws Failure as TiffPage does.
   LoadedPage(const std::wstring& path, std::int32_t pageNumber);
   /// A bitmap taken over from another instance.
-  LoadedPage(Raster pixels, const Resolution& resolution);
+  explicit LoadedPage(Bitmap bitmap);
 
   std::uint32_t width() const;
   std::uint32_t height() const;
   std::uint16_t bitsPerPixel() const;
   const Resolution& resolution() const { return resolution_; }
   void setResolution(const Resolution& resolution) { resolution_ = resolution; }
+  /// The number of the page in its file, from 1; 0 for a bitmap of another instance.
+  std::int32_t number() const { return number_; }
 
   /// The page's own Group 4 strips, when nothing has changed it and they are whole. Damage in them
   /// is noted.
@@ -41,6 +45,13 @@ class LoadedPage {
   /// The pixels, to be changed in place.
   Raster& changeablePixels();
 
+  /// The page's ICC profile, which describes its samples as they were loaded.
+  const PageProfile& iccProfile();
+
+  /// Notes why the page goes out without its profile; empty when it has none, or keeps it.
+  void noteProfileLeftOut(std::wstring reason) { profileLeftOut_ = std::move(reason); }
+  const std::wstring& profileLeftOut() const { return profileLeftOut_; }
+
   /// Why the page's image data is damaged, as far as it has been looked at.
   const std::optional<std::string>& damage() const { return damage_; }
 
@@ -50,6 +61,9 @@ class LoadedPage {
   std::optional<TiffPage> file_;
   std::optional<Raster> changed_;
   Resolution resolution_;
+  std::optional<PageProfile> iccProfile_;  ///< read when it is first asked for
+  std::wstring profileLeftOut_;
+  std::int32_t number_ = 0;
   std::optional<std::string> damage_;
 };
 

@@ -23,6 +23,26 @@ EncodedImage withResolution(EncodedImage image, const Resolution& resolution) {
   return image;
 }
 
+enum class Target { Tiff, Jpeg, Pdf };
+
+// The page's profile goes with every image whose samples it still describes, if the target can hold
+// it.
+EncodedImage withProfile(LoadedPage& page, EncodedImage image, Target target) {
+  const auto& [profile, leftOut] = page.iccProfile();
+  std::wstring misfit = leftOut;
+  if (!profile.empty()) misfit = iccMisfit(profile, image.photometric);
+  if (!profile.empty() && misfit.empty() && target == Target::Pdf) misfit = iccMisfitInPdf(profile);
+  if (misfit.empty()) image.iccProfile = profile;
+  page.noteProfileLeftOut(std::move(misfit));
+  return image;
+}
+
+EncodedImage encodeAsJpeg(LoadedPage& page, JpegFactors factors) {
+  if (auto transcoded = page.transcodedJpeg(factors)) return *std::move(transcoded);
+  return withResolution(encodeJpeg(toGrayOrRgb8(page.pixels()), factors, page.resolution()),
+                        page.resolution());
+}
+
 EncodedImage encodeTiff(LoadedPage& page, const SaveSettings& settings, SampleOrder order) {
   switch (settings.tiffCompression) {
     case kTiffNone:
@@ -32,7 +52,7 @@ EncodedImage encodeTiff(LoadedPage& page, const SaveSettings& settings, SampleOr
     case kTiffGroup4:
       return encodeBilevel(page);
     case kTiffJpeg:
-      return encodeForJpeg(page, settings);
+      return encodeAsJpeg(page, settings.jpegFactors);
     default:
       throw Failure("no TIFF compression has the code " + std::to_string(settings.tiffCompression));
   }
@@ -45,7 +65,7 @@ EncodedImage encodePdf(LoadedPage& page, const SaveSettings& settings) {
     case kPdfGroup4:
       return joinGroup4Strips(encodeBilevel(page));
     case kPdfJpeg:
-      return encodeForJpeg(page, settings);
+      return encodeAsJpeg(page, settings.jpegFactors);
     default:
       throw Failure("no PDF compression has the code " + std::to_string(settings.pdfCompression));
   }
@@ -54,7 +74,8 @@ EncodedImage encodePdf(LoadedPage& page, const SaveSettings& settings) {
 }  // namespace
 
 EncodedImage encodeForTiff(LoadedPage& page, const SaveSettings& settings, SampleOrder order) {
-  return withResolution(encodeTiff(page, settings, order), page.resolution());
+  return withProfile(page, withResolution(encodeTiff(page, settings, order), page.resolution()),
+                     Target::Tiff);
 }
 
 EncodedImage encodeForPdf(LoadedPage& page, const SaveSettings& settings) {
@@ -63,14 +84,11 @@ EncodedImage encodeForPdf(LoadedPage& page, const SaveSettings& settings) {
     resolution.x = settings.resolutionX.value_or(resolution.x);
     resolution.y = settings.resolutionY.value_or(resolution.y);
   }
-  return withResolution(encodePdf(page, settings), resolution);
+  return withProfile(page, withResolution(encodePdf(page, settings), resolution), Target::Pdf);
 }
 
 EncodedImage encodeForJpeg(LoadedPage& page, const SaveSettings& settings) {
-  if (auto transcoded = page.transcodedJpeg(settings.jpegFactors)) return *std::move(transcoded);
-  return withResolution(
-      encodeJpeg(toGrayOrRgb8(page.pixels()), settings.jpegFactors, page.resolution()),
-      page.resolution());
+  return withProfile(page, encodeAsJpeg(page, settings.jpegFactors), Target::Jpeg);
 }
 
 }  // namespace orvane

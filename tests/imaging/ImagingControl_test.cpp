@@ -4,6 +4,8 @@
 
 #include "foundation/utf8_text.h"
 #include "imaging/differingPixels.h"
+#include "imaging/icc.h"
+#include "imaging/page/tiff_kinds.h"
 #include "support/TempStation.h"
 #include "support/failureOf.h"
 
@@ -12,6 +14,7 @@ namespace orvane::test {
 namespace {
 
 using testing::HasSubstr;
+using namespace std::string_view_literals;
 
 // Hard edges and a gradient; 203 pixels wide so that rows do not end on a byte.
 const std::string kPicture =
@@ -48,6 +51,16 @@ struct RealEngine : testing::Test {
   void load(const SourceKind& kind) {
     outputOf(kPicture + kind.options + " TIFF:" + file(kind.name));
     engine.SourceFile(station.path(fromUtf8(kind.name)));
+  }
+
+  void loadWithProfile(const SourceKind& kind, const Bytes& profile) {
+    load(kind);
+    TIFF* tiff = TIFFOpen(station.native(kind.name).c_str(), "r+");
+    TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<unsigned>(profile.size()), profile.data());
+    TIFFRewriteDirectory(tiff);
+    TIFFClose(tiff);
+    engine.SourceFile(station.path(fromUtf8(kind.name)));
+    station.write("profile", {profile.begin(), profile.end()});
   }
 
   void save(std::int32_t type, std::int32_t code, const std::wstring& name, bool append = false) {
@@ -150,10 +163,139 @@ TEST_F(RealEngine, ItsPdfFilesAreArchiveFiles) {
     }
   }
   for (int i = 0; i < 201; ++i) save(kSavePdf, kPdfGroup4, L"pdf\\long.pdf", true);
+  for (const auto& [kind, space] : {std::pair{0, "GRAY"}, {4, "GRAY"}, {6, "RGB "}, {7, "RGB "}}) {
+    loadWithProfile(kSources[kind], iccProfile(space));
+    for (const std::int32_t code : {kPdfNone, kind == 0 ? kPdfGroup4 : kPdfJpeg}) {
+      save(kSavePdf, code, L"pdf\\profiles.pdf", true);
+    }
+  }
   EXPECT_EQ(station.shell("java -cp " + classPath +
                           " org.apache.pdfbox.preflight.Validator_A1b xml batch pdf >log; "
                           "cat pdf/*.xml | grep -c 'PDF/A1-b\">true</isValid>'"),
-            "13\n");
+            "14\n");
+  station.shell("pdfimages -list pdf/profiles.pdf | grep -c ' icc \\| index ' | grep '^8$'");
+}
+
+// A profile that says nothing of the samples that are written is left out, and the log says so.
+TEST_F(RealEngine, AProfileGoesWithThePageAsFarAsItFits) {
+  const struct {
+    int kind;
+    std::string space, keptIn;
+  } rows[] = {{0, "GRAY", "lzw.tif dct.tif g4.tif page.jpg raw.pdf dct.pdf "},
+              {4, "GRAY", "lzw.tif dct.tif g4.tif page.jpg raw.pdf dct.pdf "},
+              {5, "RGB ", "lzw.tif dct.tif page.jpg raw.pdf dct.pdf "},
+              {7, "RGB ", "lzw.tif dct.tif page.jpg raw.pdf dct.pdf "},
+              {8, "RGB ", "lzw.tif dct.tif page.jpg raw.pdf dct.pdf "},
+              {9, "CMYK", "lzw.tif "}};
+  const std::string judges =
+      "rm -f *.icc; for f in lzw.tif dct.tif g4.tif page.jpg; do convert -quiet $f icc:now.icc "
+      "2>>quiet; cmp -s now.icc profile && printf \"$f \"; rm -f now.icc; done; for f in raw.pdf "
+      "dct.pdf; do qpdf --show-object=6 --raw-stream-data $f 2>>quiet | cmp -s - profile && qpdf "
+      "--show-object=7 $f | grep -q ICCBased.6.0.R && printf \"$f \"; done; true";
+  for (const auto& [kind, space, keptIn] : rows) {
+    for (const std::string other : {"GRAY", "RGB ", "CMYK"}) {
+      SCOPED_TRACE(kSources[kind].name + " " + other);
+      loadWithProfile(kSources[kind], iccProfile(other));
+      save(kSaveTiff, kTiffLzw, L"lzw.tif");
+      save(kSaveTiff, kTiffJpeg, L"dct.tif");
+      save(kSaveTiff, kTiffGroup4, L"g4.tif");
+      save(kSavePdf, kPdfNone, L"raw.pdf");
+      engine.RotateImage(90);
+      save(kSavePdf, kPdfJpeg, L"dct.pdf");
+      save(kSaveJpeg, 0, L"page.jpg");
+      EXPECT_EQ(engine.ImagError(), kNoImagError);
+      const std::string kept = station.shell(judges);
+      EXPECT_EQ(kept, other == space ? keptIn : "");
+      const std::string log = station.takeLog();
+      EXPECT_EQ(std::ranges::count(log, '\n') + std::ranges::count(kept, ' '), 6) << log;
+      const std::string line =
+          "ICC配置文件未保留:" + toUtf8(engine.SourceFile()) + "--第1页--颜色空间";
+      EXPECT_TRUE(log.empty() || log.find(line) != log.npos) << log;
+    }
+  }
+}
+
+TEST_F(RealEngine, AnUnsoundProfileIsLeftOutAndToldInOneLine) {
+  const std::pair<std::function<void(Bytes&)>, std::string> rows[] = {
+      {[](Bytes& profile) { profile.pop_back(); }, "长度与其自述的不符"},
+      {[](Bytes& profile) { profile.resize(100); }, "长度与其自述的不符"},
+      {[](Bytes& profile) { profile[37] = 'x'; }, "没有acsp标志"},
+      {[](Bytes& profile) { profile[8] = 5; }, "不支持第5版"},
+      {[](Bytes& profile) { std::ranges::copy("link"sv, &profile[12]); }, "类别link不描述图像"},
+      {[](Bytes& profile) { profile[16] = 7; }, "颜色空间?GB 与图像不符"},
+      {[](Bytes& profile) { profile = iccProfile("RGB ", 4 << 20); }, "达到或超过4 MiB"},
+      {[](Bytes& profile) { profile[8] = 4; }, "PDF/A-1b不容许第4版"},
+      {[](Bytes& profile) { profile[128] = 1; }, "PDF/A-1b不容许损坏的标签表"},
+      {[](Bytes& profile) { profile[140] = 1; }, "PDF/A-1b不容许损坏的标签表"},
+      {[](Bytes& profile) { std::ranges::copy("none"sv, &profile[12]); },
+       "PDF/A-1b不容许类别none"}};
+  for (const auto& [change, reason] : rows) {
+    SCOPED_TRACE(reason);
+    Bytes profile = iccProfile("RGB ");
+    change(profile);
+    loadWithProfile(kSources[5], profile);
+    save(kSavePdf, kPdfNone, L"page.pdf");
+    EXPECT_THAT(station.takeLog(), testing::EndsWith("rgb8--第1页--" + reason + "\n"));
+    save(kSaveTiff, kTiffLzw, L"page.tif");
+    EXPECT_EQ(station.takeLog().empty(), reason.starts_with("PDF"));
+    EXPECT_EQ(engine.ImagError(), kNoImagError);
+    EXPECT_EQ(differingPixels(file("rgb8"), file("page.tif")), "0");
+    station.shell("! grep -aq ICCBased page.pdf");
+  }
+  station.write("page.tif", rawGrayPage(2, 2, "abcd", {{34675, 7, 5000, 1 << 30}}));
+  engine.SourceFile(station.path(L"page.tif"));
+  save(kSaveTiff, kTiffLzw, L"out.tif");
+  EXPECT_THAT(station.takeLog(), testing::EndsWith("page.tif--第1页--无法读取\n"));
+  EXPECT_EQ(engine.ImagError(), kNoImagError);
+}
+
+// The tools of libjpeg-turbo write and read the segments of a stream.
+TEST_F(RealEngine, AProfileInAJpegStreamIsKeptToo) {
+  const auto saveJpegPage = [&](const std::string& stream) {
+    station.write("page.tif", rawGrayPage(40, 30, stream, {{259, 3, 1, 7}}));
+    engine.SourceFile(station.path(L"page.tif"));
+    save(kSaveJpeg, 0, L"page.jpg");
+    for (const bool append : {false, true}) {
+      save(kSaveTiff, kTiffJpeg, L"dct.tif", append);
+      save(kSavePdf, kPdfJpeg, L"dct.pdf", append);
+    }
+    EXPECT_EQ(engine.ImagError(), kNoImagError);
+    return station.read("page.jpg") + station.read("dct.tif") + station.read("dct.pdf");
+  };
+  const Bytes gray = iccProfile("GRAY", 150'000);
+  station.write("profile", {gray.begin(), gray.end()});
+  station.shell("convert -size 40x30 gradient: -depth 8 pgm:- | cjpeg -icc profile >stream");
+  const std::string stream = station.read("stream");
+  EXPECT_EQ(saveJpegPage(stream), saveJpegPage(stream));
+  ImagingControl thumbnail;
+  thumbnail.hDIB(engine.CopyDIB());
+  thumbnail.OutputType(kSaveJpeg);
+  thumbnail.TargetFile(station.path(L"small.jpg"));
+  thumbnail.SaveFile();
+  for (const int pages : {2, 1}) {
+    station.shell(
+        "for f in page small; do djpeg -icc now.icc $f.jpg >p.pgm && cmp now.icc profile || exit; "
+        "done && "
+        "convert dct.tif[" +
+        std::to_string(pages - 1) +
+        "] icc:now.icc && cmp now.icc profile && qpdf --check dct.pdf && "
+        "qpdf --show-object=6 --raw-stream-data dct.pdf | cmp - profile && "
+        "test $(grep -ao acsp dct.pdf | wc -l) = 2 && "
+        "test \"$(grep -ao ICC_PROFILE page.jpg dct.pdf dct.tif | uniq -c | xargs)\" = "
+        "'3 page.jpg:ICC_PROFILE'");
+    if (pages == 1) break;
+    engine.DeletePageFromFile(station.path(L"dct.tif"), 1);
+    engine.DeletePageFromFile(station.path(L"dct.pdf"), 1);
+  }
+  EXPECT_EQ(station.takeLog(), "");
+  const std::size_t segment = stream.find("ICC_PROFILE");
+  for (const auto& [place, value] : {std::pair{12, '\2'}, {12, '\0'}, {13, '\2'}, {0, 'J'}}) {
+    std::string broken = stream;
+    broken[segment + place] = value;
+    saveJpegPage(broken);
+    EXPECT_THAT(station.takeLog(), HasSubstr("JPEG数据中的分段不完整"));
+    station.shell("djpeg -icc now.icc page.jpg >p.pgm; test ! -s now.icc");
+  }
 }
 
 TEST_F(RealEngine, ADamagedPageIsRecordedAndWhatCannotBeLoadedIsThrown) {

@@ -5,6 +5,7 @@
 
 #include "imaging/page/tiff_decode.h"
 #include "imaging/page/tiff_directories.h"
+#include "imaging/page/tiff_profile.h"
 #include "imaging/page/tiff_resolution.h"
 #include "imaging/page/tiff_strips.h"
 
@@ -52,7 +53,7 @@ PageInfo uprightInfo(const TiffHandle& tiff, const TiffLayout& layout) {
 
 struct TiffPage::Impl {
   Impl(const std::wstring& path, std::int32_t page) : tiff(path) {
-    const std::uint64_t directory = directoryOfPage(tiff, page);
+    directory = directoryOfPage(tiff, page);
     tiff.readDirectory(directory);
     layout = readTiffLayout(tiff);
     requireWholeBlockTable(tiff, directory, layout);
@@ -60,6 +61,7 @@ struct TiffPage::Impl {
   }
 
   TiffHandle tiff;
+  std::uint64_t directory = 0;
   TiffLayout layout;
   PageInfo info;
 };
@@ -85,6 +87,10 @@ std::optional<EncodedImage> TiffPage::jpegStrips() const {
   std::optional<EncodedImage> image = readJpegStrips(impl_->tiff, impl_->layout);
   if (image) image->resolution = impl_->info.resolution;
   return image;
+}
+
+PageProfile TiffPage::iccProfile() const {
+  return readIccProfile(impl_->tiff, impl_->layout, impl_->directory);
 }
 
 DecodedPage TiffPage::decode() const {

@@ -7,6 +7,7 @@
 
 #include "imaging/page/EncodedImage.h"
 #include "imaging/page/Raster.h"
+#include "imaging/page/icc_profile.h"
 
 namespace orvane {
 
@@ -48,6 +49,9 @@ class TiffPage {
   /// and not yet verified; nothing for every other page, and for one whose strips cannot be read
   /// whole.
   std::optional<EncodedImage> jpegStrips() const;
+
+  /// The profile of the page's samples as they stand in the file.
+  PageProfile iccProfile() const;
 
   /// Decodes the page and brings it upright (TIFF 6.0 Orientation). Damage is reported in the
   /// result; a page that cannot be decoded at all throws Failure.
