@@ -43,7 +43,7 @@ class BatchExport {
         BatchOutputFolder_(
             batchOutputFolder(settings_.SavePath, settings_.IsCreateBatchFolder, BatchID)),
         run_(run) {
-    run_.written.beginBatch();
+    run_.written.beginBatch(BatchID);
   }
 
   // The walk over the documents; the first one that fails ends it.
@@ -55,6 +55,7 @@ class BatchExport {
       const SubFolder kind = lookAt(name);
       if (kind == SubFolder::NoDocument) continue;
       if (kind == SubFolder::Unclear || !exportDocument(name)) {
+        tellOfReplaced();
         deleteOutput(scans);
         report(frmMain_, name + L" 导出失败！");
         return false;
@@ -62,6 +63,8 @@ class BatchExport {
       report(frmMain_, name + L" 导出成功！");
       windowServices().yield();
     }
+    tellOfReplaced();
+    tellOfLeftovers();
     return true;
   }
 
@@ -115,7 +118,33 @@ class BatchExport {
   void deleteOutput(const ScansOfBatch& scans) const {
     if (settings_.IsCreateBatchFolder && run_.outputFolder.isAt(settings_.SavePath)) {
       deleteBatchOutputFolder(settings_.SavePath, BatchID_, scans);
+      run_.written.forgetBatch();
     }
+  }
+
+  void tellOfReplaced() const {
+    const WrittenFiles::Finding& replaced = run_.written.replaced();
+    if (replaced.count == 0) return;
+    tell(L"替换了本次导出中已写出的 " + std::to_wstring(replaced.count) +
+         L" 个同名文件，第一个原是档案【" + replaced.batch + L"】的：" + replaced.first);
+  }
+
+  void tellOfLeftovers() const {
+    if (!settings_.IsCreateBatchFolder) return;
+    succeeds([this] {
+      const auto leftovers = run_.written.notWrittenIn(BatchOutputFolder_);
+      if (leftovers.count == 0) return;
+      tell(L"的成果文件夹里有 " + std::to_wstring(leftovers.count) +
+           L" 个文件不是这次写出的，第一个：" + leftovers.first);
+    });
+  }
+
+  // A batch that fails on every pass fills the log quickly enough without its repetitions.
+  void tell(const std::wstring& finding) const {
+    const std::wstring line = L"RunOutPutBatch-档案【" + BatchID_ + L"】" + finding;
+    if (run_.lastFinding == line) return;
+    run_.lastFinding = line;
+    mdlFolderAndFile::LogWrite(line, kApplicationTitle);
   }
 
   RunHost& frmMain_;

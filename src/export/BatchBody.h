@@ -14,6 +14,7 @@ struct Run {
   std::wstring PageNumberMask;
   HeldFolder outputFolder;  ///< what stood under `SavePath`
   WrittenFiles written{};
+  std::wstring lastFinding{};  ///< the last log line about replaced or left files
 };
 
 /// Exports the one batch that the record names: every document in it, then its new state, or a

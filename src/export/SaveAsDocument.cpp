@@ -59,9 +59,10 @@ bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingE
                      : multiPageFilePath(SavePath, NewDocumentID, SaveFileType);
       const bool append = !IsPageFile && index > 1;
       multiPageFile.clear();
-      const bool isThere = guard.check(target).has_value();
+      const std::optional<FileIdentity> older = guard.check(target);
       if (!IsPageFile) multiPageFile = target;
-      if (append && !isThere) throw systemFailure(ENOENT, target);  // and its first pages with it
+      if (append && !older) throw systemFailure(ENOENT, target);  // and its first pages with it
+      if (written != nullptr && older && !append) written->replace(*older, target);
       const std::wstring source = GetPagePath(document.DocName(), document.GetPage(page));
       if (!savePage(ImgControl, source, 1, target, CompressionType == 0, CompressionRatios,
                     append)) {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <sys/stat.h>
+#include <utility>
 
 #include "foundation/Failure.h"
 #include "foundation/disk_sync.h"
@@ -10,16 +11,32 @@
 namespace orvane {
 namespace {
 
+namespace fs = std::filesystem;
+
 struct stat statusOf(const std::wstring& path) {
   struct stat status {};
   if (stat(nativePath(path).c_str(), &status) != 0) throw systemFailure(errno, path);
   return status;
 }
 
+std::size_t nameOf(const fs::path& file) {
+  return hash_value(file.lexically_normal());
+}
+
 }  // namespace
 
-void WrittenFiles::beginBatch() {
-  ++batch_;
+void WrittenFiles::beginBatch(const std::wstring& BatchID) {
+  // From the back: a batch that has failed is mostly the next one again.
+  std::ptrdiff_t number = std::ssize(batches_) - 1;
+  while (number >= 0 && batches_[number] != BatchID) --number;
+  if (number < 0) {
+    number = std::ssize(batches_);
+    batches_.push_back(BatchID);
+  }
+  now_ = {static_cast<int>(number), now_.pass + 1};
+  replaced_ = {};
+  filesOfPass_.clear();
+  namesOfPass_.clear();
   for (auto& [device, disk] : disks_) {
     disk.files.clear();
     disk.folders.clear();
@@ -29,7 +46,9 @@ void WrittenFiles::beginBatch() {
 void WrittenFiles::addFile(const std::wstring& file) {
   const struct stat status = statusOf(file);
   Disk& disk = diskOf(status.st_dev, file);
-  disk.batchOf[status.st_ino] = batch_;
+  disk.writerOf[status.st_ino] = now_;
+  filesOfPass_.push_back({status.st_dev, status.st_ino});
+  namesOfPass_.insert(nameOf(nativePath(file)));
   if (disk.syncsFilesOnly) disk.files.insert(file);
   disk.addFolder(pathText(nativePath(file).parent_path()));
 }
@@ -38,12 +57,52 @@ void WrittenFiles::addFolder(const std::wstring& folder) {
   diskOf(statusOf(folder).st_dev, folder).addFolder(folder);
 }
 
-std::optional<int> WrittenFiles::batchOf(const FileIdentity& file) const {
+void WrittenFiles::replace(const FileIdentity& older, const std::wstring& path) {
+  const std::optional<Writer> writer = writerOf(older);
+  if (!writer) return;
+  disks_[older.device].writerOf.erase(older.inode);
+  if (writer->batch == now_.batch && writer->pass != now_.pass) return;
+  if (replaced_.count++ > 0) return;
+  replaced_.first = path;
+  replaced_.batch = batches_[writer->batch];
+}
+
+WrittenFiles::Finding WrittenFiles::notWrittenIn(const std::wstring& folder) const {
+  Finding finding;
+  std::error_code error, ignored;
+  const fs::path root = nativePath(folder).lexically_normal();
+  for (fs::recursive_directory_iterator entry(root, error), end; !error && entry != end;
+       entry.increment(error)) {
+    if (fs::is_directory(entry->symlink_status(ignored)) || isOfThisPass(entry->path())) continue;
+    const std::wstring file = pathText(entry->path());
+    if (finding.count++ == 0 || file < finding.first) finding.first = file;
+  }
+  if (error && error != std::errc::no_such_file_or_directory) {
+    throw systemFailure(error.value(), folder);
+  }
+  return finding;
+}
+
+// By its name, and by what it is where the file system writes the name otherwise.
+bool WrittenFiles::isOfThisPass(const fs::path& file) const {
+  if (namesOfPass_.contains(nameOf(file))) return true;
+  struct stat status {};
+  if (lstat(file.c_str(), &status) != 0) return false;
+  return writerOf({status.st_dev, status.st_ino}) == now_;
+}
+
+std::optional<WrittenFiles::Writer> WrittenFiles::writerOf(const FileIdentity& file) const {
   const auto disk = disks_.find(file.device);
   if (disk == disks_.end()) return std::nullopt;
-  const auto entry = disk->second.batchOf.find(file.inode);
-  if (entry == disk->second.batchOf.end()) return std::nullopt;
+  const auto entry = disk->second.writerOf.find(file.inode);
+  if (entry == disk->second.writerOf.end()) return std::nullopt;
   return entry->second;
+}
+
+void WrittenFiles::forgetBatch() {
+  for (const FileIdentity& file : std::exchange(filesOfPass_, {})) {
+    disks_[file.device].writerOf.erase(file.inode);
+  }
 }
 
 void WrittenFiles::bringToDisk() const {

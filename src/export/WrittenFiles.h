@@ -1,11 +1,14 @@
 #pragma once
 
+#include <filesystem>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <sys/types.h>
 #include <unordered_map>
+#include <unordered_set>
+#include <vector>
 
 namespace orvane {
 
@@ -20,12 +23,18 @@ struct FileIdentity {
 /// of the batch under way all that has to reach a disk before its new state may be recorded.
 class WrittenFiles {
  public:
-  /// Begins the next batch, or the next pass over the same one. What the last one wrote keeps its
-  /// number.
-  void beginBatch();
+  /// Files that are worth a line in the log.
+  struct Finding {
+    std::size_t count = 0;
+    std::wstring first;  ///< the path of one of them
+    std::wstring batch;  ///< the batch that had written that one, if a batch of this run did
+  };
 
-  /// The number of the batch under way: 1 for the first of the run.
-  int batch() const { return batch_; }
+  /// Begins the next batch, or the next pass over one that has failed.
+  void beginBatch(const std::wstring& BatchID);
+
+  /// Notes that the batch is about to write to `path`, and `older` stands there.
+  void replace(const FileIdentity& older, const std::wstring& path);
 
   /// Notes a file that the batch has just written. Throws Failure when it is not there.
   void addFile(const std::wstring& file);
@@ -33,28 +42,48 @@ class WrittenFiles {
   /// Notes a folder that holds what the batch wrote. Throws Failure when it is not there.
   void addFolder(const std::wstring& folder);
 
-  /// The number of the batch that wrote the file; nothing when this run did not.
-  std::optional<int> batchOf(const FileIdentity& file) const;
+  /// The files of this run that the batch has written over: those of other batches, and its own of
+  /// this pass. What an earlier pass over the batch left does not count.
+  const Finding& replaced() const { return replaced_; }
+
+  /// The files below a folder that the batch has not written in this pass. Throws Failure when the
+  /// folder cannot be listed; one that is not there holds none.
+  Finding notWrittenIn(const std::wstring& folder) const;
+
+  /// Forgets the files of the batch: they have been deleted.
+  void forgetBatch();
 
   /// Returns once everything that the batch wrote is on its disk. The window's events are handled
   /// meanwhile. Throws Failure when something could not be written.
   void bringToDisk() const;
 
  private:
+  struct Writer {
+    int batch;  // from 0, in the order of `batches_`
+    int pass;
+    bool operator==(const Writer&) const = default;
+  };
+
   struct Disk {
     bool syncsFilesOnly = false;
     std::set<std::wstring> files;    // of this batch; kept only when each is synced itself
     std::set<std::wstring> folders;  // of this batch; one is enough when it is not
-    std::unordered_map<ino_t, int> batchOf;
+    std::unordered_map<ino_t, Writer> writerOf;
 
     void addFolder(const std::wstring& folder);
     void sync() const;
   };
 
   Disk& diskOf(dev_t device, const std::wstring& path);
+  std::optional<Writer> writerOf(const FileIdentity& file) const;
+  bool isOfThisPass(const std::filesystem::path& file) const;
 
-  int batch_ = 0;
+  std::vector<std::wstring> batches_;
+  Writer now_{};
   std::map<dev_t, Disk> disks_;
+  std::vector<FileIdentity> filesOfPass_;
+  std::unordered_set<std::size_t> namesOfPass_;  // hashes: a batch may have many long paths
+  Finding replaced_;
 };
 
 }  // namespace orvane

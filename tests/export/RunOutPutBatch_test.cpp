@@ -1,5 +1,6 @@
 #include "export/RunOutPutBatch.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <regex>
 
@@ -126,6 +127,111 @@ TEST_F(RunOutPutBatch, OutcomesOfABatch) {
     EXPECT_EQ(station.outputFiles(), c.files);
     EXPECT_EQ(station.shell(tree), scans);
     EXPECT_NE(station.takeLog().find(c.reason), std::string::npos);
+  }
+}
+
+TEST_F(RunOutPutBatch, FilesThatAreReplacedInTheSameRunOrLeftOfAnEarlierExportAreTold) {
+  const auto replaced = [](const std::string& batch, int count, const std::string& of) {
+    return "档案【" + batch + "】替换了本次导出中已写出的 " + std::to_string(count) +
+           " 个同名文件，第一个原是档案【" + of + "】的：";
+  };
+  const std::string left = "档案【B1】的成果文件夹里有 2 个文件不是这次写出的，第一个：";
+  const struct {
+    const wchar_t* pattern;
+    bool batchFolder, isMutiPage;
+    std::vector<std::pair<std::string, int>> documents;  // with their pages; 0: one is missing
+    std::string before, afterFirst;                      // commands in the output folder
+    std::string told, file;
+  } cases[] = {
+      {kNameOfDocument,
+       false,
+       false,
+       {{"B1/D", 3}, {"B2/D", 2}},
+       "",
+       "",
+       replaced("B2", 2, "B1"),
+       "D001.tif"},
+      {kNameOfDocument,
+       false,
+       true,
+       {{"B1/D", 2}, {"B2/D", 2}},
+       "",
+       "",
+       replaced("B2", 1, "B1"),
+       "D.tif"},
+      {kNameOfPage,
+       true,
+       false,
+       {{"B1/D1", 2}, {"B1/D2", 3}},
+       "",
+       "",
+       replaced("B1", 2, "B1"),
+       "B1/001.tif"},
+      // As on a disk that knows no letter case.
+      {kNameOfDocument,
+       false,
+       false,
+       {{"B1/ab", 1}, {"B2/AB", 1}},
+       "",
+       "[ -e AB001.tif ] || ln ab001.tif AB001.tif",
+       replaced("B2", 1, "B1"),
+       "AB001.tif"},
+      // Older files, and those of an earlier attempt at the same batch.
+      {kNameOfDocument, false, false, {{"B1/D", 2}}, "touch D001.tif D002.tif", "", "", ""},
+      {kNameOfDocument, false, false, {{"B1/D1", 1}, {"B1/D2", 0}}, "", "", "", ""},
+      {kNameOfDocument, true, false, {{"B1/D1", 1}, {"B1/D2", 0}}, "", "", "", ""},
+      // Told once, however often the batch comes back.
+      {kNameOfDocument,
+       false,
+       false,
+       {{"B1/D1", 1}, {"B2/D1", 1}, {"B2/D2", 0}},
+       "",
+       "",
+       replaced("B2", 1, "B1"),
+       "D1001.tif"},
+      {kNameOfDocument,
+       true,
+       true,
+       {{"B1/D", 1}},
+       "mkdir -p B1/D/empty; touch B1/D/1.tif B1/E.tif",
+       "",
+       left,
+       "B1/D/1.tif"},
+      {kNameOfDocument,
+       true,
+       false,
+       {{"B1/D", 1}},
+       "mkdir B1; touch B1/D001.tif",
+       "mv B1/D001.tif B1/d001.tif",
+       "",
+       ""}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    station.shell("rm -rf Batchs output/*; cd output; " + c.before);
+    std::set<std::string> batches;
+    for (const auto& [name, pages] : c.documents) {
+      batches.insert(name.substr(0, 2));
+      std::vector<std::string> names(std::max(pages, 1), pages == 0 ? "missing" : "P");
+      station.addDocument(name, names);
+    }
+    station.createTable({batches.begin(), batches.end()});
+    frmMain.options.ReNameFormat = c.pattern;
+    frmMain.options.IsCreateBatchFolder = c.batchFolder;
+    frmMain.options.IsMutiPage = c.isMutiPage;
+    int failures = 0;
+    frmMain.whenLineAdded = [&](const std::string& line) {
+      if (line.ends_with("导出失败！") && ++failures == 3) frmMain.setIsStopRequested(true);
+      if (line.ends_with(" 导出成功！")) station.shell("cd output; " + c.afterFirst);
+    };
+    run();
+    std::string told = station.takeLog();
+    told = std::regex_replace(told, std::regex("(.*mdlImageProcess.*|.*DocumentHelper.*)\n"), "");
+    const std::string output = toUtf8(station.outputText());
+    std::string file = c.file;
+    std::replace(file.begin(), file.end(), '/', '\\');
+    EXPECT_EQ(told, c.told.empty()
+                        ? ""
+                        : "Orvane成果导出:RunOutPutBatch-" + c.told + output + "\\" + file + "\n");
   }
 }
 
