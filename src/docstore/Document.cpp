@@ -53,7 +53,7 @@ bool Document::SaveDocument() {
   return withFailuresLogged(L"SaveDocument-", [&] {
     // Under the name that it was read by, so that no second one comes to lie beside a DOC.DAT.
     const std::wstring dataFile = existingPath(GetDocDataPath(sDocName_));
-    const std::wstring backupFile = dataFile + L"bak";
+    const std::wstring backupFile = existingPath(dataFile + L"bak");
     try {
       writePages(dataFile, backupFile);
     } catch (const std::exception&) {

@@ -1,6 +1,8 @@
 #include "foundation/Failure.h"
 
+#include <cerrno>
 #include <cstring>
+#include <new>
 
 #include "foundation/utf8_text.h"
 
@@ -25,6 +27,10 @@ Failure systemFailure(int error, std::wstring_view path) {
 }
 
 std::wstring description(const std::exception& failure) {
+  if (dynamic_cast<const std::bad_alloc*>(&failure) != nullptr ||
+      dynamic_cast<const std::length_error*>(&failure) != nullptr) {
+    return fromUtf8(errorText(ENOMEM));
+  }
   return fromUtf8(failure.what());
 }
 

@@ -20,7 +20,8 @@ Failure systemFailure(int error);
 /// The failure of a system call on `path`: "<path>: <strerror(error)>".
 Failure systemFailure(int error, std::wstring_view path);
 
-/// The text of a caught failure, for a log line or a box.
+/// The text of a caught failure, for a log line or a box. Memory that ran out is told as the
+/// platform tells it too, not by the name of a C++ type.
 std::wstring description(const std::exception& failure);
 
 }  // namespace orvane

@@ -19,12 +19,10 @@ bool leadsNowhere(int error) {
   return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
 }
 
-using StatusCall = int (*)(const char*, struct stat*);
-
-// What `call` (stat or lstat) tells of the path; nothing when the path leads nowhere.
-std::optional<struct stat> statusOf(StatusCall call, const std::wstring& path) {
+// Nothing when the path leads nowhere.
+std::optional<struct stat> statusOf(const std::wstring& path) {
   struct stat status {};
-  if (call(nativePath(path).c_str(), &status) == 0) return status;
+  if (stat(nativePath(path).c_str(), &status) == 0) return status;
   if (leadsNowhere(errno)) return std::nullopt;
   throw systemFailure(errno);
 }
@@ -40,20 +38,20 @@ bool mayBeFolder(const Listing& listing, const dirent& entry) {
 }  // namespace
 
 bool FileSystemObject::FolderExists(const std::wstring& path) {
-  const auto status = statusOf(stat, path);
+  const auto status = statusOf(path);
   return status && S_ISDIR(status->st_mode);
 }
 
 bool FileSystemObject::FileExists(const std::wstring& path) {
-  const auto status = statusOf(stat, path);
+  const auto status = statusOf(path);
   return status && S_ISREG(status->st_mode);
 }
 
-bool FileSystemObject::IsSameFile(const std::wstring& path, const std::wstring& otherPath) {
-  const auto one = statusOf(lstat, path);
-  const auto other = statusOf(lstat, otherPath);
-  return one && other && one->st_dev == other->st_dev && one->st_ino == other->st_ino &&
-         one->st_nlink == 1;
+bool FileSystemObject::IsSamePlace(const std::wstring& path, const std::wstring& otherPath) {
+  const std::wstring found = existingPath(path), otherFound = existingPath(otherPath);
+  const auto one = statusOf(found), other = statusOf(otherFound);
+  if (!one || !other || one->st_dev != other->st_dev) return false;
+  return one->st_ino == other->st_ino || isOneEntryInAnyCase(found, otherFound);
 }
 
 void FileSystemObject::CreateFolder(const std::wstring& path) {

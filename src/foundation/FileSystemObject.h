@@ -7,10 +7,10 @@
 namespace orvane {
 
 /// The operations on files and folders that the program needs of the platform. Paths are path
-/// texts, taken as they are spelled; only `CopyFile` (its source), `SubFolders` and `ReadFile` find
-/// what lies in the scan tree by any letter case (see existing_path.h). Every operation throws
-/// Failure with the platform's text, "<path>: <reason>" unless said otherwise; virtual so that a
-/// test can force a failure that it cannot make for real.
+/// texts, taken as they are spelled; only `IsSamePlace`, `CopyFile` (its source), `SubFolders` and
+/// `ReadFile` find what lies in the scan tree by any letter case (see existing_path.h). Every
+/// operation throws Failure with the platform's text, "<path>: <reason>" unless said otherwise;
+/// virtual so that a test can force a failure that it cannot make for real.
 class FileSystemObject {
  public:
   virtual ~FileSystemObject() = default;
@@ -22,9 +22,10 @@ class FileSystemObject {
   /// True for a regular file (a link to one counts). Throws as `FolderExists` does.
   virtual bool FileExists(const std::wstring& path);
 
-  /// True when both paths lead to the same, only entry of one file, so that a deletion through one
-  /// takes the other with it. Links are not followed; a path that leads nowhere gives false.
-  virtual bool IsSameFile(const std::wstring& path, const std::wstring& otherPath);
+  /// True when both paths lead to one file or folder, so that what is done to the one is done to
+  /// the other: through links, under a second hard link, in another letter case. A path that leads
+  /// nowhere gives false. Throws as `FolderExists` does.
+  virtual bool IsSamePlace(const std::wstring& path, const std::wstring& otherPath);
 
   /// Creates one folder; its parent must exist.
   virtual void CreateFolder(const std::wstring& path);

@@ -3,8 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
-#include <filesystem>
-#include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 #include "foundation/Failure.h"
@@ -16,33 +15,65 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Where the links from `path` on end; there need not be a file.
-fs::path behindLinks(fs::path path) {
+// The end of the links that begin at `path`; there need not be a file.
+fs::path withLinksFollowed(fs::path path) {
   constexpr int kMostLinks = 40;  // as many as the platform itself follows
-  for (int i = 0; i < kMostLinks && fs::is_symlink(path); ++i) {
-    path = path.parent_path() / fs::read_symlink(path);
+  for (int i = 0; i < kMostLinks; ++i) {
+    std::error_code isNoLink;
+    const fs::path target = fs::read_symlink(path, isNoLink);
+    if (isNoLink) break;
+    path = path.parent_path() / target;
   }
   return path;
 }
 
-// Gives the new file the permissions of the old one, if there is one; refuses a read-only one.
-void takeOverPermissions(const FileDescriptor& file, const fs::path& old,
-                         const std::wstring& path) {
+// The status of the file to be replaced; nothing when there is none.
+std::optional<struct stat> statusOfReplaceable(const fs::path& file, const std::wstring& path) {
   struct stat status {};
-  if (stat(old.c_str(), &status) != 0) return;
+  if (stat(file.c_str(), &status) != 0) {
+    if (errno == ENOENT) return std::nullopt;
+    throw systemFailure(errno, path);
+  }
+  if (S_ISDIR(status.st_mode)) throw systemFailure(EISDIR, path);
   if (!S_ISREG(status.st_mode)) throw systemFailure(EINVAL, path);
-  if (faccessat(AT_FDCWD, old.c_str(), W_OK, AT_EACCESS) != 0) throw systemFailure(errno, path);
-  struct stat fresh {};
-  if (fstat(file.number(), &fresh) != 0) throw systemFailure(errno, path);
-  // Some file systems have one owner and one mode for all files and refuse every change.
-  // Only a privileged user can give a file away; for any other it is his own already.
-  const bool isOwned = fresh.st_uid == status.st_uid && fresh.st_gid == status.st_gid;
-  if (!isOwned && fchown(file.number(), status.st_uid, status.st_gid) != 0 && errno != EPERM) {
-    throw systemFailure(errno, path);
+  if (faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) != 0) throw systemFailure(errno, path);
+  return status;
+}
+
+// The name does not contain that of the file, which may be as long as the file system allows.
+fs::path freeNameIn(const fs::path& folder) {
+  constexpr int kMostLeftovers = 100;  // of killed processes
+  const std::string stem = ".orvane-" + std::to_string(getpid()) + "-";
+  for (int i = 0; i < kMostLeftovers; ++i) {
+    const fs::path name = folder / (stem + std::to_string(i) + ".tmp");
+    struct stat status {};
+    if (lstat(name.c_str(), &status) != 0) return name;
   }
-  if (fresh.st_mode != status.st_mode && fchmod(file.number(), status.st_mode & 07777) != 0) {
-    throw systemFailure(errno, path);
+  throw systemFailure(EEXIST, pathText(folder / stem));
+}
+
+struct stat statusOf(const FileDescriptor& file, const std::wstring& path) {
+  struct stat status {};
+  if (fstat(file.number(), &status) != 0) throw systemFailure(errno, path);
+  return status;
+}
+
+// Only what differs is set: some file systems refuse the calls, whatever they would set.
+void takeOverOwnerAndMode(const FileDescriptor& file, const struct stat& old,
+                          const std::wstring& path) {
+  struct stat fresh = statusOf(file, path);
+  if (fresh.st_uid != old.st_uid || fresh.st_gid != old.st_gid) {
+    // Only a privileged user can give a file away, but its owner can give it to his groups.
+    if (fchown(file.number(), old.st_uid, old.st_gid) != 0 &&
+        (errno != EPERM || fchown(file.number(), static_cast<uid_t>(-1), old.st_gid) != 0) &&
+        errno != EPERM) {
+      throw systemFailure(errno, path);
+    }
+    fresh = statusOf(file, path);
   }
+  constexpr mode_t kPermissions = 07777;
+  if (((fresh.st_mode ^ old.st_mode) & kPermissions) == 0) return;
+  if (fchmod(file.number(), old.st_mode & kPermissions) != 0) throw systemFailure(errno, path);
 }
 
 // Makes the rename itself last; the content is safe already, so a failure changes nothing.
@@ -56,23 +87,36 @@ void syncFolder(const fs::path& folder) {
 
 }  // namespace
 
+FileReplacement::FileReplacement(const std::wstring& path)
+    : path_(path),
+      target_(withLinksFollowed(nativePath(path))),
+      old_(statusOfReplaceable(target_, path)),
+      temporary_(freeNameIn(target_.parent_path())),
+      temporaryPath_(pathText(temporary_)) {
+  const mode_t mode = old_ ? (old_->st_mode & 0777) | S_IRUSR | S_IWUSR : 0666;
+  const FileDescriptor takesTheName(temporaryPath_, O_WRONLY | O_CREAT | O_EXCL, mode);
+}
+
+FileReplacement::~FileReplacement() {
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+}
+
+void FileReplacement::commit() {
+  FileDescriptor file(temporaryPath_, O_WRONLY | O_NOFOLLOW);
+  if (old_) takeOverOwnerAndMode(file, *old_, path_);
+  file.sync();
+  file.close();
+  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) throw systemFailure(errno, path_);
+  temporary_.clear();
+  syncFolder(target_.parent_path());
+}
+
 void replaceFile(const std::wstring& path, std::string_view bytes) {
-  const fs::path target = behindLinks(nativePath(path));
-  fs::path fresh = target;
-  fresh += ".new";
-  unlink(fresh.c_str());  // what a crash has left of an earlier attempt
-  try {
-    FileDescriptor file(pathText(fresh), O_WRONLY | O_CREAT | O_EXCL);
-    takeOverPermissions(file, target, path);
-    file.writeAll(bytes);
-    file.sync();
-    file.close();
-    if (std::rename(fresh.c_str(), target.c_str()) != 0) throw systemFailure(errno, path);
-  } catch (const Failure&) {
-    unlink(fresh.c_str());
-    throw;
-  }
-  syncFolder(target.parent_path());
+  FileReplacement replacement(path);
+  FileDescriptor file(replacement.temporaryPath(), O_WRONLY | O_TRUNC);
+  file.writeAll(bytes);
+  file.close();
+  replacement.commit();
 }
 
 }  // namespace orvane

@@ -15,6 +15,8 @@
 namespace orvane {
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr const wchar_t* kSeparators = L"\\/";
 
 bool liesInScanTree(const std::wstring& path) {
@@ -41,21 +43,32 @@ bool equalInAnyCase(std::wstring_view name, std::wstring_view otherName) {
                     [](wchar_t a, wchar_t b) { return a == b || upperCase(a) == upperCase(b); });
 }
 
-}  // namespace
-
-std::optional<std::wstring> entryInAnyCase(const std::wstring& folder, const std::wstring& name) {
-  if (isThere(folder + name)) return name;
+// The name by which `folder` (which ends in a separator) lists `name`; nothing when it lists none.
+std::optional<std::wstring> listedName(const std::wstring& folder, const std::wstring& name) {
   std::optional<std::wstring> found;
   std::error_code error;
-  std::filesystem::directory_iterator entry(nativePath(folder), error);
-  for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+  fs::directory_iterator entry(nativePath(folder), error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
     std::wstring candidate = entryText(entry->path().filename().native());
+    if (candidate == name) return name;
     if (equalInAnyCase(candidate, name) && (!found || candidate < *found)) {
       found = std::move(candidate);
     }
   }
   if (error) throw systemFailure(error.value(), folder);
   return found;
+}
+
+// The path without dots and doubled separators, and without one at its end.
+fs::path plain(const std::wstring& pathText) {
+  const fs::path path = nativePath(pathText).lexically_normal();
+  return path.has_filename() ? path : path.parent_path();
+}
+
+}  // namespace
+
+std::optional<std::wstring> entryInAnyCase(const std::wstring& folder, const std::wstring& name) {
+  return isThere(folder + name) ? name : listedName(folder, name);
 }
 
 std::wstring existingPath(const std::wstring& pathText) {
@@ -79,6 +92,21 @@ std::wstring existingPath(const std::wstring& pathText) {
     begin = std::min(nameEnd, pathText.size());
   }
   return found;
+}
+
+bool isOneEntryInAnyCase(const std::wstring& path, const std::wstring& otherPath) {
+  const fs::path one = plain(path), other = plain(otherPath);
+  if (!equalInAnyCase(pathText(one), pathText(other))) return false;
+  std::wstring folder;
+  for (auto a = one.begin(), b = other.begin(); a != one.end() && b != other.end(); ++a, ++b) {
+    const std::wstring name = pathText(*a), otherName = pathText(*b);
+    if (name != otherName) {
+      const std::optional<std::wstring> listed = listedName(folder, name);
+      if (!listed || listed != listedName(folder, otherName)) return false;
+    }
+    folder += name == L"\\" ? name : name + L"\\";
+  }
+  return true;
 }
 
 }  // namespace orvane

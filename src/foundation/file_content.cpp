@@ -29,7 +29,7 @@ void copyBytes(const FileDescriptor& source, const FileDescriptor& target) {
 }  // namespace
 
 void FileSystemObject::CopyFile(const std::wstring& source, const std::wstring& target) {
-  if (IsSameFile(source, target)) throw systemFailure(EEXIST, target);
+  if (IsSamePlace(source, target)) throw systemFailure(EEXIST, target);
   const FileDescriptor in = FileDescriptor::openRegularFile(source);
   struct stat status {};
   if (fstat(in.number(), &status) != 0) throw systemFailure(errno, source);
@@ -38,7 +38,7 @@ void FileSystemObject::CopyFile(const std::wstring& source, const std::wstring& 
   try {
     copyBytes(in, out);
     out.close();
-  } catch (const Failure&) {
+  } catch (...) {
     unlink(nativePath(target).c_str());
     throw;
   }

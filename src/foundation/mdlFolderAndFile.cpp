@@ -52,7 +52,7 @@ bool FileExist(const std::wstring& sPath) {
 
 bool FileDelete(const std::wstring& sPath) {
   try {
-    fileSystem().DeleteFile(sPath);
+    fileSystem().DeleteFile(existingPath(sPath));
     windowServices().yield();
     return true;
   } catch (const std::exception&) {
@@ -62,7 +62,7 @@ bool FileDelete(const std::wstring& sPath) {
 
 bool FolderDelete(const std::wstring& sPath) {
   try {
-    fileSystem().DeleteFolder(sPath);
+    fileSystem().DeleteFolder(existingPath(sPath));
     windowServices().yield();
     return true;
   } catch (const std::exception&) {
@@ -72,11 +72,12 @@ bool FolderDelete(const std::wstring& sPath) {
 
 bool DialogFileCopy(const std::wstring& sSource, const std::wstring& sTarget) {
   try {
+    const std::wstring target = existingPath(sTarget);
     // A copy onto itself would begin with the deletion of the only original.
-    if (fileSystem().IsSameFile(sSource, sTarget)) throw systemFailure(EEXIST, sTarget);
-    MakeFolderPath(sTarget);
-    while (fileSystem().FileExists(sTarget)) fileSystem().DeleteFile(sTarget);
-    fileSystem().CopyFile(sSource, sTarget);
+    if (fileSystem().IsSamePlace(sSource, target)) throw systemFailure(EEXIST, sTarget);
+    MakeFolderPath(target);
+    while (fileSystem().FileExists(target)) fileSystem().DeleteFile(target);
+    fileSystem().CopyFile(sSource, target);
     windowServices().yield();
     return true;
   } catch (const std::exception& failure) {

@@ -11,16 +11,17 @@ namespace orvane {
 extern std::unique_ptr<FileSystemObject> gFileSystem;
 
 /// The path and file utilities. Unless said otherwise an operation tells a failure in a box with
-/// one OK button and no icon, and answers false; nothing is logged. Paths are path texts.
+/// one OK button and no icon, and answers false; nothing is logged. Paths are path texts; what is
+/// in the scan tree is found in any letter case (see existing_path.h).
 namespace mdlFolderAndFile {
 
 /// `gFileSystem`, made now if this is its first use.
 FileSystemObject& fileSystem();
 
-/// True when the folder exists; in the scan tree in any letter case.
+/// True when the folder exists.
 bool FolderExist(const std::wstring& sPath);
 
-/// True when the file exists; in the scan tree in any letter case.
+/// True when the file exists.
 bool FileExist(const std::wstring& sPath);
 
 /// Deletes a file, a read-only one too, then yields. A failure is silent.
@@ -31,7 +32,8 @@ bool FileDelete(const std::wstring& sPath);
 bool FolderDelete(const std::wstring& sPath);
 
 /// Copies a file: makes the target's folders, removes an older target (read-only ones too), copies,
-/// yields. What was done before a failure stays done.
+/// yields. What was done before a failure stays done. A copy of a file onto itself, in whatever
+/// spelling and through whatever links, is refused before anything is done.
 bool DialogFileCopy(const std::wstring& sSource, const std::wstring& sTarget);
 
 /// `DialogFileCopy`, then `FileDelete` of the source, whose result counts.

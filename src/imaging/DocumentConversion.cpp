@@ -1,5 +1,6 @@
 #include "imaging/DocumentConversion.h"
 
+#include <cerrno>
 #include <exception>
 
 #include "foundation/Failure.h"
@@ -44,6 +45,13 @@ std::wstring withExtension(std::wstring path, std::int16_t SaveFileType) {
   return path;
 }
 
+// What is converted would be deleted, or grow by its own pages.
+void requireOtherFile(const std::wstring& source, const std::wstring& target) {
+  if (mdlFolderAndFile::fileSystem().IsSamePlace(source, target)) {
+    throw systemFailure(EEXIST, target);
+  }
+}
+
 std::wstring pageNumber(int page) {
   std::wstring digits = std::to_wstring(page);
   return digits.size() < 3 ? std::wstring(3 - digits.size(), L'0') + digits : digits;
@@ -57,6 +65,8 @@ bool DocumentConversion::ChangeToDocPDF(const std::wstring& sImageFilePath,
                                         std::int16_t SaveFileType, std::int16_t CompressionType) {
   std::wstring note = L"要转PDF的文件=" + sImageFilePath;
   return convert(sImageFilePath, note, L"ChangeToPDF", [&] {
+    requireOtherFile(sImageFilePath, sChangedPDFFilePath);
+    requireOtherFile(sImageFilePath, withExtension(sChangedPDFFilePath, SaveFileType));
     mdlFolderAndFile::FileDelete(sChangedPDFFilePath);
     note += L" sChangedPDFFilePath=" + sChangedPDFFilePath;
     return SaveAsDocument(sImageFilePath, SaveFileType, CompressionType, sChangedPDFFilePath);
@@ -69,6 +79,7 @@ bool DocumentConversion::ChangeToPagePDF(const std::wstring& sImageFilePath,
                                          std::int16_t SaveFileType, std::int16_t CompressionType) {
   std::wstring note = L"要转PDF的文件=" + sImageFilePath;
   return convert(sImageFilePath, note, L"ChangeToPagePDF", [&] {
+    requireOtherFile(sImageFilePath, sChangedPDFRootPath);
     mdlFolderAndFile::FileDelete(sChangedPDFRootPath);
     note = L" sChangedPDFFilePath=" + sChangedPDFRootPath;
     return SaveAsPage(sImageFilePath, SaveFileType, CompressionType, sChangedPDFRootPath);

@@ -19,13 +19,15 @@ class DocumentConversion {
       : instances_(instances), listProcessLog_(listProcessLog) {}
 
   /// Converts `sImageFilePath` into the one file `sChangedPDFFilePath`, which is made anew, under
-  /// the busy pointer. A failure is told in the list. `sBatchErrorLogPath` is not used.
+  /// the busy pointer. A failure is told in the list. `sBatchErrorLogPath` is not used. A target
+  /// that is the source, in whatever spelling and through whatever links, is refused and logged.
   bool ChangeToDocPDF(const std::wstring& sImageFilePath, const std::wstring& sChangedPDFFilePath,
                       const std::wstring& sBatchErrorLogPath, std::int16_t SaveFileType,
                       std::int16_t CompressionType);
 
   /// Converts `sImageFilePath` into one file a page in the folder `sChangedPDFRootPath`, under the
-  /// busy pointer. A failure is told in the list. `sBatchErrorLogPath` is not used.
+  /// busy pointer. A failure is told in the list. `sBatchErrorLogPath` is not used. A folder name
+  /// that is the source's is refused and logged, for a file of that name would be deleted.
   bool ChangeToPagePDF(const std::wstring& sImageFilePath, const std::wstring& sChangedPDFRootPath,
                        const std::wstring& sBatchErrorLogPath, std::int16_t SaveFileType,
                        std::int16_t CompressionType);

@@ -1,14 +1,13 @@
 #include "imaging/ImagingControl.h"
 
-#include <filesystem>
+#include <cerrno>
+#include <new>
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "foundation/Failure.h"
-#include "foundation/existing_path.h"
+#include "foundation/atomic_file.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/path_text.h"
 #include "foundation/program.h"
 #include "foundation/utf8_text.h"
 #include "imaging/BitmapHandles.h"
@@ -19,9 +18,12 @@
 namespace orvane {
 
 template <typename Operation>
-auto ImagingControl::guarded(Operation operation) {
+auto ImagingControl::guarded(const std::wstring& path, Operation operation) {
   try {
     return operation();
+  } catch (const std::bad_alloc&) {
+    imagError_ = kFailed;
+    throw systemFailure(ENOMEM, path);
   } catch (...) {
     imagError_ = kFailed;
     throw;
@@ -86,7 +88,7 @@ std::int32_t ImagingControl::ImageHeight() const {
 
 std::int32_t ImagingControl::FilePageCount(const std::wstring& path) {
   return guarded(
-      [&] { return PdfFile::isPdf(path) ? PdfFile::pageCount(path) : tiffPageCount(path); });
+      path, [&] { return PdfFile::isPdf(path) ? PdfFile::pageCount(path) : tiffPageCount(path); });
 }
 
 void ImagingControl::Picture(ImagePicture* picture) {
@@ -94,10 +96,10 @@ void ImagingControl::Picture(ImagePicture* picture) {
 }
 
 void ImagingControl::SaveFile() {
-  guarded([&] {
+  guarded(sourceFile_.empty() ? targetFile_ : sourceFile_, [&] {
     loaded();
     if (!saveMultiPage_ && targetIsSource()) {
-      saveOverSource();
+      saveOver(targetFile_);
     } else {
       saveTo(targetFile_);
     }
@@ -136,23 +138,17 @@ void ImagingControl::saveTo(const std::wstring& path) {
 }
 
 bool ImagingControl::targetIsSource() const {
-  if (sourceFile_.empty()) return false;
-  std::error_code ignored;
-  return std::filesystem::equivalent(nativePath(existingPath(sourceFile_)), nativePath(targetFile_),
-                                     ignored);
+  return !sourceFile_.empty() &&
+         mdlFolderAndFile::fileSystem().IsSamePlace(sourceFile_, targetFile_);
 }
 
-// The source is only given up for a finished file.
-void ImagingControl::saveOverSource() {
-  const std::wstring aside = targetFile_ + L".new";
-  try {
-    saveTo(aside);
-    std::filesystem::rename(nativePath(aside), nativePath(targetFile_));
-  } catch (...) {
-    std::error_code ignored;
-    std::filesystem::remove(nativePath(aside), ignored);
-    throw;
-  }
+// The source is only given up for a finished file with all that could be in it.
+void ImagingControl::saveOver(const std::wstring& source) {
+  const OutputFile old = OutputFile::openToReplace(source);
+  FileReplacement replacement(old.path());
+  saveTo(replacement.temporaryPath());
+  if (page_->damage()) throw fileFailure(source, *page_->damage() + "; the file is not replaced");
+  replacement.commit();
 }
 
 void ImagingControl::CropImage(std::int32_t left, std::int32_t top, std::int32_t width,
@@ -202,7 +198,7 @@ void ImagingControl::ResizeImage(std::int32_t width, std::int32_t height) {
 }
 
 void ImagingControl::DeletePageFromFile(const std::wstring& path, std::int32_t page) {
-  guarded([&] {
+  guarded(path, [&] {
     if (PdfFile::isPdf(path)) {
       PdfFile::deletePage(path, page);
     } else {

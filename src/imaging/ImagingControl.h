@@ -65,9 +65,13 @@ class ImagingControl final : public ImagingEngine {
   void DeletePageFromFile(const std::wstring& path, std::int32_t page) override;
 
  private:
-  /// Runs an operation; one that throws sets `ImagError` on its way out.
+  /// Runs an operation on the page of `path`; one that throws sets `ImagError` on its way out.
   template <typename Operation>
-  auto guarded(Operation operation);
+  auto guarded(const std::wstring& path, Operation operation);
+  template <typename Operation>
+  auto guarded(Operation operation) {
+    return guarded(sourceFile_, operation);
+  }
 
   /// Replaces the page's pixels by what an operation makes of them. One that throws after it has
   /// taken them leaves the instance without a page.
@@ -78,7 +82,7 @@ class ImagingControl final : public ImagingEngine {
   void noteDamage();
   void logProfileLeftOut() const;
   void saveTo(const std::wstring& path);
-  void saveOverSource();
+  void saveOver(const std::wstring& source);
   bool targetIsSource() const;
 
   std::wstring sourceFile_;

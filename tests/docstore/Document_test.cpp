@@ -133,13 +133,15 @@ TEST_F(DocumentTest, ASaveThatFailsPutsTheOldFileBack) {
 
 TEST_F(DocumentTest, AFileInOtherLetterCaseIsReplacedAndGetsNoSecondOneBesideIt) {
   station.write("Batchs/b1/D1/DOC.DAT", "A$");
-  station.write("Batchs/b1/D1/Doc.datbak", "left by a crash");
+  const auto save = [&](const wchar_t* page) {
+    station.write("Batchs/b1/D1/Doc.datbak", "left by a crash");
+    document.AddPage(page);
+    return document.SaveDocument();
+  };
   ASSERT_TRUE(document.LoadDocument(L"d1"));
-  document.AddPage(L"B");
-  EXPECT_TRUE(document.SaveDocument());
-  document.AddPage(L"\U0001F600");  // the old list comes back, not what the crash has left
-  EXPECT_FALSE(document.SaveDocument());
-  EXPECT_EQ(station.shell("cd Batchs/b1/D1; ls; cat DOC.DAT"), "DOC.DAT\nDoc.datbak\nA$B$");
+  EXPECT_TRUE(save(L"B"));
+  EXPECT_FALSE(save(L"\U0001F600"));  // the old list comes back, not what the crash has left
+  EXPECT_EQ(station.shell("cd Batchs/b1/D1; ls; cat DOC.DAT"), "DOC.DAT\nA$B$");
 }
 
 TEST_F(DocumentTest, PagesAreEditedByPosition) {

@@ -82,9 +82,12 @@ TEST(Paths, TheScanTreeIsFoundInAnyLetterCaseAndNothingElse) {
         L"Batchs2\\b1\\x", L"output\\x"}) {
     EXPECT_EQ(existingPath(station.path(asked)), station.path(asked)) << toUtf8(asked);
   }
-  // What is deleted is never found in another case.
-  EXPECT_FALSE(FileDelete(station.path(L"Batchs\\B1\\D1\\Doc.dat")));
-  EXPECT_FALSE(FolderDelete(station.path(L"Batchs\\b1")));
+  // So it is by what deletes and moves.
+  EXPECT_TRUE(RenameFile(station.path(L"Batchs\\b1\\d1\\X.TIF"), station.path(L"output\\y.tif")));
+  EXPECT_TRUE(FileDelete(station.path(L"Batchs\\B1\\D1\\Doc.dat")));
+  EXPECT_TRUE(FolderDelete(station.path(L"Batchs\\b2")));
+  EXPECT_EQ(station.shell("find Batchs/B? output -iname 'doc.*' -o -name '[xXyY]*'"),
+            "output/y.tif\noutput/X\n");
   station.shell("rm -r Batchs");
   EXPECT_EQ(existingPath(station.path(L"Batchs\\b3\\x.TIF")), station.path(L"BATCHS\\B3\\x.tif"));
 }

@@ -304,6 +304,9 @@ TEST_F(RealEngine, ADamagedPageIsRecordedAndWhatCannotBeLoadedIsThrown) {
   engine.SourceFile(station.path(L"g4"));
   save(kSaveTiffBilevel, kTiffGroup4, L"out.tif");
   EXPECT_EQ(engine.ImagError(), kDamagedData);
+  const std::string damaged = readBytes(station.native("g4"));  // which somebody may still mend
+  EXPECT_THROW(save(kSaveTiffBilevel, kTiffGroup4, L"g4"), Failure);
+  EXPECT_EQ(readBytes(station.native("g4")), damaged);
   const std::string failure = failureOf([&] { engine.SourceFile(station.path(L"absent.tif")); });
   EXPECT_NE(failure.find("absent.tif"), std::string::npos);
   EXPECT_EQ(engine.ImagError(), kFailed);
@@ -321,8 +324,25 @@ TEST_F(RealEngine, SavingOverTheSourceGivesItUpOnlyForAWholeFile) {
   const std::string before = readBytes(station.native("gray8"));
   EXPECT_THROW(save(kSaveTiff, 99, L"gray8"), Failure);
   EXPECT_EQ(readBytes(station.native("gray8")), before);
-  save(kSaveTiff, kTiffNone, L"gray8");
-  station.shell("identify -format '%C %wx%h' gray8 | grep 'None 203x151' && test $(ls) = gray8");
+  // Mode, owner, links and what a stranger has beside it stay.
+  station.shell(
+      "mkdir -p Batchs/B; mv gray8 Batchs/B/P.TIF; ln -s Batchs/B/P.TIF gray8; cd Batchs/B; "
+      "chmod 640 P.TIF; test $(id -u) != 0 || chown 12:34 P.TIF; stat -c '%a %u %g' P.TIF > stat; "
+      "echo stranger > P.TIF.new; echo stranger > p.tif.new; mkdir links; ln P.TIF links/second");
+  EXPECT_NE(failureOf([&] { save(kSaveTiff, kTiffNone, L"gray8"); }).find("second hard link"),
+            std::string::npos);
+  EXPECT_EQ(readBytes(station.native("gray8")), before);
+  station.shell("rm -r Batchs/B/links");
+  for (const wchar_t* target : {L"gray8", L"Batchs\\B\\P.TIF", L"Batchs\\b\\p.tif"}) {
+    writeBytes(station.native("gray8"), before);
+    engine.SourceFile(station.path(L"Batchs\\b\\p.tif"));
+    save(kSaveTiff, kTiffNone, target);
+    EXPECT_EQ(
+        station.shell(
+            "identify -format '%C %wx%h ' gray8; readlink gray8; cd Batchs/B; ls; "
+            "cat *.new; stat -c '%a %u %g' P.TIF | diff - stat; find . -links +1 -type f"),
+        "None 203x151 Batchs/B/P.TIF\nP.TIF\nP.TIF.new\np.tif.new\nstat\nstranger\nstranger\n");
+  }
 }
 
 TEST_F(RealEngine, ABitmapGoesToAnotherInstanceOnceByItsHandle) {

@@ -187,6 +187,23 @@ TEST_F(Savers, ARealFileIsConvertedToADocumentAndToPages) {
       "qpdf --check d.pdf && pdfinfo d.pdf | grep '144 x 72 pts' && "
       "test $(qpdf --show-npages d.pdf)$(qpdf --show-npages pages/002.pdf) = 22");
   EXPECT_TRUE(list.lines.empty() && station.takeLog().empty());
+
+  // A target that is the source would begin with its deletion.
+  station.shell(
+      "mkdir -p Batchs/B; cp in.tif Batchs/B/P.TIF; cp in.tif keep; ln -s in.tif link.tif");
+  const std::pair<std::wstring, std::wstring> cases[] = {
+      {L"in.tif", L"in.tif"},
+      {L"in.tif", L"link.tif"},
+      {L"link.tif", L"in.ts"},
+      {L"Batchs\\b\\p.tif", L"Batchs\\B\\P.TIF"}};
+  for (const auto& [source, target] : cases) {
+    const std::wstring from = station.path(source), to = station.path(target);
+    EXPECT_FALSE(convert.ChangeToDocPDF(from, to, L"", 0, 0));
+    EXPECT_NE(station.takeLog().find(": File exists要转PDF的文件="), std::string::npos);
+    if (target == L"in.ts") continue;
+    EXPECT_FALSE(convert.ChangeToPagePDF(from, to, L"", 0, 0));
+  }
+  station.shell("test -L link.tif && cmp in.tif keep && cmp Batchs/B/P.TIF keep");
 }
 
 }  // namespace

@@ -107,10 +107,10 @@ TEST_F(Ini, TheFileIsReplacedWithItsPermissionsAndBehindItsLink) {
   station.write("elsewhere/real.ini", "[S]\nk=1\n");
   station.shell(
       "ln -s elsewhere/real.ini data.ini; cd elsewhere; chmod 640 real.ini; ln real.ini old; "
-      "echo left by a crash > real.ini.new");
+      "echo of a stranger > real.ini.new");
   write(L"S", L"k", L"2");
   EXPECT_EQ(station.shell("stat -c %F data.ini; cd elsewhere; ls; stat -c %a real.ini; cat *"),
-            "symbolic link\nold\nreal.ini\n640\n[S]\nk=1\n[S]\nk=2\n");
+            "symbolic link\nold\nreal.ini\nreal.ini.new\n640\n[S]\nk=1\n[S]\nk=2\nof a stranger\n");
 }
 
 TEST_F(Ini, WhatCannotBeWrittenStaysAsItWas) {

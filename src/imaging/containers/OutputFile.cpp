@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
@@ -21,7 +20,6 @@ namespace {
 // O_NONBLOCK lets the open of a named pipe return, so that it can be refused.
 constexpr int kOpenAlways = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
 constexpr std::size_t kCopyPiece = 1 << 20;
-constexpr int kMostStaleNames = 100;
 
 void removeName(const std::filesystem::path& native, const std::wstring& path) {
   if (unlink(native.c_str()) != 0 && errno != ENOENT) throw systemFailure(errno, path);
@@ -49,21 +47,6 @@ std::span<iovec> dropFront(std::span<iovec> pieces, std::size_t written) {
   return pieces;
 }
 
-std::wstring folderOf(const std::wstring& path) {
-  return path.substr(0, path.find_last_of(L"\\/") + 1);
-}
-
-// The name does not hold the replaced file's own name, which may already be as long as the file
-// system allows. A name left behind by a killed process is passed over.
-OutputFile createAside(const std::wstring& path) {
-  const std::wstring stem = folderOf(path) + L".orvane-" + std::to_wstring(getpid()) + L"-";
-  for (int i = 0; i < kMostStaleNames; ++i) {
-    const std::wstring aside = stem + std::to_wstring(i) + L".tmp";
-    if (access(nativePath(aside).c_str(), F_OK) != 0) return OutputFile::createExclusively(aside);
-  }
-  throw systemFailure(EEXIST, stem);
-}
-
 }  // namespace
 
 Failure fileFailure(std::wstring_view path, std::string_view reason) {
@@ -87,13 +70,14 @@ std::optional<OutputFile> OutputFile::openToAppend(const std::wstring& path) {
   }
   if (S_ISDIR(status.st_mode)) throw systemFailure(EISDIR, path);
   OutputFile file(path, O_RDWR | O_NOFOLLOW, false);
-  if (fstat(file.descriptor_, &status) != 0) throw systemFailure(errno, path);
-  if (status.st_nlink > 1) throw fileFailure(path, "the file has a second hard link");
+  file.requireOneHardLink();
   return file;
 }
 
 OutputFile OutputFile::openToReplace(const std::wstring& path) {
-  return {path, O_RDONLY | O_NOFOLLOW, false};
+  OutputFile file(existingPath(path), O_RDONLY, false);
+  file.requireOneHardLink();
+  return file;
 }
 
 OutputFile OutputFile::openToRead(const std::wstring& path) {
@@ -134,6 +118,12 @@ void OutputFile::requireRegularFile() const {
   if (fstat(descriptor_, &status) != 0) throw systemFailure(errno, path_);
   if (S_ISDIR(status.st_mode)) throw systemFailure(EISDIR, path_);
   if (!S_ISREG(status.st_mode)) throw fileFailure(path_, "not a regular file");
+}
+
+void OutputFile::requireOneHardLink() const {
+  struct stat status {};
+  if (fstat(descriptor_, &status) != 0) throw systemFailure(errno, path_);
+  if (status.st_nlink > 1) throw fileFailure(path_, "the file has a second hard link");
 }
 
 FileStamp OutputFile::stamp() const {
@@ -185,16 +175,6 @@ void OutputFile::cutBack(std::uint64_t size) noexcept {
   }
 }
 
-void OutputFile::takePermissionsOf(const OutputFile& other) {
-  struct stat status {};
-  if (fstat(other.descriptor_, &status) != 0) throw systemFailure(errno, other.path_);
-  if (fchmod(descriptor_, status.st_mode & 07777) != 0) throw systemFailure(errno, path_);
-}
-
-void OutputFile::sync() {
-  if (fsync(descriptor_) != 0) throw systemFailure(errno, path_);
-}
-
 // A close can be the first to tell of a lost write. It is asked of a second descriptor, so that the
 // caller still has the file in hand to undo its work.
 void OutputFile::close() {
@@ -202,21 +182,6 @@ void OutputFile::close() {
   if (second < 0 || ::close(second) != 0) throw systemFailure(errno, path_);
   ::close(std::exchange(descriptor_, -1));
   removeAtEnd_ = false;
-}
-
-ReplacementFile::ReplacementFile(const OutputFile& replaced)
-    : replaced_(replaced), file_(createAside(replaced.path())) {}
-
-void ReplacementFile::commit() {
-  file_.takePermissionsOf(replaced_);
-  file_.sync();
-  file_.close();
-  const std::filesystem::path aside = nativePath(file_.path());
-  if (rename(aside.c_str(), nativePath(replaced_.path()).c_str()) != 0) {
-    const int error = errno;
-    unlink(aside.c_str());
-    throw systemFailure(error, replaced_.path());
-  }
 }
 
 }  // namespace orvane

@@ -38,7 +38,9 @@ class OutputFile {
   /// Opens `path` to write to it; nothing when it is missing. A symbolic link, a file with a second
   /// hard link and everything that is no regular file throw Failure.
   static std::optional<OutputFile> openToAppend(const std::wstring& path);
-  /// Opens `path` to replace it by a rename later: for reading, and no symbolic link.
+  /// Opens `path` for reading, in order to replace it by a FileReplacement later: through links and
+  /// in the scan tree by any letter case. A file with a second hard link throws Failure, for the
+  /// other name would keep the old content.
   static OutputFile openToReplace(const std::wstring& path);
   /// Opens `path` for reading, through links.
   static OutputFile openToRead(const std::wstring& path);
@@ -63,9 +65,6 @@ class OutputFile {
 
   /// Cuts the file back to `size`, as part of undoing: a failure is not told.
   void cutBack(std::uint64_t size) noexcept;
-  void takePermissionsOf(const OutputFile& other);
-  /// Brings the bytes to the disk.
-  void sync();
   /// Closes the file; a created file stays from here on. A failure is told while the file is still
   /// open.
   void close();
@@ -73,24 +72,12 @@ class OutputFile {
  private:
   OutputFile(std::wstring path, int flags, bool created);
   void requireRegularFile() const;
+  void requireOneHardLink() const;
 
   std::wstring path_;
   std::filesystem::path native_;
   int descriptor_ = -1;
   bool removeAtEnd_ = false;
-};
-
-/// The new content of an existing file, written aside in the same folder. `commit` brings it to the
-/// disk and puts it in the old file's place; without a commit it disappears and the old file stays.
-class ReplacementFile {
- public:
-  explicit ReplacementFile(const OutputFile& replaced);
-  OutputFile& file() { return file_; }
-  void commit();
-
- private:
-  const OutputFile& replaced_;
-  OutputFile file_;
 };
 
 }  // namespace orvane

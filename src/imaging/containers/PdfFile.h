@@ -29,8 +29,9 @@ class PdfFile {
   /// the file as it was.
   void append(const std::wstring& path, const EncodedImage& image);
 
-  /// Removes page `page`, from 1, and its data from a file that this program wrote. Written aside,
-  /// then renamed. Throws Failure for a page that is not there and for the only page of a file.
+  /// Removes page `page`, from 1, and its data from a file that this program wrote. Written
+  /// through a FileReplacement. Throws Failure for a page that is not there and for the only page
+  /// of a file.
   static void deletePage(const std::wstring& path, std::int32_t page);
 
   /// The number of pages of a PDF file that this program wrote. Throws Failure for another file.

@@ -31,8 +31,8 @@ class TiffFile {
   SampleOrder sampleOrder(const std::wstring& path) const;
 
   /// Removes page `page`, from 1, and its data: the file shrinks, the other pages keep their strips
-  /// byte for byte. Written aside, then renamed. Throws Failure for a page that is not there and
-  /// for the only page of a file.
+  /// byte for byte. Written through a FileReplacement. Throws Failure for a page that is not there
+  /// and for the only page of a file.
   static void deletePage(const std::wstring& path, std::int32_t page);
 
  private:

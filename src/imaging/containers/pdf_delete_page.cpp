@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/atomic_file.h"
 #include "imaging/containers/OutputFile.h"
 #include "imaging/containers/PdfFile.h"
 #include "imaging/containers/PdfOutline.h"
@@ -122,11 +123,13 @@ void PdfFile::deletePage(const std::wstring& path, std::int32_t page) {
   const PdfOutline outline = readPdfOutline(file);
   requireDeletablePage(path, page, outline.pages());
   std::vector<PdfPagePlace> pages = readPdfPages(file, outline);
-  ReplacementFile replacement(file);
-  PageCopy copy(file, replacement.file(), outline.documentId, pages);
+  FileReplacement replacement(file.path());
+  OutputFile shorter = OutputFile::createAnew(replacement.temporaryPath());
+  PageCopy copy(file, shorter, outline.documentId, pages);
   pages.erase(pages.begin() + (page - 1));
   for (const PdfPagePlace& place : pages) copy.add(place);
   copy.finish();
+  shorter.close();
   replacement.commit();
 }
 

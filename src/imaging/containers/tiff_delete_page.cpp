@@ -1,6 +1,7 @@
 #include <string>
 #include <vector>
 
+#include "foundation/atomic_file.h"
 #include "imaging/containers/TiffFile.h"
 #include "imaging/containers/TiffKeeper.h"
 #include "imaging/containers/page_choice.h"
@@ -16,8 +17,10 @@ void TiffFile::deletePage(const std::wstring& path, std::int32_t page) {
   pages.erase(pages.begin() + (page - 1));
 
   const TiffKeeper keeper(structure, pages);
-  ReplacementFile replacement(file);
-  keeper.writeTo(replacement.file(), file);
+  FileReplacement replacement(file.path());
+  OutputFile shorter = OutputFile::createAnew(replacement.temporaryPath());
+  keeper.writeTo(shorter, file);
+  shorter.close();
   replacement.commit();
 }
 

@@ -63,6 +63,22 @@ TEST_F(OutputFileTest, NoFileIsWrittenThroughAnotherName) {
   for (const Writer& create : creators) EXPECT_THAT(failureOf(create), HasSubstr("No such file"));
 }
 
+TEST_F(OutputFileTest, APageIsRemovedFromAFileInAnyLetterCase) {
+  const std::filesystem::path scan = station.native("Batchs/B/P.TIF");
+  const std::wstring asked = station.path(L"Batchs\\b\\p.tif");
+  const std::pair<Writer, Writer> files[] = {
+      {appenders[0], [&] { TiffFile::deletePage(asked, 1); }},
+      {appenders[1], [&] { PdfFile::deletePage(asked, 1); }}};
+  for (const auto& [append, remove] : files) {
+    writePages(append, 2);
+    const std::string whole = bytes();
+    writeBytes(scan, whole);
+    EXPECT_EQ(failureOf(remove), "");
+    EXPECT_LT(fs::file_size(scan), whole.size());
+    EXPECT_EQ(judge("ls Batchs/B"), "P.TIF\n");
+  }
+}
+
 TEST_F(OutputFileTest, AFullDiskLeavesTheFileAsItWas) {
   for (const Writer& append : appenders) {
     for (const int pages : {1, 100}) {  // with 100 pages a group of a PDF file is full
