@@ -44,6 +44,7 @@ TiffKeeper::TiffKeeper(const TiffStructure& structure, std::span<const TiffDirec
     : structure_(structure), referencesLeft_(kMostReferences) {
   keep(0, structure.form().headerBytes());
   linkPages(pages);
+  numberPages(pages);
   for (const TiffDirectoryPlace& page : pages) keepFields(page);
   keepSubdirectories();
   relocation_.arrange(structure.form().bigTiff ? 8 : 2);
@@ -57,6 +58,18 @@ void TiffKeeper::linkPages(std::span<const TiffDirectoryPlace> pages) {
     seenDirectories_.insert(page.offset);
   }
   addLink(link, 0);
+}
+
+// The second number of the field is that of all pages, or 0 where it is not known.
+void TiffKeeper::numberPages(std::span<const TiffDirectoryPlace> pages) {
+  for (std::size_t i = 0; i < pages.size(); ++i) {
+    const Entries entries = structure_.entries(pages[i]);
+    const TiffEntry* field = find(entries, tag::kPageNumber);
+    if (field == nullptr || !isOneOf(field->type, {TiffType::Short}) || field->count != 2) continue;
+    const bool knowsTotal = structure_.number(field->valueAt + 2, 2) != 0;
+    pageNumbers_.push_back({field->valueAt, static_cast<std::uint16_t>(i),
+                            static_cast<std::uint16_t>(knowsTotal ? pages.size() : 0)});
+  }
 }
 
 void TiffKeeper::keepFields(const TiffDirectoryPlace& place) {
@@ -163,6 +176,12 @@ void TiffKeeper::writeTo(OutputFile& target, const OutputFile& source) const {
     target.write(relocation_.moved(link.at).value(), bytes);
   }
   for (const OffsetList& list : lists_) writeList(list, target);
+  for (const PageNumber& page : pageNumbers_) {
+    Bytes bytes;
+    structure_.form().put(bytes, page.number, 2);
+    structure_.form().put(bytes, page.total, 2);
+    target.write(relocation_.moved(page.at).value(), bytes);
+  }
 }
 
 void TiffKeeper::writeList(const OffsetList& list, OutputFile& target) const {

@@ -12,7 +12,8 @@ namespace orvane {
 
 /// Keeps a choice of pages of a TIFF file. It collects the ranges of bytes that they need, and
 /// where among them offsets stand that must follow when the ranges move. The bytes themselves are
-/// not interpreted further, so strips, unknown and private fields travel untouched.
+/// not interpreted further, so strips, unknown and private fields travel untouched. Only PageNumber
+/// (TIFF 6.0 section 12) is counted again where a page has it.
 class TiffKeeper {
  public:
   /// Collects what `pages` need: strips, tiles, fields and the directories below them. They are
@@ -27,6 +28,11 @@ class TiffKeeper {
     std::uint64_t at;
     std::uint64_t target;
   };
+  struct PageNumber {  ///< where the two numbers of a PageNumber field stand, and what they become
+    std::uint64_t at;
+    std::uint16_t number;
+    std::uint16_t total;
+  };
   struct OffsetList {  ///< a row of offsets in the file
     std::uint64_t at;
     std::uint64_t count;
@@ -35,6 +41,7 @@ class TiffKeeper {
   using Entries = std::vector<TiffEntry>;
 
   void linkPages(std::span<const TiffDirectoryPlace> pages);
+  void numberPages(std::span<const TiffDirectoryPlace> pages);
   void keepFields(const TiffDirectoryPlace& place);
   void keepData(const Entries& entries, std::uint16_t offsetsTag, std::uint16_t sizesTag);
   void keepJpegTables(const Entries& entries, std::uint16_t tablesTag);
@@ -50,6 +57,7 @@ class TiffKeeper {
   Relocation relocation_;
   std::vector<Link> links_;
   std::vector<OffsetList> lists_;
+  std::vector<PageNumber> pageNumbers_;
   std::vector<std::uint64_t> waitingDirectories_;
   std::unordered_set<std::uint64_t> seenDirectories_;
   std::uint64_t referencesLeft_;

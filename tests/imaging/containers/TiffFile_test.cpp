@@ -129,6 +129,27 @@ TEST_F(TiffDeletePage, TheOtherPagesStayAsTheyAre) {
   }
 }
 
+TEST_F(TiffDeletePage, TheOtherPagesAreNumberedAgain) {
+  const auto numbers = [&] {
+    info();
+    return judge("tiffinfo out | sed -n 's/.*Page Number: //p' | xargs");
+  };
+  for (unsigned i = 0; i < 4; ++i) TiffFile().append(path, plainPage(i));
+  for (const int page : {1, 2}) TiffFile::deletePage(path, page);
+  EXPECT_EQ(numbers(), "0-0 1-0\n");
+  TiffFile().append(path, plainPage(4));
+  EXPECT_EQ(numbers(), "0-0 1-0 2-0\n");
+  // Another program's file, which knows its number of pages.
+  writeTiff(station.native("base.tif"), {.bits = 16}, 3);
+  for (const char* form : {" -L ", " -B ", " -L -8 ", " -B -8 "}) {
+    judge(std::string("tiffcp -c none") + form + "base.tif real.tif; " +
+          "for i in 0 1 2; do tiffset -d $i -s 297 $i 3 real.tif; done; ln -sf real.tif out");
+    TiffFile::deletePage(path, 2);
+    EXPECT_EQ(numbers(), "0-2 1-2\n");
+    EXPECT_TRUE(fs::is_symlink(file)) << "the file that the link leads to is shorter";
+  }
+}
+
 // Old-style JPEG keeps a whole stream beside its strip.
 TEST_F(TiffDeletePage, OldStyleJpegKeepsItsStream) {
   const Bytes stream = jpegPage().strips[0];
