@@ -1,15 +1,20 @@
+#include <algorithm>
 #include <exception>
 #include <map>
-#include <set>
-#include <utility>
+#include <vector>
 
 #include "docops/mdlDocumentHelper.h"
 #include "docstore/Document.h"
 #include "docstore/ScanTree.h"
+#include "docstore/page_list_text.h"
 #include "export/ScanTreeGuard.h"
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
+#include "foundation/ansi_text.h"
+#include "foundation/disk_sync.h"
+#include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
+#include "foundation/numbers.h"
 #include "foundation/program.h"
 #include "imaging/ImagingInstances.h"
 
@@ -21,76 +26,138 @@ std::wstring documentIdOf(const DispatchObject* item) {
   return item->property(L"DocumentID");
 }
 
-/// A document in the making, in a folder of its own beside the one whose name it will take. Unless
-/// it took that name the folder goes with the object.
-class DocumentInTheMaking {
- public:
-  explicit DocumentInTheMaking(const std::wstring& sNewDocumentID)
-      : name_(MakeOnlyOneFileName(L"~" + sNewDocumentID)) {
-    if (name_.empty()) throw Failure(sNewDocumentID + L": no name is free for its making");
-    mdlFolderAndFile::fileSystem().CreateFolder(GetDocumentPath(name_));
-    document_.CreateDocument(name_);
-  }
-  ~DocumentInTheMaking() { mdlFolderAndFile::FolderDelete(GetDocumentPath(name_)); }
-  DocumentInTheMaking(const DocumentInTheMaking&) = delete;
-  DocumentInTheMaking& operator=(const DocumentInTheMaking&) = delete;
+void requireDocumentName(const std::wstring& name) {
+  if (!isFolderName(name)) throw Failure(name + L": cannot name a document");
+}
 
-  /// Adds the pages of `sDocumentID` behind those that are there.
-  void addPagesOf(const std::wstring& sDocumentID) {
-    Document source;
-    if (!source.LoadDocument(sDocumentID)) {
-      throw Failure(sDocumentID + L": its page list cannot be read");
+// A document may be listed with no page; `Document` refuses to load the empty list.
+std::vector<std::wstring> pagesOf(const std::wstring& sDocumentID) {
+  const std::wstring list = existingPath(GetDocDataPath(sDocumentID));
+  if (mdlFolderAndFile::fileSystem().FileExists(list) &&
+      withoutOuterSpaces(fromAnsi(mdlFolderAndFile::fileSystem().ReadFile(list))).empty()) {
+    return {};
+  }
+  Document document;
+  if (!document.LoadDocument(sDocumentID)) {
+    throw Failure(sDocumentID + L": its page list cannot be read");
+  }
+  std::vector<std::wstring> pages;
+  for (int index = 1, count = document.PageCount(); index <= count; ++index) {
+    pages.push_back(document.GetPage(static_cast<std::int16_t>(index)));
+  }
+  return pages;
+}
+
+/// The document that a merge makes. A folder is a document only through its `Doc.dat`, so the pages
+/// come first, under names that are free in the folder, and the page list last, in one step: a run
+/// sees the older document of that name, or none, until it sees the new one. What was added before
+/// a failure goes with the object.
+class MergedDocument {
+ public:
+  explicit MergedDocument(const std::wstring& sNewDocumentID)
+      : folder_(existingPath(GetDocumentPath(sNewDocumentID))),
+        list_(existingPath(folder_ + L"Doc.dat")),
+        isNewFolder_(!files().FolderExists(folder_)) {
+    if (isNewFolder_) {
+      files().CreateFolder(folder_);
+    } else if (files().FileExists(list_)) {
+      noteOldPages(pagesOf(sNewDocumentID));
     }
-    std::map<std::wstring, std::wstring> copied;  // a page listed twice is one file, listed twice
-    const int pageCount = source.PageCount();
-    for (int index = 1; index <= pageCount; ++index) {
-      const std::wstring page = source.GetPage(static_cast<std::int16_t>(index));
-      const auto [name, isNew] = copied.try_emplace(page, freePageName(page));
-      if (isNew) copyPage(GetPagePath(sDocumentID, page), name->second);
-      if (!document_.AddPage(name->second)) throw Failure(name->second + L": cannot be listed");
+  }
+  ~MergedDocument() {
+    for (const std::wstring& file : unlistedFiles_) deleteSilently(file);
+    if (isNewFolder_ && !isListed_) mdlFolderAndFile::FolderDelete(folder_);
+  }
+  MergedDocument(const MergedDocument&) = delete;
+  MergedDocument& operator=(const MergedDocument&) = delete;
+
+  /// Adds the pages of a document behind those that are there. A page listed twice is one file,
+  /// listed twice.
+  void add(const std::wstring& sDocumentID, const std::vector<std::wstring>& pages) {
+    std::map<std::wstring, std::wstring> copied;
+    for (const std::wstring& page : pages) {
+      const auto [name, isNew] = copied.try_emplace(page);
+      if (isNew) name->second = copyPage(GetPagePath(sDocumentID, page), page);
+      pages_.push_back(name->second);
       windowServices().yield();
     }
   }
 
-  /// Writes the page list and takes the name; what had it before is deleted.
-  void takeName(const std::wstring& sNewDocumentID) {
-    FileSystemObject& files = mdlFolderAndFile::fileSystem();
-    files.CreateFile(GetDocDataPath(name_));
-    if (!document_.SaveDocument()) throw Failure(name_ + L": its page list cannot be written");
-    files.MoveFolder(gBatchFolder + L"\\" + name_, gBatchFolder + L"\\" + sNewDocumentID);
+  /// Brings the pages to the disk and lists them; the pages of an older document are deleted.
+  void finish() {
+    for (const std::wstring& file : unlistedFiles_) syncEntry(file);
+    syncEntry(folder_);
+    syncEntry(gBatchFolder);
+    files().WriteFile(list_, toAnsiStrict(pageListText(pages_)));
+    isListed_ = true;
+    unlistedFiles_.swap(oldFiles_);
   }
 
  private:
-  std::wstring freePageName(const std::wstring& page) const {
+  static FileSystemObject& files() { return mdlFolderAndFile::fileSystem(); }
+
+  static void deleteSilently(const std::wstring& file) noexcept {
+    try {
+      files().DeleteFile(file);
+    } catch (const std::exception&) {
+      // No list names it, so it is in nobody's way.
+    }
+  }
+
+  // Under the names that they have on the disk: no new page may be taken for one of them later.
+  void noteOldPages(const std::vector<std::wstring>& pages) {
+    for (const std::wstring& page : pages) {
+      const std::wstring file = existingPath(folder_ + page + L".tif");
+      if (isFolderName(page) && files().FileExists(file)) oldFiles_.push_back(file);
+    }
+  }
+
+  std::wstring freePageName(std::wstring page) const {
+    std::ranges::replace_if(
+        page, [](wchar_t c) { return c == L'\\' || c == L'/'; }, L'_');
     std::wstring name = page;
-    for (int number = 2; pageNames_.contains(name); ++number) {
+    for (int number = 2; isTaken(folder_ + name + L".tif"); ++number) {
       name = page + L"_" + std::to_wstring(number);
     }
     return name;
   }
 
-  void copyPage(const std::wstring& source, const std::wstring& name) {
-    if (!mdlFolderAndFile::DialogFileCopy(source, GetPagePath(name_, name))) {
-      throw Failure(source + L": the page cannot be copied");
-    }
-    pageNames_.insert(name);
+  static bool isTaken(const std::wstring& file) {
+    return mdlFolderAndFile::FileExist(file) || mdlFolderAndFile::FolderExist(file);
   }
 
-  std::wstring name_;
-  Document document_;
-  std::set<std::wstring> pageNames_;
+  std::wstring copyPage(const std::wstring& source, const std::wstring& page) {
+    const std::wstring name = freePageName(page);
+    unlistedFiles_.push_back(folder_ + name + L".tif");
+    if (!mdlFolderAndFile::DialogFileCopy(source, unlistedFiles_.back())) {
+      unlistedFiles_.pop_back();
+      throw Failure(source + L": the page cannot be copied");
+    }
+    return name;
+  }
+
+  std::wstring folder_, list_;  ///< as they are spelled on the disk
+  bool isNewFolder_, isListed_ = false;
+  std::vector<std::wstring> pages_;
+  std::vector<std::wstring> oldFiles_;       ///< the pages of the older document
+  std::vector<std::wstring> unlistedFiles_;  ///< to be deleted at the end
 };
 
 void merge(const std::wstring& sNewDocumentID, const std::wstring& sFirstID,
            const std::wstring& sSecondID) {
-  if (!isFolderName(sNewDocumentID)) throw Failure(sNewDocumentID + L": cannot name a document");
-  if (sNewDocumentID == sFirstID || sNewDocumentID == sSecondID) {
-    throw Failure(sNewDocumentID + L": a document cannot be merged into itself");
+  for (const std::wstring& name : {sNewDocumentID, sFirstID, sSecondID}) requireDocumentName(name);
+  for (const std::wstring& source : {sFirstID, sSecondID}) {
+    if (mdlFolderAndFile::fileSystem().IsSamePlace(GetDocumentPath(sNewDocumentID),
+                                                   GetDocumentPath(source))) {
+      throw Failure(sNewDocumentID + L": a document cannot be merged into itself");
+    }
   }
-  DocumentInTheMaking merged(sNewDocumentID);
-  merged.addPagesOf(sFirstID);
-  merged.addPagesOf(sSecondID);
-  merged.takeName(sNewDocumentID);
+  const std::vector<std::wstring> first = pagesOf(sFirstID), second = pagesOf(sSecondID);
+  toInt16(static_cast<double>(first.size() + second.size()));  // a longer list could not be loaded
+  MergedDocument merged(sNewDocumentID);
+  merged.add(sFirstID, first);
+  merged.add(sSecondID, second);
+  merged.finish();
 }
 
 }  // namespace

@@ -13,9 +13,11 @@ namespace orvane::mdlDocumentHelper {
 /// Makes the document `sNewDocumentID` from the first two items of `aryMergedDoc`: the pages of the
 /// first one's list, then those of the second one's, copied byte for byte; no page is encoded anew,
 /// so the instances have nothing to do but to lose an old error. A page keeps its name where that
-/// is free; a page listed twice stands twice. The sources stay as they are. The document is made
-/// whole before it takes its name: a failure leaves none behind, and an older document of that name
-/// as it was.
+/// is free; a page listed twice stands twice. The sources stay as they are; a new document that is
+/// one of them, in whatever spelling or through a link, is refused. The pages are on the disk
+/// before the new document gets its page list, in one step: a failure, or the end of the process at
+/// any moment, leaves no document behind, and an older document of that name as it was. Once it is
+/// replaced, its pages are deleted.
 /// @return true when the new document is there; false without a word for an empty name and for a
 ///   list that is absent or has fewer than two items.
 bool MergeDocument(ImagingEngine& ImgControl, ImagingEngine& ImgPageCount,

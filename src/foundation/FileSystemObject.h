@@ -37,10 +37,6 @@ class FileSystemObject {
   /// that is itself a link to a folder loses the link only. Stops at the first failure.
   virtual void DeleteFolder(const std::wstring& path);
 
-  /// Gives the folder `source` the name `target`, in one step, on the same file system. A folder
-  /// that has that name already takes the name `source` in exchange.
-  virtual void MoveFolder(const std::wstring& source, const std::wstring& target);
-
   /// Copies a file's bytes and permissions over `target`, which is replaced. After a failure in
   /// mid-copy there is no target.
   virtual void CopyFile(const std::wstring& source, const std::wstring& target);

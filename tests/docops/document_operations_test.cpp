@@ -80,7 +80,39 @@ TEST_F(DocumentOperations, AnOlderDocumentIsReplacedByAWholeOneOrKept) {
             ".: D1 D2 Old Old: Doc.dat a.tif b.tif b_2.tif c.tif\nb$c$a$b_2$a$");
 }
 
+TEST_F(DocumentOperations, AMergeTakesAnyNameAndAnyPagesOnceAndAgain) {
+  const struct {
+    const char* setUp;
+    std::wstring target;
+    std::string files;  // of the new document, and its page list
+  } cases[] = {{": > D2/Doc.dat", L"N", "Doc.dat a.tif b.tif : a$b$a$\n"},
+               {"printf '  ' > D2/Doc.dat; printf '$' > D1/Doc.dat", L"N", "Doc.dat :\n"},
+               {": > D2/Doc.dat; mkdir N; echo x > N/b.TIF", L"n",
+                "Doc.dat a.tif b.TIF b_2.tif : a$b_2$a$\n"},
+               {"", std::wstring(255, L'n'), "Doc.dat a.tif b.tif b_2.tif c.tif : a$b$a$b_2$c$\n"},
+               {"mv D1/a.tif D1/A.TIF; mv D2/c.tif D2/A.tif; printf 'A$' > D2/Doc.dat", L"N",
+                "A_2.tif Doc.dat a.tif b.tif : a$b$a$A_2$\n"},
+               {"printf '..\\\\D1\\\\b$c$' > D2/Doc.dat; printf 'b$' > D1/Doc.dat", L"N",
+                ".._D1_b.tif Doc.dat b.tif c.tif : b$.._D1_b$c$\n"}};
+  for (const auto& c : cases) {
+    station.shell("rm -r Batchs");
+    SetUp();
+    station.shell(std::string("cd Batchs/B1; ") + c.setUp);
+    const std::string sources = "cd Batchs/B1; ls D1 D2; cat D1/* D2/*";
+    const std::string before = station.shell(sources);
+    for (int times = 0; times < 2; ++times) {
+      EXPECT_TRUE(merge(c.target, {L"D1", L"D2"})) << c.files;
+      if (times == 0) {
+        EXPECT_EQ(station.shell("cd Batchs/B1/[Nn]*; echo $(ls -A) : $(cat Doc.dat)"), c.files);
+      }
+    }
+    EXPECT_EQ(station.shell(sources), before);
+  }
+  EXPECT_EQ(window.takeBoxes() + station.takeLog(), "");
+}
+
 TEST_F(DocumentOperations, AMergeThatCannotBeTouchesNothing) {
+  station.shell("cd Batchs/B1; ln -s D2 link; echo x > file; ln -s ../elsewhere dangling");
   const std::string before = scanTree();
   EXPECT_FALSE(merge(L"", {L"D1", L"D2"}) || merge(L"N", {L"D1"}));
   EXPECT_FALSE(mdlDocumentHelper::MergeDocument(engine, pageCount, L"N", nullptr));
@@ -92,18 +124,32 @@ TEST_F(DocumentOperations, AMergeThatCannotBeTouchesNothing) {
   const DispatchList wrongItem{&nameless, &second};
   EXPECT_FALSE(mdlDocumentHelper::MergeDocument(engine, pageCount, L"N", &wrongItem));
   EXPECT_EQ(station.takeLog(), source + "no such property\n");
+  const auto folder = [](const std::string& name) {
+    return toUtf8(gBatchFolder) + "\\" + name + "\\: ";
+  };
   const struct {
     std::wstring target, second;
     std::string log;
   } cases[] = {{L"D1", L"D2", source + "D1: a document cannot be merged into itself\n"},
                {L"D2", L"D2", source + "D2: a document cannot be merged into itself\n"},
+               {L"d1", L"D2", source + "d1: a document cannot be merged into itself\n"},
+               {L"link", L"D2", source + "link: a document cannot be merged into itself\n"},
+               {L"D1\\", L"D2", source + "D1\\: cannot name a document\n"},
                {L"..", L"D2", source + "..: cannot name a document\n"},
+               {L"N", L"D2/", source + "D2/: cannot name a document\n"},
+               {L"N", L"..\\B1\\D2", source + "..\\B1\\D2: cannot name a document\n"},
+               {L"FILE", L"D2", source + folder("file") + "File exists\n"},
+               {L"dangling", L"D2", source + folder("dangling") + "File exists\n"},
+               {std::wstring(256, L'n'), L"D2",
+                source + folder(std::string(256, 'n')) + "File name too long\n"},
                {L"N", L"absent",
                 "Document:InitDocument-文档名【absent】找不到当前文档的数据文件【Doc.dat】\n" +
                     source + "absent: its page list cannot be read\n"}};
   for (const auto& c : cases) {
-    EXPECT_FALSE(merge(c.target, {L"D1", c.second}));
-    EXPECT_EQ(station.takeLog(), c.log);
+    for (int times = 0; times < 2; ++times) {
+      EXPECT_FALSE(merge(c.target, {L"D1", c.second}));
+      EXPECT_EQ(station.takeLog(), c.log);
+    }
   }
   EXPECT_EQ(scanTree(), before);
 }
@@ -116,7 +162,7 @@ TEST_F(DocumentOperations, OnlyADirectChildOfTheBatchIsDeleted) {
   }
   EXPECT_EQ(scanTree(), before);
   station.shell("chmod 400 Batchs/B1/D1");
-  EXPECT_TRUE(helper.DeleteDocumentForDocumentID(L"D1"));
+  EXPECT_TRUE(helper.DeleteDocumentForDocumentID(L"d1"));  // as the tests for existence find it
   EXPECT_TRUE(helper.DeleteDocumentForDocumentID(L"link"));
   EXPECT_EQ(station.shell("ls Batchs Batchs/B1 | xargs"),
             "Batchs: B1 keep.txt Batchs/B1: D2 Old\n");
