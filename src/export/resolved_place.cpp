@@ -30,6 +30,7 @@ bool isSameFolder(const fs::path& a, const fs::path& b) {
 }  // namespace
 
 fs::path resolvedPlace(const std::wstring& path) {
+  // A process whose working directory was removed has none; an absolute path does not need it.
   const fs::path native = nativePath(existingPath(path));
   const fs::path whole = native.is_absolute() ? native : fs::current_path() / native;
   std::deque<fs::path> rest(whole.begin(), whole.end());

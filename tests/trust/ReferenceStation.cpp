@@ -45,7 +45,7 @@ ReferenceStation::ReferenceStation() {
 }
 
 void ReferenceStation::reset() const {
-  for (const char* name : {"output", "Log", "Orvane.dll-journal", "data.ini.new"}) {
+  for (const char* name : {"output", "Log", "Orvane.dll-journal"}) {
     std::filesystem::remove_all(native(name));
   }
   std::filesystem::create_directory(output());
@@ -110,6 +110,13 @@ std::string ReferenceStation::wrongs(bool wasKilled) const {
   const std::string settings = readBytes(native("data.ini"));
   if (settings != settings_ && settings != finishedSettings_) found += "data.ini: " + settings;
   if (!wasKilled && !outputsAreWhole()) found += "a broken file is left; ";
+  for (const std::wstring& entry : logEntries()) {
+    const std::string line = toUtf8(entry);
+    const bool isNoMemory = line.find("Cannot allocate memory") != line.npos;
+    if (line.find("std::") != line.npos || (isNoMemory && line.find(".tif: ") == line.npos)) {
+      found += "this tells nothing: " + line;
+    }
+  }
   const std::string states = query(
       "pragma integrity_check; select BatchID from T_BatchInfo where BatchState='完成成果输出'");
   if (!states.starts_with("ok\n")) found += "the database: " + states;

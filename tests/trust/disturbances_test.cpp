@@ -70,6 +70,8 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
   std::string damagedPage = outputOf(
       "convert -size 40x30 gradient: -ordered-dither o8x8 -monochrome -compress group4 tif:-");
   damagedPage.replace(8, 20, 20, '\0');  // the first rows
+  const fs::path largePage = station.native("large.tif");
+  station.shell("convert -size 900x900 gradient: -compress LZW large.tif");
   const std::string batchFailed = "成果输出失败！", updateFailed = "档案导出数字化成果失败！";
   const struct {
     const char* what;
@@ -110,6 +112,20 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
       {"the page list may not be read", [&] { fs::permissions(docDat(), fs::perms{0}); },
        [&] { fs::permissions(docDat(), fs::perms{0644}); }, "Doc.dat: Permission denied",
        batchFailed},
+      {"the working directory is removed",
+       [&] {
+         fs::create_directory(out() / "gone"), fs::current_path(out() / "gone");
+         fs::remove(out() / "gone");
+       },
+       [] { fs::current_path("/"); }, "档案导出成果成功！", ""},
+#ifndef __SANITIZE_ADDRESS__
+      {"there is no memory",
+       [&] {
+         aside(source()), fs::copy_file(largePage, source());
+         armFaults(out().c_str(), kMemory, Fault::FailOnward, 1);
+       },
+       [&] { disarmFaults(), back(source()); }, "P.tif: Cannot allocate memory", batchFailed},
+#endif
       {"the disk is full", [&] { armFaults(out().c_str(), kWrite, Fault::FailOnward, 1); },
        [] { disarmFaults(); }, "D2001.tif: No space left on device", batchFailed},
       {"the disk does not keep what was written",

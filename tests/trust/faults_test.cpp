@@ -1,13 +1,21 @@
-// Every system call of a small export fails once, or is the last one before the process is killed.
+// Every system call of a small export, and of what a host does with documents, fails once, or is
+// the last one before the process is killed.
 #include "trust/faults.h"
 
 #include <csignal>
 #include <gtest/gtest.h>
 
+#include "docops/DocumentHelper.h"
+#include "docstore/ScanTree.h"
+#include "imaging/ImagingControl.h"
+#include "imaging/mdlImageProcess.h"
+#include "support/RecordingWindow.h"
 #include "trust/ReferenceStation.h"
 
 namespace orvane::test {
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr int kKilled = 128 + SIGKILL;
 #ifdef __SANITIZE_ADDRESS__  // a sample of the calls will do
@@ -82,6 +90,112 @@ INSTANTIATE_TEST_SUITE_P(Kinds, Faults,
                              {"Kill", kAllButMemory, Fault::Kill, 3, kKilled, kKilled},
                          }),
                          testing::PrintToStringParamName());
+
+struct Item : DispatchObject {
+  explicit Item(std::wstring id) : id_(std::move(id)) {}
+  std::wstring property(const std::wstring&) const override { return id_; }
+  std::wstring id_;
+};
+
+class HostFaults : public testing::Test {
+ protected:
+  HostFaults() {
+    gBatchFolder = station.path(L"Batchs\\B");
+    station.addDocument("B/D1", {"a", "b"});
+    station.addDocument("B/D2", {"b", "c"});
+    station.addDocument("B/Old", {"x", "b"});
+    station.shell(
+        "cd Batchs/B; convert -size 130x510 gradient: -depth 8 -compress LZW p.tif; convert p.tif "
+        "\\( p.tif -negate \\) m.tif");
+    ImagingControl engine;
+    for (int page = 0; page < 2; ++page) {
+      mdlImageProcess::SavePDF(engine, station.path(L"Batchs\\B\\p.tif"), 1,
+                               station.path(L"Batchs\\B\\m.pdf"), false, 0, true);
+    }
+    fs::copy(station.scan(""), pristine, fs::copy_options::recursive);
+  }
+  ~HostFaults() override { gBatchFolder.clear(); }
+
+  void reset() const {
+    fs::remove_all(station.scan(""));
+    fs::copy(pristine, station.scan(""), fs::copy_options::recursive);
+  }
+
+  static bool merge(const wchar_t* name) {
+    const Item first(L"D1"), second(L"D2");
+    const DispatchList list{&first, &second};
+    return DocumentHelper().MergeDocument(name, &list);
+  }
+
+  // What a run sees: the documents by the bytes of their pages, and other files. What the end of a
+  // process leaves is in nobody's way.
+  std::map<std::string, std::string> seen() const {
+    std::map<std::string, std::string> content;
+    for (const auto& entry : fs::directory_iterator(station.scan("B"))) {
+      const std::string name = entry.path().filename();
+      if (entry.is_regular_file() && !name.starts_with(".orvane-")) {
+        content[name] = readBytes(entry.path());
+      } else if (fs::exists(entry.path() / "Doc.dat")) {
+        std::istringstream list(readBytes(entry.path() / "Doc.dat"));
+        content[name] = "a document";
+        for (std::string page; std::getline(list, page, '$');) {
+          content[name] += "|" + readBytes(entry.path() / (page + ".tif"));
+        }
+      }
+    }
+    return content;
+  }
+
+  ExportStation station;
+  const fs::path pristine = station.native("pristine");
+  RecordingWindow window;
+};
+
+TEST_F(HostFaults, LeaveAllOfTheOldOrAllOfTheNewAndNothingInTheWay) {
+  ImagingControl engine;
+  const auto at = [&](const wchar_t* name) { return gBatchFolder + L"\\" + name; };
+  const std::pair<const char*, std::function<bool()>> operations[] = {
+      {"merge", [&] { return merge(L"N"); }},
+      {"merge over an older document", [&] { return merge(L"Old"); }},
+      {"delete a page of a TIFF file",
+       [&] { return DocumentHelper().DeletePage(at(L"m.tif"), 1); }},
+      {"delete a page of a PDF file", [&] { return DocumentHelper().DeletePage(at(L"m.pdf"), 1); }},
+      {"save over the source",
+       [&] { return mdlImageProcess::SaveImage(engine, at(L"p.tif"), 1, L"", false, 0, false); }}};
+  for (const auto& [name, operation] : operations) {
+    for (const Fault fault : {Fault::Fail, Fault::Kill}) {
+      // A removal that fails leaves what it should have removed.
+      const unsigned kinds = fault == Fault::Kill ? kAllButMemory : kAll - kRemove;
+      reset();
+      const auto before = seen(), treeBefore = station.scanTree();
+      armFaults(station.scan("").c_str(), kinds, Fault::None, 0);
+      EXPECT_TRUE(operation());
+      const long calls = disarmFaults();
+      const auto after = seen(), treeAfter = station.scanTree();
+      EXPECT_NE(before, after);
+      EXPECT_GT(calls, 8);
+      for (long call = 1; call <= calls && !HasFailure(); call += kStep) {
+        SCOPED_TRACE(std::string(name) + ", call " + std::to_string(call));
+        reset();
+        const int answer = inChild([&] {
+          armFaults(station.scan("").c_str(), kinds, fault, call);
+          return operation() ? 0 : 1;
+        });
+        const auto left = seen();
+        EXPECT_TRUE(left == before || left == after);
+        if (fault == Fault::Fail) {
+          EXPECT_TRUE(station.scanTree() == (answer == 0 ? treeAfter : treeBefore));
+          EXPECT_EQ(station.takeLog().find("std::"), std::string::npos);
+        } else {
+          EXPECT_EQ(answer, kKilled);
+        }
+        if (left != before) continue;
+        EXPECT_TRUE(operation());
+        EXPECT_TRUE(seen() == after);
+      }
+    }
+  }
+}
 
 }  // namespace
 }  // namespace orvane::test

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <jerror.h>
+#include <new>
 #include <utility>
 
 #include "foundation/Failure.h"
@@ -44,7 +45,10 @@ JpegCompressor::~JpegCompressor() {
 
 Bytes JpegCompressor::compress(const Raster& raster, const JpegTables& tables,
                                const Resolution& resolution) {
-  if (!tryCompress(raster, tables, resolution)) throw Failure(errors_.text);
+  if (!tryCompress(raster, tables, resolution)) {
+    if (errors_.base.msg_code == JERR_OUT_OF_MEMORY) throw std::bad_alloc();
+    throw Failure(errors_.text);
+  }
   return std::move(output_);
 }
 

@@ -1,5 +1,7 @@
 #include "imaging/operations/pix_raster.h"
 
+#include <cerrno>
+#include <new>
 #include <string>
 
 #include "foundation/Failure.h"
@@ -39,6 +41,7 @@ void copyColoursToWords(const std::uint8_t* row, std::uint32_t width, l_uint32* 
 }  // namespace
 
 PixHandle checkedPix(PIX* pix, const char* call) {
+  if (pix == nullptr && errno == ENOMEM) throw std::bad_alloc();
   if (pix == nullptr) throw Failure(std::string(call) + " failed");
   return PixHandle(pix);
 }
