@@ -1,11 +1,13 @@
 #include "export/WrittenFiles.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <sys/stat.h>
 #include <utility>
 
 #include "foundation/Failure.h"
 #include "foundation/disk_sync.h"
+#include "foundation/letter_case.h"
 #include "foundation/path_text.h"
 
 namespace orvane {
@@ -21,6 +23,21 @@ struct stat statusOf(const std::wstring& path) {
 
 std::size_t nameOf(const fs::path& file) {
   return hash_value(file.lexically_normal());
+}
+
+std::wstring inCapitals(std::wstring text) {
+  std::transform(text.begin(), text.end(), text.begin(), upperCase);
+  return text;
+}
+
+// A file that is found under its name in capitals too, which ends in ".TIF", has no case.
+bool diskKnowsLetterCase(const std::wstring& file, const struct stat& status) {
+  const std::size_t name = file.find_last_of(L"\\/") + 1;
+  const std::wstring twin = file.substr(0, name) + inCapitals(file.substr(name));
+  struct stat found {};
+  return lstat(nativePath(twin).c_str(), &found) != 0 || found.st_size != status.st_size ||
+         found.st_mtim.tv_sec != status.st_mtim.tv_sec ||
+         found.st_mtim.tv_nsec != status.st_mtim.tv_nsec;
 }
 
 }  // namespace
@@ -46,8 +63,10 @@ void WrittenFiles::beginBatch(const std::wstring& BatchID) {
 void WrittenFiles::addFile(const std::wstring& file) {
   const struct stat status = statusOf(file);
   Disk& disk = diskOf(status.st_dev, file);
-  disk.writerOf[status.st_ino] = now_;
-  filesOfPass_.push_back({status.st_dev, status.st_ino});
+  if (!disk.knowsLetterCase) disk.knowsLetterCase = diskKnowsLetterCase(file, status);
+  const Key key = disk.keyOf({status.st_dev, status.st_ino}, file);
+  disk.writerOf[key] = now_;
+  filesOfPass_.emplace_back(status.st_dev, key);
   namesOfPass_.insert(nameOf(nativePath(file)));
   if (disk.syncsFilesOnly) disk.files.insert(file);
   disk.addFolder(pathText(nativePath(file).parent_path()));
@@ -58,9 +77,10 @@ void WrittenFiles::addFolder(const std::wstring& folder) {
 }
 
 void WrittenFiles::replace(const FileIdentity& older, const std::wstring& path) {
-  const std::optional<Writer> writer = writerOf(older);
+  const std::optional<Writer> writer = writerOf(older, path);
   if (!writer) return;
-  disks_[older.device].writerOf.erase(older.inode);
+  Disk& disk = disks_[older.device];
+  disk.writerOf.erase(disk.keyOf(older, path));
   if (writer->batch == now_.batch && writer->pass != now_.pass) return;
   if (replaced_.count++ > 0) return;
   replaced_.first = path;
@@ -88,20 +108,21 @@ bool WrittenFiles::isOfThisPass(const fs::path& file) const {
   if (namesOfPass_.contains(nameOf(file))) return true;
   struct stat status {};
   if (lstat(file.c_str(), &status) != 0) return false;
-  return writerOf({status.st_dev, status.st_ino}) == now_;
+  return writerOf({status.st_dev, status.st_ino}, pathText(file)) == now_;
 }
 
-std::optional<WrittenFiles::Writer> WrittenFiles::writerOf(const FileIdentity& file) const {
+std::optional<WrittenFiles::Writer> WrittenFiles::writerOf(const FileIdentity& file,
+                                                           const std::wstring& path) const {
   const auto disk = disks_.find(file.device);
   if (disk == disks_.end()) return std::nullopt;
-  const auto entry = disk->second.writerOf.find(file.inode);
+  const auto entry = disk->second.writerOf.find(disk->second.keyOf(file, path));
   if (entry == disk->second.writerOf.end()) return std::nullopt;
   return entry->second;
 }
 
 void WrittenFiles::forgetBatch() {
-  for (const FileIdentity& file : std::exchange(filesOfPass_, {})) {
-    disks_[file.device].writerOf.erase(file.inode);
+  for (const auto& [device, key] : std::exchange(filesOfPass_, {})) {
+    disks_[device].writerOf.erase(key);
   }
 }
 
@@ -115,6 +136,11 @@ WrittenFiles::Disk& WrittenFiles::diskOf(dev_t device, const std::wstring& path)
   const auto [entry, isNew] = disks_.try_emplace(device);
   if (isNew) entry->second.syncsFilesOnly = syncsFilesOnly(path);
   return entry->second;
+}
+
+WrittenFiles::Key WrittenFiles::Disk::keyOf(const FileIdentity& file,
+                                            const std::wstring& path) const {
+  return knowsLetterCase.value_or(true) ? file.inode : nameOf(nativePath(inCapitals(path)));
 }
 
 void WrittenFiles::Disk::addFolder(const std::wstring& folder) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -8,6 +9,7 @@
 #include <sys/types.h>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace orvane {
@@ -19,8 +21,12 @@ struct FileIdentity {
   bool operator==(const FileIdentity&) const = default;
 };
 
-/// What a run has written: every file, known by device and inode, with the batch that wrote it; and
-/// of the batch under way all that has to reach a disk before its new state may be recorded.
+/// What a run has written: every file, with the batch that wrote it; and of the batch under way all
+/// that has to reach a disk before its new state may be recorded.
+///
+/// A file is known by device and inode. On a disk that knows no letter case it is known by its name
+/// without it: exFAT gives no inodes of its own, and what stands for them changes with the
+/// spelling.
 class WrittenFiles {
  public:
   /// Files that are worth a line in the log.
@@ -64,24 +70,28 @@ class WrittenFiles {
     bool operator==(const Writer&) const = default;
   };
 
+  using Key = std::uint64_t;  // an inode, or the hash of a name
+
   struct Disk {
     bool syncsFilesOnly = false;
-    std::set<std::wstring> files;    // of this batch; kept only when each is synced itself
-    std::set<std::wstring> folders;  // of this batch; one is enough when it is not
-    std::unordered_map<ino_t, Writer> writerOf;
+    std::optional<bool> knowsLetterCase;  // not asked for before there is a file to ask with
+    std::set<std::wstring> files;         // of this batch; kept only when each is synced itself
+    std::set<std::wstring> folders;       // of this batch; one is enough when it is not
+    std::unordered_map<Key, Writer> writerOf;
 
+    Key keyOf(const FileIdentity& file, const std::wstring& path) const;
     void addFolder(const std::wstring& folder);
     void sync() const;
   };
 
   Disk& diskOf(dev_t device, const std::wstring& path);
-  std::optional<Writer> writerOf(const FileIdentity& file) const;
+  std::optional<Writer> writerOf(const FileIdentity& file, const std::wstring& path) const;
   bool isOfThisPass(const std::filesystem::path& file) const;
 
   std::vector<std::wstring> batches_;
   Writer now_{};
   std::map<dev_t, Disk> disks_;
-  std::vector<FileIdentity> filesOfPass_;
+  std::vector<std::pair<dev_t, Key>> filesOfPass_;
   std::unordered_set<std::size_t> namesOfPass_;  // hashes: a batch may have many long paths
   Finding replaced_;
 };

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cwctype>
 #include <filesystem>
-#include <locale.h>
 #include <optional>
 #include <sys/stat.h>
 
 #include "foundation/Failure.h"
+#include "foundation/letter_case.h"
 #include "foundation/path_text.h"
 #include "foundation/program.h"
 
@@ -29,13 +28,6 @@ bool liesInScanTree(const std::wstring& path) {
 bool isThere(const std::wstring& path) {
   struct stat status {};
   return lstat(nativePath(path).c_str(), &status) == 0 || errno != ENOENT;
-}
-
-wint_t upperCase(wchar_t character) {
-  // The letters of all scripts, whatever the locale of the process.
-  static const locale_t letters = newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t{});
-  const auto code = static_cast<wint_t>(character);
-  return letters == locale_t{} ? towupper(code) : towupper_l(code, letters);
 }
 
 bool equalInAnyCase(std::wstring_view name, std::wstring_view otherName) {

@@ -14,4 +14,7 @@ inline std::wstring asciiLowerCase(std::wstring_view text) {
   return result;
 }
 
+/// The capital of a letter of any script, whatever the locale; any other character as it is.
+wchar_t upperCase(wchar_t character);
+
 }  // namespace orvane
