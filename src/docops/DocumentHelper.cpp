@@ -94,12 +94,12 @@ bool DocumentHelper::CreateThumbnailImage(const std::wstring& sFilePath,
     try {
       ResetImagingControls();
       writeThumbnail(sFilePath, ImageThumbSize);
+      clearThumbnail();
+      return true;
     } catch (const std::exception&) {
       clearThumbnail();
       return false;
     }
-    clearThumbnail();
-    return true;
   });
 }
 

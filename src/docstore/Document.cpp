@@ -14,6 +14,7 @@
 namespace orvane {
 
 using mdlFolderAndFile::FileDelete;
+using mdlFolderAndFile::FileExist;
 using mdlFolderAndFile::fileSystem;
 using mdlFolderAndFile::RenameFile;
 
@@ -57,8 +58,9 @@ bool Document::SaveDocument() {
     try {
       writePages(dataFile, backupFile);
     } catch (const std::exception&) {
-      // Without a backup the old file never moved; a rename would begin with its deletion.
-      if (fileSystem().FileExists(backupFile)) RenameFile(backupFile, dataFile);
+      // A data file that is there is the old one, which never moved: a write that fails leaves
+      // none. A rename would begin with its deletion.
+      if (!FileExist(dataFile)) RenameFile(backupFile, dataFile);
       throw;
     }
     return true;
@@ -68,7 +70,7 @@ bool Document::SaveDocument() {
 void Document::writePages(const std::wstring& dataFile, const std::wstring& backupFile) const {
   RenameFile(dataFile, backupFile);  // a document that is new has nothing to rename
   fileSystem().WriteFile(dataFile, toAnsiStrict(pageListText(pages())));
-  if (fileSystem().FileExists(dataFile)) {
+  if (FileExist(dataFile)) {
     FileDelete(backupFile);
   } else {
     RenameFile(backupFile, dataFile);

@@ -267,6 +267,15 @@ TEST_F(Component, AThumbnailThatFailsCleansUpWithoutAWord) {
   EXPECT_THAT(calls[Control], ElementsAre("PageNumber 1", "SourceFile \\x.tif", "CopyDIB",
                                           "SourceFile", "Picture"));
   EXPECT_THAT(calls[Crop], ElementsAre("hDIB 77", "ResizeImage 250 150", "SourceFile", "Picture"));
+
+  // A clean-up that fails behind the save is run again, and is a failure.
+  engines[Crop]->throwsAt.clear();
+  engines[Crop]->onSave = [&] { engines[Control]->throwsAt = "Picture"; };
+  EXPECT_FALSE(helper.CreateThumbnailImage(L"\\x.tif", 4));
+  for (const Calls& ofEngine : {engines[Control]->calls, engines[Crop]->calls}) {
+    const Calls cleanUpTwice{"SourceFile", "Picture", "SourceFile", "Picture"};
+    EXPECT_EQ(Calls(ofEngine.end() - 4, ofEngine.end()), cleanUpTwice);
+  }
   EXPECT_EQ(station.takeLog(), "");
 }
 

@@ -97,25 +97,39 @@ TEST_F(DocumentTest, SavesWithABackupThatIsGoneAfterwards) {
   EXPECT_EQ(window.boxes.size(), 1U);
 }
 
-// A file layer whose writes fail, or leave nothing behind.
-class BrokenWriter : public FileSystemObject {
+enum class Fault { WriteFails, NothingIsWritten, TestFails };
+
+// A file layer with a fault where a page list is written, or looked for afterwards.
+class FaultyFiles : public FileSystemObject {
  public:
-  explicit BrokenWriter(bool tells) : tells_(tells) {}
-  void WriteFile(const std::wstring&, std::string_view) override {
-    if (tells_) throw systemFailure(ENOSPC);
+  explicit FaultyFiles(Fault fault) : fault_(fault) {}
+  void WriteFile(const std::wstring& path, std::string_view bytes) override {
+    isWritten_ = true;
+    if (fault_ == Fault::WriteFails) throw systemFailure(ENOSPC);
+    if (fault_ == Fault::TestFails) FileSystemObject::WriteFile(path, bytes);
+  }
+  bool FileExists(const std::wstring& path) override {
+    if (std::exchange(isWritten_, false) && fault_ == Fault::TestFails) throw systemFailure(EIO);
+    return FileSystemObject::FileExists(path);
   }
 
  private:
-  bool tells_;
+  Fault fault_;
+  bool isWritten_ = false;
 };
 
 TEST_F(DocumentTest, ASaveThatFailsPutsTheOldFileBack) {
   station.write(dataFile, "old$");
   ASSERT_TRUE(document.LoadDocument(L"D1"));
-  for (const bool tells : {true, false}) {
-    gFileSystem = std::make_unique<BrokenWriter>(tells);
-    EXPECT_NE(document.SaveDocument(), tells);
+  document.AddPage(L"new");
+  for (const Fault fault : {Fault::WriteFails, Fault::NothingIsWritten, Fault::TestFails}) {
+    gFileSystem = std::make_unique<FaultyFiles>(fault);
+    EXPECT_EQ(document.SaveDocument(), fault != Fault::WriteFails);
     EXPECT_EQ(files(), "Doc.dat\nold$");
+    EXPECT_EQ(window.takeBoxes(), fault != Fault::TestFails
+                                      ? ""
+                                      : "FileExist Err:Input/output error FileName:" +
+                                            toUtf8(GetDocDataPath(L"D1")) + " | Orvane成果导出\n");
   }
   gFileSystem.reset();
   document.AddPage(L"好\U0001F600");
@@ -129,6 +143,12 @@ TEST_F(DocumentTest, ASaveThatFailsPutsTheOldFileBack) {
   station.shell("mkdir " + dataFile + "bak");  // no backup can be made: nothing can be copied there
   EXPECT_FALSE(document.SaveDocument());
   EXPECT_EQ(files(), "Doc.dat Doc.datbak\nold$");
+  EXPECT_EQ(window.boxes.size(), 1U);
+
+  document.CreateDocument(L"D2");  // is not there to be set aside, nor to be put back
+  document.AddPage(L"\U0001F600");
+  EXPECT_FALSE(document.SaveDocument());
+  EXPECT_EQ(window.boxes.size(), 3U);
 }
 
 TEST_F(DocumentTest, AFileInOtherLetterCaseIsReplacedAndGetsNoSecondOneBesideIt) {

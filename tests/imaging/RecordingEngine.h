@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -18,7 +19,8 @@ class RecordingEngine final : public ImagingEngine {
   std::int32_t imagError = 0;  ///< taken away by a clear
   std::int32_t imagErrorAfterSave = 0;
   std::int32_t imagErrorAfterDelete = 0;
-  std::string throwsAt;                     ///< the call that throws Failure("broken")
+  std::string throwsAt;  ///< the call that throws Failure("broken")
+  std::function<void()> onSave;
   std::vector<std::int32_t> pageCounts{1};  ///< answers of FilePageCount; the last one repeats
 
   /// The calls since the last time, in one line.
@@ -54,7 +56,10 @@ class RecordingEngine final : public ImagingEngine {
   void SaveMultiPage(bool append) override { record("SaveMultiPage", append); }
   void OutputResolutionX(double dpi) override { record("ResolutionX", dpi); }
   void OutputResolutionY(double dpi) override { record("ResolutionY", dpi); }
-  void SaveFile() override { record("SaveFile"), imagError = imagErrorAfterSave; }
+  void SaveFile() override {
+    record("SaveFile"), imagError = imagErrorAfterSave;
+    if (onSave) onSave();
+  }
   std::int32_t ImagError() const override { return imagError; }
   void Refresh() override { record("Refresh"); }
   void Picture(ImagePicture*) override { record("Picture"); }
