@@ -75,12 +75,12 @@ class ImagingEngine {
   /// Turns the loaded page by `angle` degrees, to the left when positive. Exact for multiples
   /// of 90.
   virtual void RotateImage(double angle) = 0;
-  /// Measures the skew of the loaded page.
+  /// Measures the skew of the loaded page. One with too little on it counts as straight.
   virtual void DeskewFirstStep() = 0;
   /// Turns the page by the measured skew; its size stays. `mode` is always 0.
   virtual void DeskewSecondStep(std::int32_t mode) = 0;
   /// Sharpens a gray or colour page (strength 0 to 1, half-width in pixels); removes single-pixel
-  /// specks from a 1-bit page.
+  /// specks that stand alone from a 1-bit page.
   virtual void FinishingFilter(float strength, std::int16_t halfWidth) = 0;
   /// A handle to a copy of the loaded bitmap, for `hDIB` of another instance.
   virtual std::int32_t CopyDIB() = 0;

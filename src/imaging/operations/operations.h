@@ -24,15 +24,17 @@ Raster rotate(Raster raster, double degrees, const Resolution& resolution = {});
 Resolution rotated(const Resolution& resolution, double degrees);
 
 /// The skew of a page in degrees: the angle by which `straighten` has to turn it (to the left when
-/// positive); 0 when no skew can be measured.
+/// positive); 0 when no skew can be measured, as on a page with a signature, a stamp or a few
+/// words.
 double measureSkew(const Raster& raster, const Resolution& resolution = {});
 
 /// Turns a page by a small angle about its centre, to the left when positive, its size unchanged,
 /// the corners paper-coloured. An angle of 0 changes nothing, bit for bit.
 Raster straighten(Raster raster, double degrees, const Resolution& resolution = {});
 
-/// An unsharp mask for gray and colour (strength 0 to 1, half-width in pixels, at least 1); the
-/// removal of single-pixel specks for 1-bit pages.
+/// An unsharp mask for gray and colour (strength 0 to 1, half-width in pixels, at least 1); for
+/// 1-bit pages the removal of single-pixel specks, but not of those that lie together as the dots
+/// of a dithered picture do.
 Raster finish(Raster raster, float strength, std::int16_t halfWidth);
 
 /// Scales a page to a size in pixels: area mapping down, interpolation up; a 1-bit page becomes

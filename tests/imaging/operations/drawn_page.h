@@ -10,7 +10,17 @@
 namespace orvane::test {
 
 /// What a drawn page of A4 at 75 dots per inch shows, besides four marks.
-enum class Drawing { Text, VerticalText, PhotoAndText, Photo, Dust };
+enum class Drawing {
+  Text,
+  FourLines,
+  VerticalText,
+  PhotoAndText,
+  Photo,
+  Dust,
+  Signature,
+  Stamp,
+  Words
+};
 
 inline constexpr std::uint8_t kPaper = 225;
 
@@ -40,6 +50,18 @@ inline std::string drawn(Drawing drawing) {
   switch (drawing) {
     case Drawing::Text:
       return text(460, 705) + end + "+80+85 -composite";
+    case Drawing::FourLines:
+      return text(460, 74) + end + "+80+85 -composite";
+    case Drawing::Words:
+      return text(150, 17) + end + "+80+85 -composite";
+    case Drawing::Signature:
+      return " -fill none -stroke black -strokewidth 2 -draw \"path 'M 330,690 c 20,-70 40,-70 "
+             "15,0 "
+             "s 25,-40 25,0 30,-50 25,0 20,-30 25,0 35,-80 15,0 30,-40 25,0 20,-30 25,0 "
+             "c 30,10 -100,15 -160,12'\" -stroke none";
+    case Drawing::Stamp:
+      return text(100, 36) + end + "+400+600 -composite -fill none -stroke black -strokewidth 2 " +
+             "-draw 'rectangle 390,592 512,646' -stroke none";
     case Drawing::VerticalText:
       return text(705, 460) + " -rotate 90" + end + "+80+85 -composite";
     case Drawing::PhotoAndText:
