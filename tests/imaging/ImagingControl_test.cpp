@@ -145,6 +145,26 @@ TEST_F(RealEngine, ResolutionBelongsToThePage) {
   }
 }
 
+// Rules across the page and one down it, turned on paper and scanned with 200 x 100 dots an inch.
+TEST_F(RealEngine, APageIsStraightenedInTheProportionsOfThePaper) {
+  station.shell(
+      "convert -size 800x800 xc:white -draw \"$(for y in $(seq 100 60 700); do "
+      "echo rectangle 50,$y 750,$((y + 3)); done) rectangle 398,50 401,750\" -virtual-pixel White "
+      "-distort SRT -3 -scale '800x400!' -density 200x100 -units PixelsPerInch -threshold 60% "
+      "-type bilevel -compress Group4 page.tif");
+  engine.SourceFile(station.path(L"page.tif"));
+  engine.DeskewFirstStep();
+  engine.DeskewSecondStep(0);
+  save(kSaveTiffBilevel, kTiffGroup4, L"out.tif");
+  for (const std::string rule : {"8x340+396+30", "680x8+60+167"}) {
+    const std::string line = rule.starts_with("8x") ? "8x1!" : "1x8!";
+    EXPECT_EQ(station.shell("convert out.tif -crop " + rule + " +repage -depth 8 -scale '" + line +
+                            "' -format '%[fx:minima<0.3]' info:"),
+              "1")
+        << rule;
+  }
+}
+
 TEST_F(RealEngine, ItsPdfFilesAreArchiveFiles) {
   std::string classPath;
   for (const std::string jar : {"preflight", "xmpbox", "pdfbox2", "fontbox2", "commons-logging",
