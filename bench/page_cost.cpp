@@ -90,17 +90,18 @@ int main(int argc, char** argv) {
   const auto open = [](const std::wstring& page) { return TiffPage(page, 1); };
 
   std::printf("| One page | read | verify or decode | encode | write |\n|---|---|---|---|---|\n");
-  printRow("Group 4 to Group 4 TIFF", argv[1], [&](const std::wstring& page, Steps& steps) {
-    const EncodedImage strips = steps.time(0, [&] { return *open(page).group4Strips(); });
-    if (steps.time(1, [&] { return findGroup4Damage(strips); })) return;
+  const auto copyGroup4Page = [&](Steps& steps, const std::wstring& page, Group4Form form) {
+    EncodedImage strips = steps.time(0, [&] { return *open(page).group4Strips(); });
     steps.time(2, [] {});
-    steps.time(3, [&] { tiff.append(output + L"\\g4.tif", strips); });
+    return *steps.time(1, [&] { return copyGroup4(std::move(strips), form); }).image;
+  };
+  printRow("Group 4 to Group 4 TIFF", argv[1], [&](const std::wstring& page, Steps& steps) {
+    const EncodedImage image = copyGroup4Page(steps, page, Group4Form::Strips);
+    steps.time(3, [&] { tiff.append(output + L"\\g4.tif", image); });
   });
   printRow("Group 4 to PDF", argv[1], [&](const std::wstring& page, Steps& steps) {
-    EncodedImage strips = steps.time(0, [&] { return *open(page).group4Strips(); });
-    if (steps.time(1, [&] { return findGroup4Damage(strips); })) return;
-    const EncodedImage joined = steps.time(2, [&] { return joinGroup4Strips(std::move(strips)); });
-    steps.time(3, [&] { pdf.append(output + L"\\g4.pdf", joined); });
+    const EncodedImage image = copyGroup4Page(steps, page, Group4Form::OneStream);
+    steps.time(3, [&] { pdf.append(output + L"\\g4.pdf", image); });
   });
   printRow("LZW to Group 4 TIFF", argv[2], [&](const std::wstring& page, Steps& steps) {
     const TiffPage source = steps.time(0, [&] { return open(page); });

@@ -50,7 +50,8 @@ LoadedPage& ImagingControl::loaded() {
 }
 
 void ImagingControl::noteDamage() {
-  if (!page_ || !page_->damage()) return;
+  if (!page_) return;
+  if (!page_->damage()) return logEarlyEnd();
   imagError_ = kDamagedData;
   damage_ = fromUtf8(*page_->damage());
 }
@@ -64,8 +65,20 @@ void ImagingControl::logProfileLeftOut() const {
                              kApplicationTitle);
 }
 
+// Nothing that was scanned is missing, so the page is not damaged; but its file promises more.
+void ImagingControl::logEarlyEnd() {
+  if (!page_->earlyEnd() || std::exchange(earlyEndIsLogged_, true)) return;
+  const auto [codedRows, promisedRows] = *page_->earlyEnd();
+  mdlFolderAndFile::LogWrite(L"图像数据提前结束:" + sourceFile_ + L"--第" +
+                                 std::to_wstring(page_->number()) + L"页--应有 " +
+                                 std::to_wstring(promisedRows) + L" 行，实有 " +
+                                 std::to_wstring(codedRows) + L" 行，其余按空白输出",
+                             kApplicationTitle);
+}
+
 void ImagingControl::SourceFile(const std::wstring& path) {
   page_.reset();
+  earlyEndIsLogged_ = false;
   skew_ = 0;
   imagError_ = kNoImagError;
   sourceFile_ = path;

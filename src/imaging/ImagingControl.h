@@ -81,6 +81,7 @@ class ImagingControl final : public ImagingEngine {
   LoadedPage& loaded();
   void noteDamage();
   void logProfileLeftOut() const;
+  void logEarlyEnd();
   void saveTo(const std::wstring& path);
   void saveOver(const std::wstring& source);
   bool targetIsSource() const;
@@ -94,6 +95,7 @@ class ImagingControl final : public ImagingEngine {
   double skew_ = 0;  ///< degrees, from DeskewFirstStep to DeskewSecondStep
   std::int32_t imagError_ = kNoImagError;
   std::wstring damage_;
+  bool earlyEndIsLogged_ = false;
   TiffFile tiffFile_;
   PdfFile pdfFile_;
 };

@@ -15,7 +15,8 @@ class ImagePicture;
 /// An operation fails in one of two ways. It throws Failure, with path and reason in the text, and
 /// sets `ImagError`: a file that cannot be loaded or saved at all. Or it records a number in
 /// `ImagError` and returns: a page that loads but whose image data is damaged. `ImagError` holds
-/// until the instance is cleared or loads anew.
+/// until the instance is cleared or loads anew. A fax page that ends properly, but before the last
+/// row that it promises, is not damaged: the missing rows are paper, and a log line tells of it.
 class ImagingEngine {
  public:
   virtual ~ImagingEngine() = default;

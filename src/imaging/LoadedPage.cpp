@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "foundation/Failure.h"
-#include "imaging/codecs/group4.h"
 #include "imaging/codecs/jpeg_transcode.h"
 
 namespace orvane {
@@ -30,13 +29,19 @@ std::uint16_t LoadedPage::bitsPerPixel() const {
   return changed_ ? changed_->bitsPerPixel() : file_->info().bitsPerPixel;
 }
 
-std::optional<EncodedImage> LoadedPage::wholeGroup4Strips() {
-  if (changed_) return std::nullopt;
+Group4Copy LoadedPage::checkedGroup4(EncodedImage strips, Group4Form form) {
+  const std::uint32_t promisedRows = strips.height;
+  Group4Copy copy = copyGroup4(std::move(strips), form);
+  damage_ = copy.damage;
+  earlyEnd_ = earlyEndOf(copy.codedRows, promisedRows);
+  return copy;
+}
+
+std::optional<EncodedImage> LoadedPage::group4Copy(Group4Form form) {
+  if (changed_ || !file_->info().storedUpright) return std::nullopt;
   std::optional<EncodedImage> strips = file_->group4Strips();
-  if (!strips) return std::nullopt;
-  damage_ = findGroup4Damage(*strips);
-  if (damage_) return std::nullopt;
-  return strips;
+  if (!strips || strips->photometric > Photometric::MinIsBlack) return std::nullopt;
+  return checkedGroup4(*std::move(strips), form).image;
 }
 
 std::optional<EncodedImage> LoadedPage::transcodedJpeg(JpegFactors factors) {
@@ -65,11 +70,16 @@ Raster& LoadedPage::changeablePixels() {
   return *changed_;
 }
 
-// libtiff lets some damage of Group 4 data pass; the walk over its codes does not.
+// libtiff lets some damage of Group 4 data pass; the walk over its codes does not. And libtiff
+// takes an early end for damage; the walk tells how many rows it may be asked for.
 Raster LoadedPage::decode() {
-  DecodedPage decoded = file_->decode();
+  StripRows codedRows;
+  if (std::optional<EncodedImage> strips = file_->group4Strips()) {
+    codedRows = checkedGroup4(*std::move(strips), Group4Form::Strips).codedRows;
+  }
+  DecodedPage decoded = file_->decode(codedRows);
   if (decoded.damage) damage_ = std::move(decoded.damage);
-  if (!damage_) wholeGroup4Strips();
+  if (decoded.earlyEnd) earlyEnd_ = decoded.earlyEnd;
   return std::move(decoded.raster);
 }
 

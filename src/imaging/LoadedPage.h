@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "imaging/BitmapHandles.h"
+#include "imaging/codecs/group4.h"
 #include "imaging/codecs/jpeg.h"
 #include "imaging/page/EncodedImage.h"
 #include "imaging/page/Raster.h"
@@ -30,16 +31,16 @@ class LoadedPage {
   /// The number of the page in its file, from 1; 0 for a bitmap of another instance.
   std::int32_t number() const { return number_; }
 
-  /// The page's own Group 4 strips, when nothing has changed it and they are whole. Damage in them
-  /// is noted.
-  std::optional<EncodedImage> wholeGroup4Strips();
+  /// A copy of the page's own Group 4 strips, when nothing has changed it and they allow it (see
+  /// copyGroup4). Damage in them is noted, and an early end.
+  std::optional<EncodedImage> group4Copy(Group4Form form);
 
   /// The page as a JPEG save without a turn through its pixels, when nothing has changed it and its
   /// own JPEG strips allow it. Damage in them is noted.
   std::optional<EncodedImage> transcodedJpeg(JpegFactors factors);
 
   /// The pixels, for a reader that keeps them: decoded anew from the file, or a copy of the changed
-  /// ones. Damage met on the way is noted.
+  /// ones. Damage met on the way is noted, and an early end.
   Raster pixels();
 
   /// The pixels, to be changed in place.
@@ -55,8 +56,13 @@ class LoadedPage {
   /// Why the page's image data is damaged, as far as it has been looked at.
   const std::optional<std::string>& damage() const { return damage_; }
 
+  /// Where the page's image data ends before its last row without being damaged, as far as it has
+  /// been looked at. The rows that were never coded are paper.
+  const std::optional<EarlyEnd>& earlyEnd() const { return earlyEnd_; }
+
  private:
   Raster decode();
+  Group4Copy checkedGroup4(EncodedImage strips, Group4Form form);
 
   std::optional<TiffPage> file_;
   std::optional<Raster> changed_;
@@ -65,6 +71,7 @@ class LoadedPage {
   std::wstring profileLeftOut_;
   std::int32_t number_ = 0;
   std::optional<std::string> damage_;
+  std::optional<EarlyEnd> earlyEnd_;
 };
 
 }  // namespace orvane

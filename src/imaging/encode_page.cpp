@@ -11,10 +11,11 @@
 namespace orvane {
 namespace {
 
-// Strips that are whole are copied; a damaged page goes through its pixels, so that the damage is
-// noted and what can be read of it is kept.
-EncodedImage encodeBilevel(LoadedPage& page) {
-  if (std::optional<EncodedImage> strips = page.wholeGroup4Strips()) return *std::move(strips);
+// Strips that are whole are copied. A damaged page goes through its pixels, so that the damage is
+// noted and what can be read of it is kept, and so does one whose codes other readers take
+// differently.
+EncodedImage encodeBilevel(LoadedPage& page, Group4Form form) {
+  if (std::optional<EncodedImage> copy = page.group4Copy(form)) return *std::move(copy);
   return encodeGroup4(toBilevel(page.pixels()));
 }
 
@@ -50,7 +51,7 @@ EncodedImage encodeTiff(LoadedPage& page, const SaveSettings& settings, SampleOr
     case kTiffLzw:
       return encodeLzw(page.pixels(), order);
     case kTiffGroup4:
-      return encodeBilevel(page);
+      return encodeBilevel(page, Group4Form::Strips);
     case kTiffJpeg:
       return encodeAsJpeg(page, settings.jpegFactors);
     default:
@@ -63,7 +64,7 @@ EncodedImage encodePdf(LoadedPage& page, const SaveSettings& settings) {
     case kPdfNone:
       return encodeUncompressed(toPdfForm(page.pixels()), SampleOrder::BigEndian);
     case kPdfGroup4:
-      return joinGroup4Strips(encodeBilevel(page));
+      return encodeBilevel(page, Group4Form::OneStream);
     case kPdfJpeg:
       return encodeAsJpeg(page, settings.jpegFactors);
     default:

@@ -71,6 +71,25 @@ struct RealEngine : testing::Test {
     engine.PdfCompression(code);
     engine.SaveFile();
   }
+
+  // page.tif looks like want.png in every form, and one line tells of its early end.
+  void expectWhole() {
+    engine.SourceFile(station.path(L"page.tif"));
+    save(kSaveTiffBilevel, kTiffGroup4, L"g4.tif");
+    save(kSaveTiff, kTiffLzw, L"lzw.tif");
+    save(kSavePdf, kPdfGroup4, L"g4.pdf");
+    EXPECT_EQ(engine.ImagError(), kNoImagError);
+    EXPECT_EQ(station.shell("tiffcp -c none g4.tif lzw.tif judged.tif 2>&1; "
+                            "pdfimages -png g4.pdf page 2>&1"),
+              "");
+    for (const std::string result : {"g4.tif", "lzw.tif", "page-000.png"}) {
+      EXPECT_EQ(differingPixels(file("want.png"), file(result)), "0") << result;
+    }
+    const std::string log = station.takeLog();
+    EXPECT_THAT(log, testing::EndsWith("图像数据提前结束:" + toUtf8(engine.SourceFile()) +
+                                       "--第1页--应有 160 行，实有 151 行，其余按空白输出\n"));
+    EXPECT_EQ(std::ranges::count(log, '\n'), 1) << log;
+  }
 };
 
 TEST_F(RealEngine, EveryPageGoesToEveryFormAtItsSizeAndUnchangedWhereItCan) {
@@ -316,6 +335,57 @@ TEST_F(RealEngine, AProfileInAJpegStreamIsKeptToo) {
     EXPECT_THAT(station.takeLog(), HasSubstr("JPEG数据中的分段不完整"));
     station.shell("djpeg -icc now.icc page.jpg >p.pgm; test ! -s now.icc");
   }
+}
+
+// Some scanners promise more rows than they send. A cut is another matter.
+TEST_F(RealEngine, APageThatEndsEarlyIsWholeAndToldOnce) {
+  using namespace std::string_literals;
+  const std::string endOfRows = "\0\x10\1\0\x10\1\0\x10\1"s;       // which libtiff leaves out
+  const std::string withTags = "\0\x18\0\3\x60\0\x0C\x80\1\x30"s;  // in fill order 2
+  const struct {
+    std::string storage;  ///< of tiffcp
+    std::uint16_t compression, photometric, orientation, fillOrder, options;
+    std::string end;  ///< of the strip
+  } cases[] = {{"g4", 4, 0, 1, 1, 0, ""},
+               {"g4 -f lsb2msb", 4, 1, 1, 2, 2, "padding"},
+               {"g4", 4, 1, 6, 1, 0, ""},
+               {"g3:1d", 3, 0, 1, 1, 0, endOfRows},
+               {"g3:2d -f lsb2msb", 3, 1, 1, 2, 1, withTags},
+               {"g3:fill", 3, 0, 6, 1, 4, endOfRows + "padding"}};
+  for (const auto& [storage, compression, photometric, orientation, fillOrder, options, end] :
+       cases) {
+    SCOPED_TRACE(storage);
+    outputOf(kPicture + "-alpha off -depth 1 -type bilevel -compress None -define " +
+             "quantum:polarity=min-is-" + (photometric == 0 ? "white" : "black") +
+             " TIFF:" + file("base.tif"));
+    station.shell("tiffcp -r 151 -c " + storage + " base.tif page.tif; " +
+                  "convert base.tif -background white -extent 203x160 " +
+                  (orientation == 6 ? "-rotate 90 +repage" : "") + " want.png");
+    std::uint32_t directory = 0;  // which libtiff writes behind the strip
+    const std::string made = station.read("page.tif");
+    made.copy(reinterpret_cast<char*>(&directory), 4, 4);
+    const auto writePage = [&](const std::string& strip) {
+      const std::uint16_t optionsTag = compression == 3 ? 292 : 293;
+      station.write("page.tif", rawGrayPage(203, 160, strip,
+                                            {{258, 3, 1, 1},
+                                             {259, 3, 1, compression},
+                                             {262, 3, 1, photometric},
+                                             {266, 3, 1, fillOrder},
+                                             {274, 3, 1, orientation},
+                                             {optionsTag, 4, 1, options}}));
+    };
+    writePage(made.substr(8, directory - 8) + end);
+    expectWhole();
+    writePage(made.substr(8, 60));
+    engine.SourceFile(station.path(L"page.tif"));
+    save(kSaveTiffBilevel, kTiffGroup4, L"cut.tif");
+    EXPECT_EQ(engine.ImagError(), kDamagedData);
+    EXPECT_EQ(station.takeLog(), "");
+  }
+  station.shell(
+      "tiffcp -c g4 -r 50 base.tif page.tif && tiffset -s 257 160 page.tif && "
+      "convert base.tif -background white -extent 203x160 want.png");
+  expectWhole();
 }
 
 TEST_F(RealEngine, ADamagedPageIsRecordedAndWhatCannotBeLoadedIsThrown) {

@@ -84,7 +84,7 @@ class RowWalk {
     if (group.horizontal) [[unlikely]]
       return takeHorizontal();
     if (a0_ == width_) return fail(RowFault::TooLong);
-    return group.length != 0 || fail(faultOfBadMode());
+    return group.length != 0 || fail(faultOfMode(bits_, a0_ < 0));
   }
 
   [[gnu::always_inline]] bool takeUpToException(const CodeGroup& group, LanePairs exception) {
@@ -113,14 +113,14 @@ class RowWalk {
     const RunEntry second = kRuns[!black][bits_.bits() << lengthOf(first) >> (64 - kRunBits)];
     if (!endsRun(first) || !endsRun(second)) return takeLongRuns(black);
     bits_.skip(lengthOf(first) + lengthOf(second));
-    return takeRuns(first >> 4, second >> 4);
+    return takeRuns(runOf(first), runOf(second));
   }
 
   [[gnu::always_inline]] bool takeLongRuns(bool black) {
     const std::int32_t first = readRun(kRuns[black]);
-    if (first == kBadRun) return fail(faultOfBadRun());
+    if (first == kBadRun) return fail(faultOfRun(bits_));
     const std::int32_t second = readRun(kRuns[!black]);
-    if (second == kBadRun) return fail(faultOfBadRun());
+    if (second == kBadRun) return fail(faultOfRun(bits_));
     return takeRuns(first, second);
   }
 
@@ -156,9 +156,6 @@ class RowWalk {
     return false;
   }
 
-  static unsigned lengthOf(RunEntry entry) { return entry & 15u; }
-  static bool endsRun(RunEntry entry) { return entry != 0 && entry >> 4 < kMakeUpUnit; }
-
   static constexpr std::int32_t kBadRun = -1;
 
   // Reads make-up codes and the code that ends them; stops early once the run is over the width.
@@ -169,25 +166,10 @@ class RowWalk {
       const RunEntry entry = table[bits_.bits() >> (64 - kRunBits)];
       if (entry == 0) return kBadRun;
       bits_.skip(lengthOf(entry));
-      run += entry >> 4;
+      run += runOf(entry);
       if (endsRun(entry)) break;
     }
     return run;
-  }
-
-  bool nextIs(std::string_view text) const {
-    const Code code = codeOf(text);
-    return bits_.bits() >> (64 - code.length) == code.bits;
-  }
-
-  RowFault faultOfBadMode() const {
-    if (bits_.onlyZerosLeft()) return RowFault::DataEnds;
-    if (nextIs(kExtension)) return RowFault::ExtensionCode;
-    return nextIs(kEndOfLine) && a0_ < 0 ? RowFault::EndOfBlock : RowFault::BadCode;
-  }
-
-  RowFault faultOfBadRun() const {
-    return bits_.onlyZerosLeft() ? RowFault::DataEnds : RowFault::BadCode;
   }
 
   BitReader bits_;
@@ -199,6 +181,11 @@ class RowWalk {
   bool complete_ = false;
   RowFault fault_ = RowFault::None;
 };
+
+bool nextIs(const BitReader& bits, std::string_view text) {
+  const Code code = codeOf(text);
+  return bits.bits() >> (64 - code.length) == code.bits;
+}
 
 // Skips an end-of-line code with any number of zeros before it, in bits that are not all zero.
 bool skipEndOfLine(BitReader& bits) {
@@ -237,6 +224,26 @@ std::string describe(RowFault fault) {
   return "unknown fault";
 }
 
+StripEnd readStripEnd(BitReader bits) {
+  while (!bits.onlyZerosLeft()) {
+    if (!skipEndOfLine(bits)) return StripEnd::Data;
+    bits.refill();
+    if (nextIs(bits, kEndOfLine)) return StripEnd::EndOfBlock;
+  }
+  return StripEnd::Padding;
+}
+
+RowFault faultOfMode(BitReader bits, bool rowBegins) {
+  constexpr std::string_view kEndOfLineZeros = kEndOfLine.substr(0, kEndOfLine.size() - 1);
+  if (bits.onlyZerosLeft()) return RowFault::DataEnds;
+  if (nextIs(bits, kExtension)) return RowFault::ExtensionCode;
+  return rowBegins && nextIs(bits, kEndOfLineZeros) ? RowFault::EndOfBlock : RowFault::BadCode;
+}
+
+RowFault faultOfRun(BitReader bits) {
+  return bits.onlyZerosLeft() ? RowFault::DataEnds : RowFault::BadCode;
+}
+
 RowFault Group4RowReader::readRows(std::uint32_t count, ChangingElements& last,
                                    ChangingElements& spare) {
   RowWalk walk(bits_, last.width());
@@ -252,18 +259,6 @@ RowFault Group4RowReader::readRows(std::uint32_t count, ChangingElements& last,
   rowsRead_ -= count;
   bits_ = walk.bits();
   return fault;
-}
-
-bool Group4RowReader::endsCleanly() {
-  constexpr Code endOfLine = codeOf(kEndOfLine);
-  constexpr std::uint64_t endOfBlock = endOfLine.bits << endOfLine.length | endOfLine.bits;
-  bits_.refill();
-  if (bits_.bits() >> (64 - 2 * endOfLine.length) != endOfBlock) return bits_.onlyZerosLeft();
-  bits_.skip(2 * endOfLine.length);
-  while (!bits_.onlyZerosLeft()) {
-    if (!skipEndOfLine(bits_)) return false;
-  }
-  return true;
 }
 
 std::size_t Group4RowReader::mostChanges(std::int32_t width, std::size_t stripBytes) {

@@ -13,7 +13,7 @@ enum class RowFault {
   None,
   BadCode,
   ExtensionCode,  ///< the uncompressed mode, which is not in use
-  EndOfBlock,     ///< the block ends before the row
+  EndOfBlock,     ///< an end of block, or at least its beginning, in place of the row
   DataEnds,       ///< the data ends within the row
   TooLong,        ///< a run passes the row's end
   Backwards,      ///< a changing element that does not lie behind the one before it
@@ -21,6 +21,21 @@ enum class RowFault {
 
 /// The fault in words, to follow "row 12: ".
 std::string describe(RowFault fault);
+
+/// What comes after the rows of a strip.
+enum class StripEnd {
+  EndOfBlock,  ///< whatever comes after that is padding
+  Padding,     ///< nothing, or zero bits, with or without end-of-line codes between them
+  Data,        ///< anything else
+};
+
+/// Looks at what is left of a strip. Zero bits before the end of block belong to it.
+StripEnd readStripEnd(BitReader bits);
+
+/// What is wrong where no mode code, or no run code, begins. `rowBegins` is true as long as the row
+/// has no code yet.
+RowFault faultOfMode(BitReader bits, bool rowBegins);
+RowFault faultOfRun(BitReader bits);
 
 /// Reads the rows of one Group 4 strip as changing elements (ITU-T T.6). Strict: what a T.6 encoder
 /// does not write is a fault.
@@ -36,9 +51,8 @@ class Group4RowReader {
   /// Rows read so far, the one with a fault included.
   std::uint32_t rowsRead() const { return rowsRead_; }
 
-  /// To be asked behind the last row: true when an end of block or nothing follows. Behind either
-  /// there may be zero bits; some encoders also write more end-of-line codes behind the block.
-  bool endsCleanly();
+  /// What comes after the rows read so far; after a fault, what stands in place of the row.
+  StripEnd end() const { return readStripEnd(bits_); }
 
   /// Bits read so far.
   std::size_t position() const { return bits_.position(); }

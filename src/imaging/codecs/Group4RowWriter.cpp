@@ -99,11 +99,26 @@ void Group4RowWriter::copyRows(ByteView strip, std::size_t from, std::size_t to)
   }
 }
 
+void Group4RowWriter::repeatRow(const ChangingElements& reference, const ChangingElements& row,
+                                std::uint32_t count) {
+  for (std::uint32_t i = 0; i < count; ++i) writeRow(i == 0 ? reference : row, row);
+}
+
 Bytes Group4RowWriter::finish() {
   bits_.reserve(8);
   put(bits_, codeOf(kEndOfLine));
   put(bits_, codeOf(kEndOfLine));
   return bits_.take();
+}
+
+void endStrip(Bytes& strip, std::size_t bits) {
+  const auto bitAt = [](std::size_t bit) { return static_cast<std::uint8_t>(0x80 >> bit % 8); };
+  strip.resize(bits / 8 + 1);
+  strip.back() &= static_cast<std::uint8_t>(0xFF00 >> bits % 8);
+  strip.resize((bits + 2 * kEndOfLine.size() + 7) / 8);
+  for (std::size_t end = bits + kEndOfLine.size(), i = 0; i < 2; ++i, end += kEndOfLine.size()) {
+    strip[(end - 1) / 8] |= bitAt(end - 1);
+  }
 }
 
 }  // namespace orvane::group4

@@ -14,11 +14,19 @@ class Group4RowWriter {
   /// Adds rows that are coded already: the bits `from` to `to` of `strip`.
   void copyRows(ByteView strip, std::size_t from, std::size_t to);
 
+  /// Adds `count` times the same row, the first time coded against `reference`.
+  void repeatRow(const ChangingElements& reference, const ChangingElements& row,
+                 std::uint32_t count);
+
   /// Adds the end of block and hands the strip over.
   Bytes finish();
 
  private:
   BitWriter bits_;
 };
+
+/// Ends a strip whose rows take `bits` bits in one end of block, in place of whatever comes after
+/// them.
+void endStrip(Bytes& strip, std::size_t bits);
 
 }  // namespace orvane::group4

@@ -1,15 +1,48 @@
 #include "imaging/codecs/Group4Strip.h"
 
 #include <algorithm>
+#include <utility>
 
+#include "imaging/codecs/Group4LenientReader.h"
 #include "imaging/codecs/Group4RowReader.h"
 
 namespace orvane::group4 {
 namespace {
 
-std::string atRow(std::uint64_t row, const std::string& what) {
-  return "row " + std::to_string(row) + ": " + what;
+/// What stands after the rows that could be read.
+struct RowsEnd {
+  std::uint32_t rows;  ///< read whole
+  RowFault fault;      ///< of the row after them
+  StripEnd end;
+};
+
+// The rows may end early in an end of block, never by a cut.
+std::optional<std::string> damageAt(const RowsEnd& at, std::uint64_t rowsBefore) {
+  const std::uint64_t row = rowsBefore + at.rows;
+  if (at.fault == RowFault::None) {
+    if (at.end != StripEnd::Data) return std::nullopt;
+    return "row " + std::to_string(row) + ": other data than an end of block follows";
+  }
+  if (at.fault == RowFault::EndOfBlock && at.end == StripEnd::EndOfBlock) return std::nullopt;
+  return "row " + std::to_string(row + 1) + ": " + describe(at.fault);
 }
+
+RowsEnd readStrictly(ByteView data, std::uint32_t rows, Group4Strip& strip) {
+  ChangingElements spare = strip.lastRow;
+  Group4RowReader reader(data);
+  RowFault fault = reader.readRows(1, strip.lastRow, spare);
+  if (fault == RowFault::None) {
+    strip.firstRow = strip.lastRow;
+    strip.firstRowEnd = reader.position();
+    fault = reader.readRows(rows - 1, strip.lastRow, spare);
+  }
+  // A row with a fault has changed places with the one before it.
+  if (fault != RowFault::None) std::swap(strip.lastRow, spare);
+  strip.lastRowEnd = reader.position();
+  return {reader.rowsRead() - (fault == RowFault::None ? 0 : 1), fault, reader.end()};
+}
+
+}  // namespace
 
 std::uint32_t rowsOfStrip(const EncodedImage& image, std::size_t index) {
   const std::uint64_t before = std::uint64_t{image.rowsPerStrip} * index;
@@ -17,30 +50,24 @@ std::uint32_t rowsOfStrip(const EncodedImage& image, std::size_t index) {
       std::min<std::uint64_t>(image.rowsPerStrip, image.height - before));
 }
 
-}  // namespace
-
 Group4Strip readStrip(const EncodedImage& image, std::size_t index) {
   const Bytes& data = image.strips[index];
   const auto width = static_cast<std::int32_t>(image.width);
   const std::size_t mostChanges = Group4RowReader::mostChanges(width, data.size());
-  Group4Strip strip{std::nullopt, ChangingElements(width, mostChanges),
-                    ChangingElements(width, mostChanges)};
-  ChangingElements spare(width, mostChanges);
-  Group4RowReader reader(data);
   const std::uint64_t rowsBefore = std::uint64_t{image.rowsPerStrip} * index;
   const std::uint32_t rows = rowsOfStrip(image, index);
-  RowFault fault = reader.readRows(1, strip.lastRow, spare);
-  strip.firstRow = strip.lastRow;
-  strip.firstRowEnd = reader.position();
-  if (fault == RowFault::None) fault = reader.readRows(rows - 1, strip.lastRow, spare);
-  if (fault != RowFault::None) {
-    strip.damage = atRow(rowsBefore + reader.rowsRead(), describe(fault));
-    return strip;
+  Group4Strip strip{.damage = std::nullopt,
+                    .firstRow = ChangingElements(width, mostChanges),
+                    .lastRow = ChangingElements(width, mostChanges)};
+  RowsEnd end = readStrictly(data, rows, strip);
+  strip.damage = damageAt(end, rowsBefore);
+  if (strip.damage) {
+    const LenientReading lenient = readLeniently(data, width, rows);
+    end = {lenient.rows, lenient.fault, lenient.end};
+    strip.damage = damageAt(end, rowsBefore);
+    strip.isStandard = false;
   }
-  strip.lastRowEnd = reader.position();
-  if (!reader.endsCleanly()) {
-    strip.damage = atRow(rowsBefore + rows, "other data than an end of block follows");
-  }
+  strip.rows = end.rows;
   return strip;
 }
 

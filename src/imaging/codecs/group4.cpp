@@ -14,12 +14,96 @@ using group4::ChangingElements;
 using group4::Group4RowWriter;
 using group4::Group4Strip;
 
-std::optional<std::string> findGroup4Damage(const EncodedImage& image) {
-  if (auto damage = group4::findLayoutDamage(image)) return damage;
-  for (std::size_t i = 0; i < image.strips.size(); ++i) {
-    if (auto damage = group4::readStrip(image, i).damage) return damage;
+namespace {
+
+// A blank row as the page shows it: paper, which has the highest value where 0 is black.
+ChangingElements paperRow(const EncodedImage& image) {
+  ChangingElements row(static_cast<std::int32_t>(image.width), 1);
+  if (image.photometric == Photometric::MinIsBlack) {
+    row.first()[0] = 0;
+    row.finish(1);
   }
-  return std::nullopt;
+  return row;
+}
+
+/// Copies the rows of strips that have been read, each strip for itself or one after the other.
+class StripCopier {
+ public:
+  StripCopier(EncodedImage& image, Group4Form form)
+      : image_(image),
+        joins_(form == Group4Form::OneStream && image.strips.size() > 1),
+        paper_(paperRow(image)),
+        lastRow_(paper_.width(), 0) {}
+
+  void copy(std::size_t index, Group4Strip strip) {
+    const std::uint32_t missing = group4::rowsOfStrip(image_, index) - strip.rows;
+    Bytes& data = image_.strips[index];
+    if (joins_) {
+      join(data, std::move(strip), missing);
+    } else if (missing == 0) {
+      group4::endStrip(data, strip.lastRowEnd);
+    } else {
+      writer_.copyRows(data, 0, strip.lastRowEnd);
+      writer_.repeatRow(strip.lastRow, paper_, missing);
+      data = writer_.finish();
+    }
+  }
+
+  void finish() {
+    if (joins_) image_.strips.assign(1, writer_.finish());
+    if (joins_) image_.rowsPerStrip = image_.height;
+  }
+
+ private:
+  // Only the first row of a strip depends on where the strip begins: it was coded against white and
+  // is coded anew against the last row of the strip before. All other rows keep their bits.
+  void join(ByteView data, Group4Strip strip, std::uint32_t missing) {
+    if (strip.rows > 0) {
+      writer_.writeRow(lastRow_, strip.firstRow);
+      writer_.copyRows(data, strip.firstRowEnd, strip.lastRowEnd);
+      lastRow_ = std::move(strip.lastRow);
+    }
+    if (missing > 0) {
+      writer_.repeatRow(lastRow_, paper_, missing);
+      lastRow_ = paper_;
+    }
+  }
+
+  EncodedImage& image_;
+  const bool joins_;
+  const ChangingElements paper_;
+  ChangingElements lastRow_;
+  Group4RowWriter writer_;
+};
+
+Group4Copy damaged(std::string reason) {
+  Group4Copy copy;
+  copy.damage = std::move(reason);
+  return copy;
+}
+
+}  // namespace
+
+Group4Copy copyGroup4(EncodedImage image, Group4Form form) {
+  if (auto damage = group4::findLayoutDamage(image)) return damaged(*std::move(damage));
+  Group4Copy copy;
+  StripCopier copier(image, form);
+  bool isStandard = true, hasEnded = false;
+  for (std::size_t i = 0; i < image.strips.size(); ++i) {
+    Group4Strip strip = group4::readStrip(image, i);
+    if (strip.damage) return damaged(*std::move(strip.damage));
+    if (hasEnded && strip.rows > 0) {
+      return damaged("rows are missing before strip " + std::to_string(i + 1));
+    }
+    hasEnded = hasEnded || strip.rows < group4::rowsOfStrip(image, i);
+    copy.codedRows.push_back(strip.rows);
+    isStandard = isStandard && strip.isStandard;
+    if (isStandard) copier.copy(i, std::move(strip));
+  }
+  if (copy.codedRows[0] == 0) return damaged("no row is coded");
+  copier.finish();
+  if (isStandard) copy.image = std::move(image);
+  return copy;
 }
 
 EncodedImage encodeGroup4(const Raster& raster) {
@@ -41,25 +125,6 @@ EncodedImage encodeGroup4(const Raster& raster) {
     std::swap(reference, row);
   }
   image.strips.push_back(writer.finish());
-  return image;
-}
-
-// Only the first row of a strip depends on where the strip begins: it was coded against white and
-// is coded anew against the last row of the strip before. All other rows keep their bits.
-EncodedImage joinGroup4Strips(EncodedImage image) {
-  if (image.strips.size() == 1) return image;
-  if (auto damage = group4::findLayoutDamage(image)) throw Failure(*damage);
-  ChangingElements lastRow(static_cast<std::int32_t>(image.width), 0);
-  Group4RowWriter writer;
-  for (std::size_t i = 0; i < image.strips.size(); ++i) {
-    Group4Strip strip = group4::readStrip(image, i);
-    if (strip.damage) throw Failure(*strip.damage);
-    writer.writeRow(lastRow, strip.firstRow);
-    writer.copyRows(image.strips[i], strip.firstRowEnd, strip.lastRowEnd);
-    lastRow = std::move(strip.lastRow);
-  }
-  image.strips.assign(1, writer.finish());
-  image.rowsPerStrip = image.height;
   return image;
 }
 

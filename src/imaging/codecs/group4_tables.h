@@ -40,6 +40,15 @@ using GroupTable = std::array<CodeGroup, 1u << kGroupBits>;
 
 /// A run code as run * 16 + length of the code; 0: no run code begins with these bits.
 using RunEntry = std::uint16_t;
+constexpr std::int32_t runOf(RunEntry entry) {
+  return entry >> 4;
+}
+constexpr unsigned lengthOf(RunEntry entry) {
+  return entry & 15u;
+}
+constexpr bool endsRun(RunEntry entry) {
+  return entry != 0 && runOf(entry) < kMakeUpUnit;
+}
 
 inline constexpr unsigned kRunBits = 13;
 using RunTable = std::array<RunEntry, 1u << kRunBits>;

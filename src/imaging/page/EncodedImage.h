@@ -43,4 +43,7 @@ struct EncodedImage {
   Bytes iccProfile;  ///< describes the samples; not in the strips; empty: none
 };
 
+/// Numbers of rows, one for each strip of an image.
+using StripRows = std::vector<std::uint32_t>;
+
 }  // namespace orvane

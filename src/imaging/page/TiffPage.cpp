@@ -1,6 +1,7 @@
 #include "imaging/page/TiffPage.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "imaging/page/tiff_decode.h"
@@ -42,6 +43,7 @@ PageInfo uprightInfo(const TiffHandle& tiff, const TiffLayout& layout) {
   info.height = layout.height;
   info.bitsPerPixel = layout.form.bitsPerPixel();
   info.resolution = tiffResolution(tiff.get());
+  info.storedUpright = layout.orientation == ORIENTATION_TOPLEFT;
   if (layout.turnsSideways()) {
     std::swap(info.width, info.height);
     std::swap(info.resolution.x, info.resolution.y);
@@ -93,8 +95,14 @@ PageProfile TiffPage::iccProfile() const {
   return readIccProfile(impl_->tiff, impl_->layout, impl_->directory);
 }
 
-DecodedPage TiffPage::decode() const {
-  return decodeTiff(impl_->tiff, impl_->layout);
+DecodedPage TiffPage::decode(const StripRows& codedRows) const {
+  return decodeTiff(impl_->tiff, impl_->layout, codedRows);
+}
+
+std::optional<EarlyEnd> earlyEndOf(const StripRows& codedRows, std::uint32_t promisedRows) {
+  const std::uint32_t coded = std::accumulate(codedRows.begin(), codedRows.end(), 0U);
+  if (codedRows.empty() || coded == promisedRows) return std::nullopt;
+  return EarlyEnd{coded, promisedRows};
 }
 
 std::int32_t tiffPageCount(const std::wstring& path) {

@@ -17,13 +17,25 @@ struct PageInfo {
   std::uint32_t height = 0;
   std::uint16_t bitsPerPixel = 0;
   Resolution resolution;
+  bool storedUpright = true;  ///< TIFF 6.0 Orientation 1: its strips show the page as it is
 };
+
+/// The data of a page ends before its last row, and properly so: it says itself that no more rows
+/// come.
+struct EarlyEnd {
+  std::uint32_t codedRows = 0;
+  std::uint32_t promisedRows = 0;  ///< ImageLength
+};
+
+/// The early end that `codedRows` tell, if they do.
+std::optional<EarlyEnd> earlyEndOf(const StripRows& codedRows, std::uint32_t promisedRows);
 
 /// The pixels of a page, and what was wrong with its data. Where data was missing the pixels are
 /// paper (white).
 struct DecodedPage {
   Raster raster;
   std::optional<std::string> damage;  ///< why the image data is damaged, in UTF-8
+  std::optional<EarlyEnd> earlyEnd;
 };
 
 /// One page of a TIFF file (classic or BigTIFF), opened and not yet decoded. Its file stays open as
@@ -39,9 +51,9 @@ class TiffPage {
 
   const PageInfo& info() const;
 
-  /// The untouched strips of an upright page that is encoded as one or more Group 4 strips, brought
-  /// to fill order 1 and not yet verified; nothing for every other page, and for one whose strips
-  /// cannot be read whole.
+  /// The strips of a page that is encoded as one or more Group 4 strips, brought to fill order 1
+  /// and not yet verified; nothing for every other page, and for one whose strips cannot be read
+  /// whole.
   std::optional<EncodedImage> group4Strips() const;
 
   /// The untouched strips of an upright gray or YCbCr page that is encoded as one or more JPEG
@@ -54,8 +66,9 @@ class TiffPage {
   PageProfile iccProfile() const;
 
   /// Decodes the page and brings it upright (TIFF 6.0 Orientation). Damage is reported in the
-  /// result; a page that cannot be decoded at all throws Failure.
-  DecodedPage decode() const;
+  /// result; a page that cannot be decoded at all throws Failure. `codedRows` are the rows that the
+  /// strips really hold, when the caller knows of fewer than they should; the others are paper.
+  DecodedPage decode(const StripRows& codedRows = {}) const;
 
  private:
   struct Impl;

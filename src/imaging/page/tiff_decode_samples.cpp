@@ -98,7 +98,8 @@ void requireRowBytes(const TiffHandle& tiff, const TiffLayout& layout, std::size
 
 }  // namespace
 
-bool decodeSamples(TiffHandle& tiff, const TiffLayout& layout, Raster& raster) {
+bool decodeSamples(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows,
+                   Raster& raster) {
   TiffBlockReader reader(tiff, layout);
   const bool straightIntoRaster = !layout.tiled && layout.samplesLieAsKept();
   Bytes decoded;
@@ -106,7 +107,9 @@ bool decodeSamples(TiffHandle& tiff, const TiffLayout& layout, Raster& raster) {
     const std::size_t rowBytes = blockRowBytes(layout, block);
     if (block.index == 0) requireRowBytes(tiff, layout, rowBytes);
     if (straightIntoRaster) {
-      reader.read(block.index, raster.row(block.y), block.rows, rowBytes);
+      const std::uint32_t rows =
+          codedRows.empty() ? block.rows : std::min(block.rows, codedRows.at(block.index));
+      if (rows > 0) reader.read(block.index, raster.row(block.y), rows, rowBytes);
       return;
     }
     const std::uint32_t rows = layout.tiled ? layout.blockHeight : block.rows;

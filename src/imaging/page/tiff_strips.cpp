@@ -27,4 +27,15 @@ std::optional<std::vector<Bytes>> readStrips(const TiffHandle& tiff, const TiffL
   return strips;
 }
 
+std::optional<std::vector<Bytes>> readFaxStrips(const TiffHandle& tiff, const TiffLayout& layout) {
+  std::optional<std::vector<Bytes>> strips = readStrips(tiff, layout);
+  std::uint16_t fillOrder = FILLORDER_MSB2LSB;
+  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_FILLORDER, &fillOrder);
+  if (!strips || fillOrder != FILLORDER_LSB2MSB) return strips;
+  for (Bytes& strip : *strips) {
+    TIFFReverseBits(strip.data(), static_cast<tmsize_t>(strip.size()));
+  }
+  return strips;
+}
+
 }  // namespace orvane

@@ -75,16 +75,22 @@ inline void writeTiff(const std::filesystem::path& file, const EncodedImage& ima
   }
 }
 
-inline LibtiffReading readWithLibtiff(const EncodedImage& image, bool bigEndian = false) {
+/// Reads all rows, or of each strip only those that are coded; then the others are 0.
+inline LibtiffReading readWithLibtiff(const EncodedImage& image, bool bigEndian = false,
+                                      const StripRows& codedRows = {}) {
   writeTiff(memoryFile(), image, bigEndian);
   LibtiffReading reading;
   const TiffPointer tiff = openTiff(memoryFile(), "r", reading.messages);
-  Bytes strip(static_cast<std::size_t>(TIFFStripSize(tiff.get())));
+  const auto rowBytes = static_cast<std::size_t>(TIFFScanlineSize(tiff.get()));
   for (std::uint32_t i = 0; i < TIFFNumberOfStrips(tiff.get()); ++i) {
-    const tmsize_t size =
-        TIFFReadEncodedStrip(tiff.get(), i, strip.data(), static_cast<tmsize_t>(strip.size()));
-    reading.pixels.insert(reading.pixels.end(), strip.begin(),
-                          strip.begin() + std::max<tmsize_t>(size, 0));
+    const std::uint32_t rows = std::min(image.rowsPerStrip, image.height - i * image.rowsPerStrip);
+    const std::size_t asked = (codedRows.empty() ? rows : codedRows.at(i)) * rowBytes;
+    Bytes strip(asked);
+    if (asked > 0) {
+      TIFFReadEncodedStrip(tiff.get(), i, strip.data(), static_cast<tmsize_t>(asked));
+    }
+    strip.resize(rows * rowBytes);
+    reading.pixels.insert(reading.pixels.end(), strip.begin(), strip.end());
   }
   return reading;
 }

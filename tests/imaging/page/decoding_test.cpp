@@ -138,9 +138,7 @@ TEST_F(Decoding, Group4StripsAreTheBytesOfTheFileInFillOrder1) {
     EXPECT_EQ(turned->strips, plain->strips);
     EXPECT_EQ(turned->photometric, Photometric::MinIsBlack);
   }
-  for (const char* other : {"-c g4 -t -w 32 -l 16 base.tif page.tif", "-c g3 base.tif page.tif",
-                            "-c g4 base.tif page.tif && tiffset -s 274 6 page.tif",
-                            "-c g4 base.tif page.tif && tiffset -s 293 2 page.tif"}) {
+  for (const char* other : {"-c g4 -t -w 32 -l 16 base.tif page.tif", "-c g3 base.tif page.tif"}) {
     EXPECT_FALSE(page(std::string("tiffcp ") + other).group4Strips().has_value()) << other;
   }
 }
