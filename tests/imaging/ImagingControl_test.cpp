@@ -147,7 +147,8 @@ TEST_F(RealEngine, ResolutionBelongsToThePage) {
                {"-density 203x98", -270, "98, 203", "110.939 x 72"},
                {"-density 203x98", 180, "203, 98", "72 x 110.939"},
                {"-density 203x98", 0.1, "203, 98", "72.3547 x 111.673"},
-               {"-density 203x98 -units Undefined", 90, "200, 200", "54.36 x 146.16"}};
+               {"-density 203x98 -units Undefined", 90, "96.5517, 200", "112.603 x 73.08"},
+               {"-density 203x203 -units Undefined", 90, "200, 200", "54.36 x 146.16"}};
   engine.OutputResolutionX(200.0);  // as an earlier conversion leaves them
   engine.OutputResolutionY(100.0);
   for (const auto& [stated, angle, written, points] : cases) {
