@@ -287,6 +287,10 @@ TEST(RealComponent, WritesAThumbnailOfPageOne) {
   EXPECT_EQ(station.shell("identify -format '%m %wx%h' x.tif_B"), "JPEG 250x150");
   EXPECT_FALSE(helper.CreateThumbnailImage(station.path(L"x.tif"), 2000));
   EXPECT_FALSE(helper.CreateThumbnailImage(station.path(L"absent.tif"), 2));
+  station.shell(
+      "tiffcp -r 603 x.tif,0 y.tif; dd if=/dev/zero of=y.tif bs=1 seek=8 count=9 conv=notrunc");
+  EXPECT_FALSE(helper.CreateThumbnailImage(station.path(L"y.tif"), 4)) << "nothing to decode";
+  EXPECT_FALSE(std::filesystem::exists(station.native("y.tif_B")));
   EXPECT_EQ(station.takeLog(), "");
 }
 

@@ -85,6 +85,13 @@ TEST_F(Cleanup, ARealFileIsCleanedPageByPageAndAddedTo) {
   }
   const std::string last = quoted(station.native("out.tif")) + "[3]";
   EXPECT_EQ(differingPixels(last, quoted(station.native("expected.png"))), "0");
+  // A page of which nothing can be decoded does not come out white.
+  station.shell(
+      "tiffcp -r 200 p.tif in.tif && dd if=/dev/zero of=in.tif bs=1 seek=8 count=9 "
+      "conv=notrunc && cp out.tif before.tif");
+  EXPECT_FALSE(run(realCleanup, station.path(L"in.tif")));
+  station.shell(
+      "grep -a 'Err:.*in.tif: the page cannot be decoded' err.log && cmp out.tif before.tif");
 }
 
 }  // namespace

@@ -204,6 +204,15 @@ TEST_F(Savers, ARealFileIsConvertedToADocumentAndToPages) {
     EXPECT_FALSE(convert.ChangeToPagePDF(from, to, L"", 0, 0));
   }
   station.shell("test -L link.tif && cmp in.tif keep && cmp Batchs/B/P.TIF keep");
+
+  // A page of which nothing can be decoded is left out, and told.
+  station.shell(
+      "convert in.tif[1] -type bilevel -compress Group4 good.tif && tiffcp -r 200 good.tif bad.tif "
+      "&& dd if=/dev/zero of=bad.tif bs=1 seek=8 count=9 conv=notrunc && "
+      "tiffcp -a good.tif bad.tif");
+  EXPECT_TRUE(convert.ChangeToDocPDF(station.path(L"bad.tif"), station.path(L"d.pdf"), L"", 2, 0));
+  EXPECT_THAT(station.takeLog(), testing::ContainsRegex("^SavePDF:.*bad.tif: the page cannot be"));
+  station.shell("test $(qpdf --show-npages d.pdf) = 1");
 }
 
 }  // namespace

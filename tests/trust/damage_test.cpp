@@ -41,6 +41,8 @@ const struct {
     {1, 1, PHOTOMETRIC_MINISWHITE, " g4| packbits"},
     {8, 4, PHOTOMETRIC_RGB, "lzw"},
     {8, 4, PHOTOMETRIC_SEPARATED, "none|zip"},
+    {8, 3, PHOTOMETRIC_RGB, "zstd:2|lzma|webp"},
+    {8, 3, PHOTOMETRIC_CIELAB, "lzw|zip -t -w 32 -l 32"},
 };
 
 // Little-endian, as the platform is.

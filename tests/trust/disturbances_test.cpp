@@ -132,7 +132,7 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
        [&] { armFaults(out().c_str(), kSync, Fault::Fail, 1); }, [] { disarmFaults(); },
        "B1: Input/output error", batchFailed},
       {"a page is damaged", [&] { aside(source()), writeBytes(source(), damagedPage); },
-       [&] { back(source()); }, "SaveAsDocument-" + toUtf8(pathText(source())) + ": ", batchFailed},
+       [&] { back(source()); }, "P.tif: the page cannot be decoded: ", batchFailed},
       {"a page is a folder", [&] { aside(source()), fs::create_directory(source()); },
        [&] { back(source()); }, "P.tif: Is a directory", batchFailed},
       {"a page is a link to nothing",

@@ -22,11 +22,14 @@ struct TiffLayout {
   std::uint32_t blockHeight = 0;  ///< of a strip or tile; the last strip may be shorter
   std::uint32_t blockCount = 0;   ///< of strips or tiles, in all planes
 
-  /// YCbCr that is not plain JPEG, and colour in old-style JPEG: libtiff's RGBA reader knows them.
-  bool throughRgbaReader = false;
+  bool throughRgbaReader = false;  ///< see tiff_rgba.h
   /// What the page becomes: depth, model and palette; the size is that of the page as stored.
   Raster form;
 
+  bool isFax() const {
+    return compression == COMPRESSION_CCITTRLE || compression == COMPRESSION_CCITTRLEW ||
+           compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
+  }
   bool turnsSideways() const { return orientation >= ORIENTATION_LEFTTOP; }
   /// False when samples have to be picked out of what libtiff decodes.
   bool samplesLieAsKept() const {

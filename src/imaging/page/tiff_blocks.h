@@ -6,6 +6,12 @@
 
 namespace orvane {
 
+/// What came of the strips or tiles of a page.
+struct BlockTally {
+  bool allWhole = true;
+  bool anyRow = false;  ///< at least one row of pixels could be decoded
+};
+
 /// Decodes strips and tiles one by one, and gets out of a damaged one what there is.
 class TiffBlockReader {
  public:
@@ -15,17 +21,17 @@ class TiffBlockReader {
   /// `to` keeps what it held, which must be paper.
   void read(std::uint32_t index, std::uint8_t* to, std::uint32_t rows, std::size_t rowBytes);
 
-  /// True when a block could not be decoded whole.
-  bool failed() const { return failed_; }
+  const BlockTally& tally() const { return tally_; }
 
  private:
-  void readCutBlock(std::uint32_t index, std::uint8_t* to, std::uint32_t rows,
-                    std::size_t rowBytes);
+  bool decode(std::uint32_t index, std::uint8_t* to, std::uint32_t rows, std::size_t rowBytes);
+  bool decodeCut(std::uint32_t index, std::uint8_t* to, std::uint32_t rows, std::size_t rowBytes);
+  bool givesARow(std::uint32_t index, std::size_t rowBytes);
 
   TiffHandle& tiff_;
   const TiffLayout& layout_;
   bool partialDataIsReadable_;
-  bool failed_ = false;
+  BlockTally tally_;
 };
 
 }  // namespace orvane

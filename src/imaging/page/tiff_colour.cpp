@@ -3,13 +3,10 @@
 #include <algorithm>
 #include <string>
 
+#include "imaging/page/tiff_rgba.h"
+
 namespace orvane {
 namespace {
-
-bool isFax(std::uint16_t compression) {
-  return compression == COMPRESSION_CCITTRLE || compression == COMPRESSION_CCITTRLEW ||
-         compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
-}
 
 bool isJpeg(std::uint16_t compression) {
   return compression == COMPRESSION_JPEG || compression == COMPRESSION_OJPEG;
@@ -23,7 +20,7 @@ std::uint16_t guessedPhotometric(TIFF* tiff, const TiffLayout& layout) {
   if (layout.samplesPerPixel >= 3) {
     return isJpeg(layout.compression) ? PHOTOMETRIC_YCBCR : PHOTOMETRIC_RGB;
   }
-  return isFax(layout.compression) ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK;
+  return layout.isFax() ? PHOTOMETRIC_MINISWHITE : PHOTOMETRIC_MINISBLACK;
 }
 
 std::uint16_t photometricOf(TIFF* tiff, const TiffLayout& layout) {
@@ -44,9 +41,13 @@ Colours coloursOf(const TiffHandle& tiff, std::uint16_t photometric) {
     case PHOTOMETRIC_MINISWHITE:
       return {ColourModel::MinIsWhite, 1};
     case PHOTOMETRIC_MINISBLACK:
+    case PHOTOMETRIC_LOGL:
       return {ColourModel::MinIsBlack, 1};
     case PHOTOMETRIC_RGB:
     case PHOTOMETRIC_YCBCR:
+    case PHOTOMETRIC_CIELAB:
+    case PHOTOMETRIC_ICCLAB:
+    case PHOTOMETRIC_LOGLUV:
       return {ColourModel::Rgb, 3};
     case PHOTOMETRIC_PALETTE:
       return {ColourModel::Palette, 1};
@@ -98,7 +99,17 @@ ExtraSample keptExtraSample(TIFF* tiff, const TiffLayout& layout, const Colours&
   return ExtraSample::Unspecified;
 }
 
+bool isLab(const TiffLayout& layout) {
+  return layout.photometric == PHOTOMETRIC_CIELAB || layout.photometric == PHOTOMETRIC_ICCLAB;
+}
+
+// In the 8-bit form that the codec is set to, these are plain gray and RGB.
+bool isLogarithmic(const TiffLayout& layout) {
+  return layout.photometric == PHOTOMETRIC_LOGL || layout.photometric == PHOTOMETRIC_LOGLUV;
+}
+
 bool needsRgbaReader(const TiffLayout& layout) {
+  if (isLab(layout)) return true;
   if (layout.compression == COMPRESSION_OJPEG) return layout.samplesPerPixel >= 3;
   if (layout.photometric != PHOTOMETRIC_YCBCR) return false;
   return layout.compression != COMPRESSION_JPEG || layout.separatePlanes;
@@ -109,11 +120,6 @@ void setRgbForm(TiffLayout& layout) {
   layout.form.samplesPerPixel = 3;
   layout.form.model = ColourModel::Rgb;
   layout.form.extraSample = ExtraSample::None;
-}
-
-void requireRgbaReader(const TiffHandle& tiff) {
-  char reason[1024] = "";
-  if (TIFFRGBAImageOK(tiff.get(), reason) != 1) throw tiff.failure(reason);
 }
 
 }  // namespace
@@ -140,9 +146,13 @@ void readTiffColour(const TiffHandle& tiff, TiffLayout& layout) {
   if (colours.model == ColourModel::Cmyk) requireCmykInks(tiff);
 
   layout.throughRgbaReader = needsRgbaReader(layout);
+  if (layout.throughRgbaReader || isLogarithmic(layout)) requireRgbaReader(tiff, layout);
+  if (isLogarithmic(layout) && layout.samplesPerPixel != colours.samples) {
+    throw tiff.failure("too many samples a pixel for photometric interpretation " +
+                       std::to_string(layout.photometric));
+  }
   if (layout.throughRgbaReader) {
     setRgbForm(layout);
-    requireRgbaReader(tiff);
   } else if (layout.photometric == PHOTOMETRIC_YCBCR) {
     TIFFSetField(tiff.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
   }

@@ -2,16 +2,17 @@
 
 #include "imaging/page/TiffLayout.h"
 #include "imaging/page/TiffPage.h"
+#include "imaging/page/tiff_blocks.h"
 
 namespace orvane {
 
-/// Decodes the current directory, upright. Damage is reported in the result. See TiffPage::decode.
+/// Decodes the current directory, upright. Damage is reported in the result; a page of which
+/// nothing can be decoded throws Failure. See TiffPage::decode.
 DecodedPage decodeTiff(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows);
 
-/// The two ways of decoding, by `TiffLayout::throughRgbaReader`. Each fills `raster`, which holds
-/// paper and is as large as the page as stored, and answers whether every strip or tile was whole.
-bool decodeSamples(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows,
-                   Raster& raster);
-bool decodeThroughRgba(TiffHandle& tiff, const TiffLayout& layout, Raster& raster);
+/// Fills `raster`, which holds paper and is as large as the page as stored, with the samples that
+/// are kept.
+BlockTally decodeSamples(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows,
+                         Raster& raster);
 
 }  // namespace orvane

@@ -98,8 +98,8 @@ void requireRowBytes(const TiffHandle& tiff, const TiffLayout& layout, std::size
 
 }  // namespace
 
-bool decodeSamples(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows,
-                   Raster& raster) {
+BlockTally decodeSamples(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows,
+                         Raster& raster) {
   TiffBlockReader reader(tiff, layout);
   const bool straightIntoRaster = !layout.tiled && layout.samplesLieAsKept();
   Bytes decoded;
@@ -117,7 +117,7 @@ bool decodeSamples(TiffHandle& tiff, const TiffLayout& layout, const StripRows& 
     reader.read(block.index, decoded.data(), rows, rowBytes);
     place(decoded, rowBytes, layout, block, raster);
   });
-  return !reader.failed();
+  return reader.tally();
 }
 
 }  // namespace orvane

@@ -6,6 +6,7 @@
 #include "imaging/page/TiffPage.h"
 #include "imaging/page/tiff_kinds.h"
 #include "support/TempStation.h"
+#include "support/failureOf.h"
 
 namespace orvane::test {
 namespace {
@@ -62,15 +63,19 @@ std::vector<TiffKind> allKinds() {
 // One storage is judged from outside; all the others must show the same. Every page comes out
 // upright.
 TEST_F(Decoding, SamplesOfEveryDepthInEveryStorageAreExact) {
-  std::vector<std::string> storages = {"-B -r 11", "-c packbits -f lsb2msb", "-c lzw -8 -r 11",
-                                       "-c zip -t -w 32 -l 16 -B"};
+  std::vector<std::string> storages = {"-B -r 11",        "-c packbits -f lsb2msb",
+                                       "-c lzw -8 -r 11", "-c zip -t -w 32 -l 16 -B",
+                                       "-c zstd -r 11",   "-c lzma"};
   for (const TiffKind& kind : allKinds()) {
     SCOPED_TRACE(testing::Message()
                  << kind.samples << " x " << kind.bits << ", photometric " << kind.photometric);
     writeTiff(station.native("base.tif"), kind);
     expectShows(page("cp base.tif page.tif"), "base.tif");
     const Bytes expected = page("cp base.tif page.tif").decode().raster.pixels;
-    if (kind.bits >= 8) storages = {"-c lzw:2 -B -r 11", "-c zip:2 -t -w 32 -l 16 -L", "-c none"};
+    if (kind.bits >= 8) {
+      storages = {"-c lzw:2 -B -r 11", "-c zip:2 -t -w 32 -l 16 -L", "-c none", "-c zstd:2 -B",
+                  "-c lzma:2 -t -w 32 -l 16"};
+    }
     if (kind.samples > 1 && kind.bits == 8) {
       storages = {"-c lzw:2", "-p separate -c lzw:2", "-p separate -c zip -B -t -w 32 -l 16"};
     }
@@ -90,16 +95,22 @@ TEST_F(Decoding, SamplesOfEveryDepthInEveryStorageAreExact) {
   }
 }
 
-TEST_F(Decoding, FaxAndJpegPagesShowWhatAnOutsideToolSees) {
+TEST_F(Decoding, FaxJpegAndWebpPagesShowWhatAnOutsideToolSees) {
   const TiffKind fax{.bits = 1, .photometric = PHOTOMETRIC_MINISWHITE};
   const TiffKind rgb{.samples = 3, .photometric = PHOTOMETRIC_RGB};  // becomes YCbCr
   const TiffKind cmyk{.samples = 4, .photometric = PHOTOMETRIC_SEPARATED};
+  const TiffKind rgba{.samples = 4, .photometric = PHOTOMETRIC_RGB, .extras = kAlpha};
   const std::vector<std::string> faxes = {"-c g3:1d -f lsb2msb -r 11", "-c g3:2d -B", "-c g4 -r 11",
                                           "-c g4 -f lsb2msb", "-c g4 -t -w 32 -l 16"};
   const std::vector<std::string> jpegs = {"-c jpeg -r 16", "-c jpeg:r:90 -B -r 16",
                                           "-c jpeg -t -w 32 -l 16"};
-  for (const auto& [kind, storages] :
-       {std::pair{fax, faxes}, {TiffKind{}, jpegs}, {rgb, jpegs}, {cmyk, jpegs}}) {
+  const std::vector<std::string> webps = {"-c webp -r 11", "-c webp -t -w 32 -l 16"};
+  for (const auto& [kind, storages] : {std::pair{fax, faxes},
+                                       {TiffKind{}, jpegs},
+                                       {rgb, jpegs},
+                                       {cmyk, jpegs},
+                                       {rgb, webps},
+                                       {rgba, webps}}) {
     writeTiff(station.native("base.tif"), kind);
     for (const std::string& storage : storages) {
       SCOPED_TRACE(storage);
@@ -108,10 +119,88 @@ TEST_F(Decoding, FaxAndJpegPagesShowWhatAnOutsideToolSees) {
           "judged.tif");
     }
   }
-  TiffKind modified = fax;
-  modified.compression = COMPRESSION_CCITTRLE;
-  writeTiff(station.native("base.tif"), modified);
-  expectShows(page("cp base.tif page.tif"), "base.tif");
+  for (const std::uint16_t compression : Values{COMPRESSION_CCITTRLE, COMPRESSION_JBIG}) {
+    TiffKind kind = fax;
+    kind.compression = compression;
+    writeTiff(station.native("base.tif"), kind);
+    expectShows(page("tiffcp -c none base.tif judged.tif && cp base.tif page.tif"), "judged.tif");
+  }
+  // The JBIG page once more with its bits in the other order; then with another width in its head.
+  std::string file = readBytes(station.native("base.tif"));
+  TIFFReverseBits(reinterpret_cast<std::uint8_t*>(&file[8]), directoryOf(file) - 8);
+  writeBytes(station.native("page.tif"), file);
+  expectShows(page("tiffset -s 266 2 page.tif"), "judged.tif");
+  EXPECT_THROW(page("printf '\\377' | dd of=page.tif bs=1 seek=12 conv=notrunc"), Failure);
+}
+
+// What libtiff turns into gray or RGB as it decodes, as its own tool does. Signed samples pass as
+// the bits that they are.
+TEST_F(Decoding, LabLogarithmicAndSignedPagesShowWhatLibtiffMakesOfThem) {
+  std::vector<TiffKind> kinds = {{8, 3, PHOTOMETRIC_CIELAB, COMPRESSION_NONE},
+                                 {16, 3, PHOTOMETRIC_CIELAB, COMPRESSION_LZW},
+                                 {16, 3, PHOTOMETRIC_LOGLUV, COMPRESSION_SGILOG},
+                                 {16, 3, PHOTOMETRIC_LOGLUV, COMPRESSION_SGILOG24},
+                                 {16, 1, PHOTOMETRIC_LOGL, COMPRESSION_SGILOG},
+                                 {8, 3, PHOTOMETRIC_RGB, COMPRESSION_PIXARLOG},
+                                 {8, 3, PHOTOMETRIC_RGB, COMPRESSION_LERC},
+                                 {8, 1, PHOTOMETRIC_MINISBLACK, COMPRESSION_LZW}};
+  for (std::size_t i = 6; i < kinds.size(); ++i) kinds[i].sampleFormat = SAMPLEFORMAT_INT;
+  for (const TiffKind& kind : kinds) {
+    for (const std::string storage : {"-s", "-t -w 32 -l 16"}) {
+      SCOPED_TRACE(testing::Message() << kind.photometric << " in " << kind.compression << storage);
+      if (kind.compression == COMPRESSION_PIXARLOG && storage != "-s") continue;  // knows no tiles
+      writeTiff(station.native("base.tif"), kind);
+      expectShows(page("tiffcp " + storage +
+                       " base.tif page.tif && "
+                       "tiff2rgba -n -c none page.tif judged.tif"),
+                  "judged.tif");
+    }
+  }
+}
+
+// ICCLab gives a and b an offset where CIELab gives them a sign; 16-bit L ends at 0xFF00. libtiff's
+// tool knows CIELab alone.
+TEST_F(Decoding, IccLabShowsTheColoursOfTheSameCieLab) {
+  std::string cieLab, icc8, icc16;
+  for (unsigned i = 0; i < 64 * 48; ++i) {
+    for (const unsigned code : {i % 256, i / 7 % 256, i / 3 % 256}) {
+      const auto icc = static_cast<char>(cieLab.size() % 3 == 0 ? code : code ^ 0x80);
+      cieLab += static_cast<char>(code);
+      icc8 += icc;
+      (icc16 += '\0') += icc;
+    }
+  }
+  const auto lab = [&](const std::string& name, const std::string& samples, unsigned bits,
+                       unsigned photometric) {
+    writeBytes(station.native(name),
+               rawGrayPage(64, 48, samples,
+                           {{258, 3, 1, bits}, {262, 3, 1, photometric}, {277, 3, 1, 3}}));
+  };
+  lab("cie.tif", cieLab, 8, PHOTOMETRIC_CIELAB);
+  lab("icc8.tif", icc8, 8, PHOTOMETRIC_ICCLAB);
+  lab("icc16.tif", icc16, 16, PHOTOMETRIC_ICCLAB);
+  outputOf("cd " + quoted(station.native()) + " && tiff2rgba -n -c none cie.tif judged.tif");
+  expectShows(page("mv icc8.tif page.tif"), "judged.tif");
+  expectShows(page("tiffcp -c lzw -B -r 11 icc16.tif page.tif"), "judged.tif");
+  expectShows(page("tiffcp -t -w 32 -l 32 icc16.tif page.tif"), "judged.tif");
+}
+
+// Rows of 8 pixels with every code of the two compressions, which nobody writes any more.
+TEST_F(Decoding, NextAndThunderScanPagesShowWhatLibtiffsToolSees) {
+  const std::pair<std::string, std::vector<RawEntry>> cases[] = {
+      {std::string("\0\x1B\xE4"
+                   "\x40\0\1\0\1\x1B"
+                   "\x44\x84",
+                   11),
+       {{258, 3, 1, 2}, {259, 3, 1, COMPRESSION_NEXT}}},
+      {"\xC5\x03\x8A\x5E"
+       "\xCF\x07"
+       "\xC1\xC9\xC3\xC4\xC5\xC0\xC7\xC2",
+       {{258, 3, 1, 4}, {259, 3, 1, COMPRESSION_THUNDERSCAN}}}};
+  for (const auto& [strip, entries] : cases) {
+    writeBytes(station.native("page.tif"), rawGrayPage(8, 3, strip, entries));
+    expectShows(page("tiffcp -c none page.tif judged.tif"), "judged.tif");
+  }
 }
 
 // libjpeg shows the stream that the old-style page points at.

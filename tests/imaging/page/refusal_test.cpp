@@ -23,6 +23,11 @@ struct Refusal : testing::Test {
 
 const std::string kPixels(64, 'x');
 
+std::vector<RawEntry> square(std::uint32_t side, std::vector<RawEntry> entries) {
+  entries.insert(entries.end(), {{256, 4, 1, side}, {257, 4, 1, side}, {278, 4, 1, side}});
+  return entries;
+}
+
 TEST_F(Refusal, WhatIsNoTiffFileIsRefusedWithPathAndReason) {
   std::filesystem::create_directory(station.native("folder"));
   mkfifo(station.native("pipe").c_str(), 0600);
@@ -54,6 +59,9 @@ TEST_F(Refusal, APageThatCannotBeDecodedIsRefusedAtOnce) {
       {{{256, 4, 1, 900'000}, {257, 4, 1, 900'000}, {278, 4, 1, 900'000}}, "1 GiB"},
       {{{256, 4, 1, 30'000}, {257, 4, 1, 30'000}, {278, 4, 1, 30'000}, {274, 3, 1, 6}}, "1 GiB"},
       {{{322, 4, 1, 800'000}, {323, 4, 1, 800'000}}, "1 GiB"},
+      {square(13'000, {{262, 3, 1, 8}, {277, 3, 1, 3}}), "1 GiB"},
+      {square(13'000, {{259, 3, 1, 34676}, {262, 3, 1, 32845}, {277, 3, 1, 3}}), "1 GiB"},
+      {square(13'000, {{259, 3, 1, 50001}, {262, 3, 1, 2}, {277, 3, 1, 3}}), "1 GiB"},
       {{{322, 4, 1, 0}, {323, 4, 1, 16}}, "zero number of tiles"},
       {{{322, 4, 1, 12}, {323, 4, 1, 16}}, "12 pixels across"},
       {{{258, 3, 1, 12}}, "12 bits"},
@@ -61,6 +69,9 @@ TEST_F(Refusal, APageThatCannotBeDecodedIsRefusedAtOnce) {
       {{{259, 3, 1, 34712}}, "compression 34712"},
       {{{259, 3, 1, 4}}, "not 1-bit"},
       {{{262, 3, 1, 8}}, "interpretation 8"},
+      {{{262, 3, 1, 10}}, "interpretation 10"},
+      {{{262, 3, 1, 32844}}, "LogL data must have Compression=34676"},
+      {{{259, 3, 1, 34676}, {262, 3, 1, 32844}, {277, 3, 1, 2}}, "too many samples"},
       {{{262, 3, 1, 2}}, "too few samples"},
       {{{262, 3, 1, 3}, {258, 3, 1, 4}}, "olor"},
       {{{278, 4, 1, 2}}, "it names 1 of 4"},

@@ -1,11 +1,17 @@
 #include "imaging/page/tiff_kinds.h"
 
+#include <cstring>
 #include <map>
 #include <memory>
 #include <stdexcept>
 
 namespace orvane::test {
 namespace {
+
+// A page of JBIG is one strip.
+std::uint32_t rowsPerStrip(const TiffKind& kind) {
+  return kind.compression == COMPRESSION_JBIG ? kind.height : 11;
+}
 
 void setTags(TIFF* tiff, const TiffKind& kind) {
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kind.width);
@@ -15,7 +21,13 @@ void setTags(TIFF* tiff, const TiffKind& kind) {
   TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, kind.photometric);
   TIFFSetField(tiff, TIFFTAG_COMPRESSION, kind.compression);
   TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 11);
+  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rowsPerStrip(kind));
+  if (kind.compression == COMPRESSION_SGILOG || kind.compression == COMPRESSION_SGILOG24) {
+    TIFFSetField(tiff, TIFFTAG_SGILOGDATAFMT, SGILOGDATAFMT_16BIT);
+  }
+  if (kind.sampleFormat != SAMPLEFORMAT_UINT) {
+    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, kind.sampleFormat);
+  }
   if (!kind.extras.empty()) {
     TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, static_cast<int>(kind.extras.size()),
                  kind.extras.data());
@@ -53,11 +65,22 @@ void writeTiff(const std::filesystem::path& file, const TiffKind& kind, int page
   for (int page = 0; page < pages; ++page) {
     setTags(tiff.get(), kind);
     const auto size = static_cast<std::size_t>(TIFFScanlineSize(tiff.get()));
+    std::vector<std::uint8_t> strip;
     for (std::uint32_t y = 0; y < kind.height; ++y) {
-      TIFFWriteScanline(tiff.get(), rowOf(size, y + 100U * page).data(), y, 0);
+      const std::vector<std::uint8_t> row = rowOf(size, y + 100U * page);
+      strip.insert(strip.end(), row.begin(), row.end());
+      if ((y + 1) % rowsPerStrip(kind) != 0 && y + 1 < kind.height) continue;
+      TIFFWriteEncodedStrip(tiff.get(), y / rowsPerStrip(kind), strip.data(), std::ssize(strip));
+      strip.clear();
     }
     if (TIFFWriteDirectory(tiff.get()) != 1) throw std::runtime_error("libtiff: no directory");
   }
+}
+
+std::uint32_t directoryOf(const std::string& file) {
+  std::uint32_t directory = 0;
+  std::memcpy(&directory, &file[4], sizeof directory);
+  return directory;
 }
 
 std::string rawGrayPage(std::uint32_t width, std::uint32_t height, const std::string& strip,

@@ -17,10 +17,15 @@ struct TiffKind {
   std::vector<std::uint16_t> extras = {};
   std::uint32_t width = 61;
   std::uint32_t height = 45;
+  std::uint16_t sampleFormat = SAMPLEFORMAT_UINT;
 };
 
 /// Writes `pages` pages of a kind, each with other pixels.
 void writeTiff(const std::filesystem::path& file, const TiffKind& kind, int pages = 1);
+
+/// Where the directory of a little-endian file stands; libtiff writes it behind the strips, and the
+/// first strip at 8.
+std::uint32_t directoryOf(const std::string& file);
 
 /// One entry of a directory made by hand, its value in the entry itself.
 struct RawEntry {
