@@ -127,7 +127,8 @@ void ImagingControl::saveTo(const std::wstring& path) {
     case kSaveTiffBilevel:
     case kSaveTiffMultiBit:
       if (saveMultiPage_) {
-        tiffFile_.append(path, encodeForTiff(*page_, settings_, tiffFile_.sampleOrder(path)));
+        tiffFile_.append(
+            path, [this](SampleOrder order) { return encodeForTiff(*page_, settings_, order); });
       } else {
         tiffFile_.create(path, encodeForTiff(*page_, settings_, SampleOrder::LittleEndian));
       }

@@ -197,5 +197,19 @@ TEST_F(HostFaults, LeaveAllOfTheOldOrAllOfTheNewAndNothingInTheWay) {
   }
 }
 
+TEST(Calls, AnAddedPageOpensItsFileOnce) {
+  const TempStation station;
+  station.shell("mkdir out && convert -size 40x30 gradient: -depth 8 in.tif");
+  ImagingControl control;
+  for (const auto save : {mdlImageProcess::SaveImage, mdlImageProcess::SavePDF}) {
+    for (const bool append : {false, true, true}) {
+      armFaults(station.native("out").c_str(), kOpen, Fault::None, 0);
+      EXPECT_TRUE(
+          save(control, station.path(L"in.tif"), 1, station.path(L"out\\all"), false, 0, append));
+      EXPECT_EQ(disarmFaults(), 1);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace orvane::test

@@ -24,6 +24,10 @@ Bytes link(TiffForm form, std::uint64_t offset) {
   return bytes;
 }
 
+SampleOrder sampleOrder(TiffForm form) {
+  return form.bigEndian ? SampleOrder::BigEndian : SampleOrder::LittleEndian;
+}
+
 // First the page behind the end, where no reader looks yet, then the one link that makes it part of
 // the document. Answers how the file was left.
 FileStamp writeBehind(OutputFile& file, const TiffPagePlan& page, TiffForm form, std::uint64_t size,
@@ -65,20 +69,35 @@ void TiffFile::createWith(OutputFile (*creation)(const std::wstring&), const std
 
 void TiffFile::append(const std::wstring& path, const EncodedImage& image) {
   std::optional<OutputFile> file = OutputFile::openToAppend(path);
-  if (!file) {
+  if (file) {
+    appendTo(*file, image);
+  } else {
     createWith(OutputFile::createExclusively, path, image, TiffSubfile::PageOfMany);
-    return;
   }
-  const FileStamp before = file->stamp();
-  const End end = endOf(*file, before);
+}
+
+void TiffFile::append(const std::wstring& path,
+                      const std::function<EncodedImage(SampleOrder)>& encode) {
+  std::optional<OutputFile> file = OutputFile::openToAppend(path);
+  if (file) {
+    appendTo(*file, encode(sampleOrder(TiffStructure(*file).form())));
+  } else {
+    createWith(OutputFile::createExclusively, path, encode(sampleOrder(kOwnForm)),
+               TiffSubfile::PageOfMany);
+  }
+}
+
+void TiffFile::appendTo(OutputFile& file, const EncodedImage& image) {
+  const FileStamp before = file.stamp();
+  const End end = endOf(file, before);
   if (end.pages == kMostTiffPages) {
-    throw fileFailure(path, "the TIFF file has no room for another page");
+    throw fileFailure(file.path(), "the TIFF file has no room for another page");
   }
   const TiffPagePlan page =
-      planTiffPage(path, end.form, before.size, image, TiffSubfile::PageOfMany, end.pages);
+      planTiffPage(file.path(), end.form, before.size, image, TiffSubfile::PageOfMany, end.pages);
   end_ = {};
-  const FileStamp stamp = writeBehind(*file, page, end.form, before.size, end.nextLink);
-  end_ = {path, stamp, end.form, page.nextLink, end.pages + 1};
+  const FileStamp stamp = writeBehind(file, page, end.form, before.size, end.nextLink);
+  end_ = {file.path(), stamp, end.form, page.nextLink, end.pages + 1};
 }
 
 TiffFile::End TiffFile::endOf(const OutputFile& file, const FileStamp& stamp) const {
@@ -88,13 +107,6 @@ TiffFile::End TiffFile::endOf(const OutputFile& file, const FileStamp& stamp) co
   const std::uint64_t nextLink =
       pages.empty() ? structure.form().firstLink() : pages.back().nextLink;
   return {file.path(), stamp, structure.form(), nextLink, static_cast<std::uint32_t>(pages.size())};
-}
-
-SampleOrder TiffFile::sampleOrder(const std::wstring& path) const {
-  std::optional<OutputFile> file = OutputFile::openToAppend(path);
-  if (!file) return SampleOrder::LittleEndian;
-  const bool bigEndian = TiffStructure(*file).form().bigEndian;
-  return bigEndian ? SampleOrder::BigEndian : SampleOrder::LittleEndian;
 }
 
 }  // namespace orvane

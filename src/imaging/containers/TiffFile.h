@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "imaging/codecs/lossless.h"
@@ -27,8 +28,9 @@ class TiffFile {
   /// TIFF throw Failure and leave the file as it was.
   void append(const std::wstring& path, const EncodedImage& image);
 
-  /// The byte order that 16-bit samples need when they are appended to `path`: the file's own.
-  SampleOrder sampleOrder(const std::wstring& path) const;
+  /// The same for a page that is encoded when the file is open, in the byte order that 16-bit
+  /// samples need there: the file's own. What `encode` throws leaves the file as it was.
+  void append(const std::wstring& path, const std::function<EncodedImage(SampleOrder)>& encode);
 
   /// Removes page `page`, from 1, and its data: the file shrinks, the other pages keep their strips
   /// byte for byte. Written through a FileReplacement. Throws Failure for a page that is not there
@@ -44,6 +46,7 @@ class TiffFile {
     std::uint32_t pages = 0;
   };
   End endOf(const OutputFile& file, const FileStamp& stamp) const;
+  void appendTo(OutputFile& file, const EncodedImage& image);
   void createWith(OutputFile (*creation)(const std::wstring&), const std::wstring& path,
                   const EncodedImage& image, TiffSubfile subfile);
 

@@ -56,9 +56,10 @@ TEST_F(TiffFileTest, FilesOfOtherProgramsGrowInTheirOwnForm) {
   for (const std::string form : {"-L", "-B", "-8 -L", "-8 -B"}) {
     SCOPED_TRACE(form);
     judge("tiffcp -c none " + form + " base.tif,0 base.tif,1 out");
-    const SampleOrder order = TiffFile().sampleOrder(path);
-    EXPECT_EQ(order, form.ends_with("B") ? SampleOrder::BigEndian : SampleOrder::LittleEndian);
-    TiffFile().append(path, encodeUncompressed(last, order));
+    TiffFile().append(path, [&](SampleOrder order) {
+      EXPECT_EQ(order, form.ends_with("B") ? SampleOrder::BigEndian : SampleOrder::LittleEndian);
+      return encodeUncompressed(last, order);
+    });
     expectPages(3);
     judge("tiffcmp -t out base.tif");
   }
