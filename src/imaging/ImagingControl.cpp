@@ -112,7 +112,7 @@ void ImagingControl::SaveFile() {
   guarded(sourceFile_.empty() ? targetFile_ : sourceFile_, [&] {
     loaded();
     if (!saveMultiPage_ && targetIsSource()) {
-      saveOver(targetFile_);
+      saveOverSource();
     } else {
       saveTo(targetFile_);
     }
@@ -156,12 +156,15 @@ bool ImagingControl::targetIsSource() const {
          mdlFolderAndFile::fileSystem().IsSamePlace(sourceFile_, targetFile_);
 }
 
-// The source is only given up for a finished file with all that could be in it.
-void ImagingControl::saveOver(const std::wstring& source) {
-  const OutputFile old = OutputFile::openToReplace(source);
+// The source is only given up for a finished file with all that could be in it. It keeps the name
+// that it was loaded by, which can be another spelling of the target's: exfat-fuse breaks down when
+// a file that is open under one spelling is replaced under another.
+void ImagingControl::saveOverSource() {
+  const OutputFile old = OutputFile::openToReplace(sourceFile_);
   FileReplacement replacement(old.path());
   saveTo(replacement.temporaryPath());
-  if (page_->damage()) throw fileFailure(source, *page_->damage() + "; the file is not replaced");
+  if (page_->damage())
+    throw fileFailure(sourceFile_, *page_->damage() + "; the file is not replaced");
   replacement.commit();
 }
 

@@ -83,7 +83,7 @@ class ImagingControl final : public ImagingEngine {
   void logProfileLeftOut() const;
   void logEarlyEnd();
   void saveTo(const std::wstring& path);
-  void saveOver(const std::wstring& source);
+  void saveOverSource();
   bool targetIsSource() const;
 
   std::wstring sourceFile_;

@@ -70,7 +70,10 @@ bool PageCleanup::ImageDocProcess(const std::wstring& sImageFilePath,
       listProcessLog_.addItem(message);
       listProcessLog_.refresh();
       WriteBatchErrorLog(message, sBatchErrorLogPath);
-      mdlFolderAndFile::FileDelete(sProcessedImageFilePath);
+      // Where the pages were added to the source itself, it is not the clean-up's to delete.
+      if (!mdlFolderAndFile::fileSystem().IsSamePlace(sImageFilePath, sProcessedImageFilePath)) {
+        mdlFolderAndFile::FileDelete(sProcessedImageFilePath);
+      }
       return false;
     }
     return true;

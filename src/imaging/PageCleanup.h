@@ -17,8 +17,8 @@ class PageCleanup {
   /// Straightens, crops, turns and filters every page of `sImageFilePath` and adds it to the end of
   /// `sProcessedImageFilePath`, which keeps the pages that it already has.
   /// @return false after the first page that fails. One that cannot be saved takes the target with
-  ///   it and goes to the list and to `sBatchErrorLogPath`; any other failure leaves the pages
-  ///   saved so far and goes to the log and to `sBatchErrorLogPath`.
+  ///   it, unless that is the source, and goes to the list and to `sBatchErrorLogPath`; any other
+  ///   failure leaves the pages saved so far and goes to the log and to `sBatchErrorLogPath`.
   bool ImageDocProcess(const std::wstring& sImageFilePath,
                        const std::wstring& sProcessedImageFilePath,
                        const std::wstring& sBatchErrorLogPath);

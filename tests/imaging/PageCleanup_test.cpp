@@ -68,6 +68,9 @@ TEST_F(Cleanup, APageThatCannotBeSavedTakesTheTargetWithItAndNoOtherFailureDoes)
   EXPECT_EQ(list.lines, (Lines{unsaved, L"~"}));
   EXPECT_EQ(station.takeLog(), "Orvane成果导出:" + toUtf8(other) +
                                    "\nOrvane成果导出:mdlImageProcess-SaveImageEx2-broken\n");
+  station.shell("echo the only scan > out.tif; ln -s out.tif link");  // which is never deleted
+  EXPECT_FALSE(run(cleanup, station.path(L"link")));
+  EXPECT_EQ(station.read("out.tif"), "the only scan\n");
   WriteBatchErrorLog(L"x", station.path(L"absent\\err.log"));  // is no failure
 }
 

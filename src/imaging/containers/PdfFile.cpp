@@ -131,7 +131,7 @@ FileStamp writeOver(OutputFile& file, const PdfOutline& before, std::uint64_t si
     try {
       const std::string tail = before.tail();
       file.write(before.end, bytesOf(tail));
-    } catch (const Failure&) {
+    } catch (...) {
       // The first failure is the one to tell.
     }
     file.cutBack(size);

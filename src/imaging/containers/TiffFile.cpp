@@ -41,7 +41,7 @@ FileStamp writeBehind(OutputFile& file, const TiffPagePlan& page, TiffForm form,
   } catch (...) {
     try {
       file.write(lastLink, link(form, 0));
-    } catch (const Failure&) {
+    } catch (...) {
       // The first failure is the one to tell.
     }
     file.cutBack(size);

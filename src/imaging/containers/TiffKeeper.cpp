@@ -44,8 +44,9 @@ TiffKeeper::TiffKeeper(const TiffStructure& structure, std::span<const TiffDirec
     : structure_(structure), referencesLeft_(kMostReferences) {
   keep(0, structure.form().headerBytes());
   linkPages(pages);
-  numberPages(pages);
-  for (const TiffDirectoryPlace& page : pages) keepFields(page);
+  for (std::size_t i = 0; i < pages.size(); ++i) {
+    numberPage(keepFields(pages[i]), i, pages.size());
+  }
   keepSubdirectories();
   relocation_.arrange(structure.form().bigTiff ? 8 : 2);
 }
@@ -60,21 +61,9 @@ void TiffKeeper::linkPages(std::span<const TiffDirectoryPlace> pages) {
   addLink(link, 0);
 }
 
-// The second number of the field is that of all pages, or 0 where it is not known.
-void TiffKeeper::numberPages(std::span<const TiffDirectoryPlace> pages) {
-  for (std::size_t i = 0; i < pages.size(); ++i) {
-    const Entries entries = structure_.entries(pages[i]);
-    const TiffEntry* field = find(entries, tag::kPageNumber);
-    if (field == nullptr || !isOneOf(field->type, {TiffType::Short}) || field->count != 2) continue;
-    const bool knowsTotal = structure_.number(field->valueAt + 2, 2) != 0;
-    pageNumbers_.push_back({field->valueAt, static_cast<std::uint16_t>(i),
-                            static_cast<std::uint16_t>(knowsTotal ? pages.size() : 0)});
-  }
-}
-
-void TiffKeeper::keepFields(const TiffDirectoryPlace& place) {
+TiffKeeper::Entries TiffKeeper::keepFields(const TiffDirectoryPlace& place) {
   keep(place.offset, place.nextLink + structure_.form().offsetBytes() - place.offset);
-  const Entries entries = structure_.entries(place);
+  Entries entries = structure_.entries(place);
   for (const TiffEntry& entry : entries) {
     spend(1);
     if (entry.pointerAt == 0) continue;
@@ -91,6 +80,16 @@ void TiffKeeper::keepFields(const TiffDirectoryPlace& place) {
     if (leadsToDirectories(entry))
       std::ranges::copy(followedOffsets(entry), std::back_inserter(waitingDirectories_));
   }
+  return entries;
+}
+
+// The second number of the field is that of all pages, or 0 where it is not known.
+void TiffKeeper::numberPage(const Entries& entries, std::size_t number, std::size_t pages) {
+  const TiffEntry* field = find(entries, tag::kPageNumber);
+  if (field == nullptr || !isOneOf(field->type, {TiffType::Short}) || field->count != 2) return;
+  const bool knowsTotal = structure_.number(field->valueAt + 2, 2) != 0;
+  pageNumbers_.push_back({field->valueAt, static_cast<std::uint16_t>(number),
+                          static_cast<std::uint16_t>(knowsTotal ? pages : 0)});
 }
 
 void TiffKeeper::keepData(const Entries& entries, std::uint16_t offsetsTag,

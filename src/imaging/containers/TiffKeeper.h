@@ -41,8 +41,8 @@ class TiffKeeper {
   using Entries = std::vector<TiffEntry>;
 
   void linkPages(std::span<const TiffDirectoryPlace> pages);
-  void numberPages(std::span<const TiffDirectoryPlace> pages);
-  void keepFields(const TiffDirectoryPlace& place);
+  Entries keepFields(const TiffDirectoryPlace& place);
+  void numberPage(const Entries& entries, std::size_t number, std::size_t pages);
   void keepData(const Entries& entries, std::uint16_t offsetsTag, std::uint16_t sizesTag);
   void keepJpegTables(const Entries& entries, std::uint16_t tablesTag);
   void keepSubdirectories();
