@@ -12,7 +12,7 @@ LoadedPage::LoadedPage(const std::wstring& path, std::int32_t pageNumber)
       resolution_(file_->info().resolution),
       number_(pageNumber) {}
 
-LoadedPage::LoadedPage(Bitmap bitmap)
+LoadedPage::LoadedPage(Bitmap&& bitmap)
     : changed_(std::move(bitmap.pixels)),
       resolution_(bitmap.resolution),
       iccProfile_({std::move(bitmap.iccProfile), {}}) {}

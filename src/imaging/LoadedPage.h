@@ -21,7 +21,7 @@ class LoadedPage {
   /// A page of a file. Throws Failure as TiffPage does.
   LoadedPage(const std::wstring& path, std::int32_t pageNumber);
   /// A bitmap taken over from another instance.
-  explicit LoadedPage(Bitmap bitmap);
+  explicit LoadedPage(Bitmap&& bitmap);
 
   std::uint32_t width() const;
   std::uint32_t height() const;

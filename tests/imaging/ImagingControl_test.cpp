@@ -336,6 +336,13 @@ TEST_F(RealEngine, AProfileInAJpegStreamIsKeptToo) {
     EXPECT_THAT(station.takeLog(), HasSubstr("JPEG数据中的分段不完整"));
     station.shell("djpeg -icc now.icc page.jpg >p.pgm; test ! -s now.icc");
   }
+  const Bytes rgb = iccProfile("RGB ");
+  station.write("profile", {rgb.begin(), rgb.end()});
+  station.shell("convert -size 40x30 gradient:red-blue ppm:- | cjpeg -icc profile >stream");
+  station.write("page.tif", oldStyleJpegPage(40, 30, station.read("stream")));
+  engine.SourceFile(station.path(L"page.tif"));
+  save(kSaveJpeg, 0, L"page.jpg");
+  station.shell("djpeg -icc now.icc page.jpg >p.ppm && cmp now.icc profile");
 }
 
 // Some scanners promise more rows than they send. A cut is another matter.
