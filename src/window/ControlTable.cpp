@@ -37,8 +37,7 @@ constexpr ControlRow kControls[] = {
     {"txtSp1", "Frame41", Text, L"-", 1200, 315, 615, 285, 17},
     {"lblDoc", "Frame41", Label, L"档案（件）名称", 1920, 360, 1260, 195, 20},
     {"txtSp2", "Frame41", Text, L"-", 3240, 315, 615, 270, 18},
-    // txtLiuShui lies in the gap of the caption of lblPage.
-    {"lblPage", "Frame41", Label, L"页码（         位数）", 3960, 360, 1485, 195, 21},
+    {"lblPage", "Frame41", GapLabel, L"页码（         位数）", 3960, 360, 1485, 195, 21},
     {"txtLiuShui", "Frame41", Text, L"3", 4440, 315, 375, 285, 23},
 
     {"Frame5", "", Frame, L"文件夹结构", 120, 6480, 5895, 2175, 24},

@@ -11,12 +11,18 @@ enum class ControlKind {
   Option,
   Check,
   Label,
+  GapLabel,  ///< another control lies in the blanks of its caption
   Text,
   TallText,  ///< wraps what is too long for one line
   DropDown,
   Button,
   WrapButton,  ///< wraps its caption
 };
+
+/// Frames and labels only show.
+constexpr bool takesFocus(ControlKind kind) {
+  return kind != ControlKind::Frame && kind != ControlKind::Label && kind != ControlKind::GapLabel;
+}
 
 /// One control. Measures are twips, from the upper left corner of the control it lies inside.
 struct ControlRow {

@@ -78,10 +78,6 @@ void FormBinding::connectTexts() {
     QObject::connect(&control<QLineEdit>(window_, name), &QLineEdit::textChanged, &window_,
                      [this, box = box](const QString& text) { form_.setText(box, fromQt(text)); });
   }
-  auto& savePath = control<QPlainTextEdit>(window_, "txtSavePath");
-  QObject::connect(&savePath, &QPlainTextEdit::textChanged, &window_, [this, &savePath] {
-    form_.setText(TextBox::SavePath, fromQt(savePath.toPlainText()));
-  });
 }
 
 void FormBinding::show() {
@@ -111,7 +107,6 @@ void FormBinding::showTexts() {
     if (const QString text = toQt(form_.text(box)); edit.text() != text) edit.setText(text);
   }
   QPlainTextEdit& savePath = control<QPlainTextEdit>(window_, "txtSavePath");
-  const QSignalBlocker blocker(savePath);
   const QString text = toQt(form_.text(TextBox::SavePath));
   if (savePath.toPlainText() != text) savePath.setPlainText(text);
 }

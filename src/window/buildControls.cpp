@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "window/ControlTable.h"
+#include "window/GapLabel.h"
 #include "window/OptionFrame.h"
 #include "window/ProgressListBox.h"
 #include "window/WrapButton.h"
@@ -21,8 +22,7 @@
 namespace orvane {
 namespace {
 
-QWidget* makeLabel(const QString& caption, QWidget* parent) {
-  auto* label = new QLabel(caption, parent);
+QWidget* makeLabel(QLabel* label) {
   label->setTextFormat(Qt::PlainText);
   return label;
 }
@@ -32,6 +32,12 @@ QWidget* makeTallText(const QString& text, QWidget* parent) {
   box->setTabChangesFocus(true);
   box->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
   box->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  // A display: what is typed or dropped here would be no choice of a folder.
+  box->setReadOnly(true);
+  box->setAcceptDrops(false);
+  QPalette palette = box->palette();
+  palette.setColor(QPalette::Base, palette.color(QPalette::Window));
+  box->setPalette(palette);
   return box;
 }
 
@@ -47,7 +53,9 @@ QWidget* makeControl(ControlKind kind, const QString& caption, QWidget* parent) 
     case ControlKind::Check:
       return new QCheckBox(caption, parent);
     case ControlKind::Label:
-      return makeLabel(caption, parent);
+      return makeLabel(new QLabel(caption, parent));
+    case ControlKind::GapLabel:
+      return makeLabel(new GapLabel(caption, parent));
     case ControlKind::Text:
       return new QLineEdit(caption, parent);
     case ControlKind::TallText:
@@ -79,15 +87,16 @@ void decorate(QWidget& window) {
   setIcon("btnStop", stopIcon());
   setIcon("btnExit", exitIcon());
 
+  auto& label = control<GapLabel>(window, "lblPage");
+  label.setGapEnd(control<QWidget>(window, "txtLiuShui").geometry().right() + 3 - label.x());
+
   control<QWidget>(window, "Frame7").hide();
 }
 
 // Frames and labels have their places in the order too, but cannot have the focus.
 void setTabOrder(QWidget& window) {
   std::vector<ControlRow> rows;
-  std::ranges::copy_if(controlTable(), std::back_inserter(rows), [](const ControlRow& row) {
-    return row.kind != ControlKind::Frame && row.kind != ControlKind::Label;
-  });
+  std::ranges::copy_if(controlTable(), std::back_inserter(rows), takesFocus, &ControlRow::kind);
   std::ranges::sort(rows, {}, &ControlRow::tab);
   QWidget* before = nullptr;
   for (const ControlRow& row : rows) {

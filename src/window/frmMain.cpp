@@ -7,6 +7,8 @@
 
 #include "export/OutputNaming.h"
 #include "foundation/Failure.h"
+#include "foundation/WindowServices.h"
+#include "foundation/ansi_text.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 #include "settings/ExportSettingsFile.h"
@@ -20,6 +22,18 @@ namespace orvane {
 namespace {
 
 constexpr int kListHeightShort = 10;  // twips that the list is lower than the client area
+
+// data.ini would hold a "?" for what its code page does not have, and the next start find no
+// folder.
+void tellIfNotSaved(const std::wstring& SavePath) {
+  try {
+    toAnsiStrict(SavePath);
+  } catch (const Failure&) {
+    windowServices().showBox(L"data.ini 按 GBK 编码保存，存不下这个文件夹的名称：\r" + SavePath +
+                                 L"\r这一次可以照常导出，下次打开程序时要重新选择。",
+                             L"提醒", BoxIcon::None);
+  }
+}
 
 }  // namespace
 
@@ -113,6 +127,7 @@ void frmMain::btnExit_Click() {
 void frmMain::cmdSelectPath_Click() {
   form_.chooseSavePath(BrowseForFolder(this, L"成果输出文件夹", form_.text(TextBox::SavePath)));
   binding_->show();
+  tellIfNotSaved(form_.settings().SavePath);
 }
 
 void frmMain::ToolbarKey_Click(const ToolbarButton& Button) {

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <sys/eventfd.h>
 #include <unistd.h>
+#include <vector>
 
 #include "export/RunOutPutBatch.h"
 #include "foundation/kept_memory.h"
@@ -70,7 +71,12 @@ int main(int argc, char** argv) {
   const orvane::InstanceGuard guard(orvane::programFolder());
   if (guard.anotherRuns()) return EXIT_SUCCESS;
 
-  QApplication application(argc, argv);
+  // The desktop's theme would bring its colours, which may be made for light text on dark.
+  char option[] = "-platformtheme", theme[] = "generic";
+  std::vector<char*> arguments(argv, argv + argc);
+  arguments.insert(arguments.end(), {option, theme, nullptr});
+  int argumentCount = argc + 2;
+  QApplication application(argumentCount, arguments.data());
   orvane::fitToScreen(argv);
   orvane::applyAppearance();
   orvane::QtWindowServices services;

@@ -2,7 +2,9 @@
 
 #include <QDialog>
 #include <QDir>
+#include <QDropEvent>
 #include <QInputDialog>
+#include <QMimeData>
 #include <QTest>
 #include <QTimer>
 #include <QTreeWidget>
@@ -79,8 +81,21 @@ TEST_F(FrmMain, ClicksReachTheSettingsAndTheControlsThatDependOnThem) {
   EXPECT_EQ(window.settings().CompressionType, 1);
   EXPECT_TRUE(window.settings().IsCreateDocFolder);
   EXPECT_EQ(enabled(), "Run Exit 1 2 3 5 6 ");
-  find<QPlainTextEdit>("txtSavePath").setPlainText("/typed");
-  EXPECT_EQ(window.settings().SavePath, L"");
+}
+
+TEST_F(FrmMain, WhatIsTypedOrDroppedInTheFolderFieldIsTakenForNoChoice) {
+  auto& field = find<QPlainTextEdit>("txtSavePath");
+  QMimeData dropped;
+  dropped.setText("/dropped");
+  QTest::keyClicks(&field, "/typed");
+  QDragEnterEvent enter({5, 5}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+  QDropEvent drop({5, 5}, Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+  for (QEvent* event : std::initializer_list<QEvent*>{&enter, &drop}) {
+    QApplication::sendEvent(field.viewport(), event);
+  }
+  EXPECT_EQ(field.toPlainText().toStdString(), "");
+  EXPECT_EQ(field.palette().color(QPalette::Base), window.palette().color(QPalette::Window));
+  EXPECT_FALSE(field.acceptDrops()) << "the pointer would say so";
 }
 
 TEST_F(FrmMain, ARunLocksTheOptionsAndClearsTheListAndAFailureBringsTheWindowBack) {
@@ -144,9 +159,9 @@ TEST_F(FrmMain, EveryWayOfClosingSavesTheSettingsFirst) {
 }
 
 TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelEmptiesIt) {
-  folder.shell("mkdir -p 成果/旧 成果/.新");
+  folder.shell("mkdir -p 成果/旧 성과 成果/.新");
   QString opensAt = QDir::homePath();
-  for (const std::wstring name : {L"成果", L"成果\\旧", L"成果\\.新"}) {
+  for (const std::wstring name : {L"成果", L"성과", L"成果\\旧", L"成果\\.新"}) {
     const QString wanted = QString::fromStdString(nativePath(folder.path(name)).string());
     inChooser([&](QDialog& chooser) {
       auto& path = *chooser.findChild<QLineEdit*>();
@@ -157,6 +172,9 @@ TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelEmptiesIt) {
       buttonOf(chooser, "确定").click();
     });
     EXPECT_EQ(window.settings().SavePath, folder.path(name) + L"\\");
+    EXPECT_THAT(
+        services.takeBoxes(),
+        testing::MatchesRegex(name != L"성과" ? "" : "data.ini .*성과.*重新选择。 \\| 提醒\n"));
     opensAt = wanted;
   }
   folder.shell("rmdir 成果/.新");

@@ -3,6 +3,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
+#include <cmath>
 
 #include "Station.h"
 #include "window/OptionFrame.h"
@@ -13,9 +14,9 @@ namespace {
 
 class Layout : public Station {
  protected:
-  /// How many pixels of a control are as dark as text.
-  static int ink(QWidget& control) {
-    const QImage image = control.grab().toImage();
+  /// How many pixels of a control, or of a part of it, are as dark as text.
+  static int ink(QWidget& control, const QRect& part = {0, 0, -1, -1}) {
+    const QImage image = control.grab(part).toImage();
     int dark = 0;
     for (int y = 0; y < image.height(); ++y) {
       for (int x = 0; x < image.width(); ++x) dark += qGray(image.pixel(x, y)) < 120;
@@ -61,6 +62,34 @@ TEST_F(Layout, ControlsLieWhereTheyAreDesigned) {
   }
 }
 
+TEST_F(Layout, EveryTextStandsOutFromWhatItIsWrittenOn) {
+  const auto luminance = [](const QColor& colour) {
+    const auto linear = [](double part) {
+      return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+  };
+  const std::pair<QPalette::ColorRole, QPalette::ColorRole> texts[] = {
+      {QPalette::WindowText, QPalette::Window},        {QPalette::Text, QPalette::Base},
+      {QPalette::Text, QPalette::AlternateBase},       {QPalette::ButtonText, QPalette::Button},
+      {QPalette::PlaceholderText, QPalette::Base},     {QPalette::Link, QPalette::Base},
+      {QPalette::ToolTipText, QPalette::ToolTipBase},  {QPalette::LinkVisited, QPalette::Base},
+      {QPalette::HighlightedText, QPalette::Highlight}};
+  for (const auto* control : window.findChildren<QWidget*>()) {
+    for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+      for (const auto& [text, ground] : texts) {
+        SCOPED_TRACE(control->objectName().toStdString() + " " + std::to_string(group) + " " +
+                     std::to_string(text));
+        const double below = luminance(control->palette().color(group, ground));
+        const double written = luminance(control->palette().color(group, text));
+        EXPECT_GE((std::max(below, written) + 0.05) / (std::min(below, written) + 0.05), 4.5);
+        EXPECT_EQ(below > written, text != QPalette::HighlightedText) << "dark on light";
+      }
+    }
+  }
+}
+
 TEST_F(Layout, NoCaptionIsClipped) {
   window.show();
   for (auto* control : window.findChildren<QWidget*>()) {
@@ -97,14 +126,21 @@ TEST_F(Layout, NoCaptionIsClipped) {
   }
 }
 
-TEST_F(Layout, TheNumberOfDigitsLiesInTheGapOfItsLabel) {
-  QLabel& label = find<QLabel>("lblPage");
-  const QRect box = find("txtLiuShui").geometry();
-  const qsizetype gap = label.text().indexOf(' ');
-  const qsizetype behind = label.text().lastIndexOf(' ') + 1;
-  const QFontMetrics metrics = label.fontMetrics();
-  EXPECT_LE(label.x() + metrics.boundingRect(label.text().left(gap)).right(), box.left());
-  EXPECT_GE(label.x() + metrics.horizontalAdvance(label.text().left(behind)), box.right());
+TEST_F(Layout, TheNumberOfDigitsLiesInTheGapOfItsLabelInEveryFont) {
+  const QFont usual = QApplication::font();
+  for (const double wider : {0.0, -1.0}) {
+    QFont font = usual;
+    font.setLetterSpacing(QFont::AbsoluteSpacing, wider);
+    QApplication::setFont(font);
+    const frmMain shown{[](RunHost&) {}, [] {}};
+    auto& label = *shown.findChild<QLabel*>("lblPage");
+    const int whole = ink(label);
+    const QRect box = shown.findChild<QLineEdit*>("txtLiuShui")->geometry();
+    const QRect hidden = box.translated(-label.pos()) & label.rect();
+    EXPECT_EQ(ink(label, hidden), 0);
+    EXPECT_GT(ink(label, {0, 0, hidden.left(), label.height()}), whole / 3);
+  }
+  QApplication::setFont(usual);
 }
 
 TEST_F(Layout, TabGoesThroughTheControlsInTheirOrderAndStopsOnceInAGroup) {
