@@ -8,7 +8,10 @@ namespace orvane {
 /// controls inside. (The frame of the Fusion style begins below the caption.)
 class OptionFrame : public QGroupBox {
  public:
-  using QGroupBox::QGroupBox;
+  /// A screen reader gives a frame inside another one the outer caption, unless it is told.
+  OptionFrame(const QString& caption, QWidget* parent) : QGroupBox(caption, parent) {
+    setAccessibleName(caption);
+  }
 
   /// Where the caption lies.
   QRect captionRect() const;

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "window/AccessibleLines.h"
+
 namespace orvane {
 namespace {
 
@@ -21,6 +23,7 @@ ProgressListView::ProgressListView(QWidget* parent) : QAbstractItemView(parent) 
   setSelectionMode(ExtendedSelection);
   setEditTriggers(NoEditTriggers);
   setTextElideMode(Qt::ElideNone);
+  QAccessible::installFactory(accessibleLines);
 }
 
 void ProgressListView::addItem(std::wstring_view line) {
@@ -31,6 +34,7 @@ void ProgressListView::addItem(std::wstring_view line) {
   }
   updateScrollBars();
   viewport()->update();
+  tellOfLine(QAccessible::ObjectCreated, lines_.rowCount() - 1);
 }
 
 void ProgressListView::clear() {
@@ -112,6 +116,18 @@ void ProgressListView::paintEvent(QPaintEvent* event) {
     option.state.setFlag(QStyle::State_HasFocus, hasFocus() && index == currentIndex());
     itemDelegateForIndex(index)->paint(&painter, option, index);
   }
+}
+
+void ProgressListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+  QAbstractItemView::currentChanged(current, previous);
+  if (current.isValid() && hasFocus()) tellOfLine(QAccessible::Focus, current.row());
+}
+
+void ProgressListView::tellOfLine(QAccessible::Event event, int row) {
+  if (!QAccessible::isActive()) return;
+  QAccessibleEvent told(this, event);
+  told.setChild(row);
+  QAccessible::updateAccessibility(&told);
 }
 
 void ProgressListView::keyPressEvent(QKeyEvent* event) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractItemView>
+#include <QAccessible>
 
 #include "foundation/ProgressList.h"
 #include "window/LineModel.h"
@@ -30,6 +31,7 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   void resizeEvent(QResizeEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void updateGeometries() override;
+  void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
   QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
   int horizontalOffset() const override;
@@ -46,6 +48,8 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   int rowAt(int y) const;
   void updateScrollBars();
   void copySelectedLines() const;
+  /// Tells a screen reader of a line.
+  void tellOfLine(QAccessible::Event event, int row);
 
   LineModel lines_;
   int widestLine_ = 0;  ///< in pixels, for the horizontal scroll bar

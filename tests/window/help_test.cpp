@@ -1,5 +1,7 @@
 // What the window tells about itself: tool tips, keys, the preview of a name, its size on a screen.
 
+#include <QAccessible>
+#include <QGroupBox>
 #include <QHelpEvent>
 #include <QPushButton>
 #include <QTest>
@@ -24,6 +26,10 @@ class Help : public Station {
   static QKeySequence keyOf(const QWidget& control) {
     const QString tip = control.toolTip();
     return QKeySequence(tip.mid(tip.indexOf("Alt+")));
+  }
+  /// What a screen reader sees.
+  static QAccessibleInterface& seen(const QWidget& control) {
+    return *QAccessible::queryAccessibleInterface(&const_cast<QWidget&>(control));
   }
   void press(const QWidget& control) { QTest::keySequence(&window, keyOf(control)); }
 };
@@ -75,6 +81,40 @@ TEST_F(Help, EnterStartsARunAndEscapeDoesNothing) {
   QTest::keyClick(&text, Qt::Key_P, Qt::AltModifier);  // of PDF
   EXPECT_EQ(window.settings().SaveFileType, 0);
   EXPECT_EQ(text.text().toStdString(), "-");
+}
+
+TEST_F(Help, AScreenReaderSeesTheLinesAndEachFrameUnderItsOwnName) {
+  for (const auto* frame : window.findChildren<QGroupBox*>()) {
+    EXPECT_EQ(seen(*frame).text(QAccessible::Name), frame->title());
+  }
+  for (int line = 0; line < 9000; ++line) {
+    window.listProcessLog().addItem(L"第 " + std::to_wstring(line) + L" 行");
+  }
+  auto& list = dynamic_cast<ProgressListView&>(window.listProcessLog());
+  list.setFocus();
+  for (int i = 0; i < 3; ++i) QTest::keyClick(&list, Qt::Key_Down);
+  QAccessibleInterface& lines = seen(list);
+  EXPECT_EQ(lines.role(), QAccessible::List);
+  EXPECT_EQ(lines.text(QAccessible::Name).toStdString(), "导出进度");
+  EXPECT_EQ(lines.text(QAccessible::Description), find("listProcessLog").toolTip());
+  ASSERT_EQ(lines.childCount(), 9000);
+  for (int line = 0; line < 9000; ++line) {
+    ASSERT_EQ(lines.child(line)->text(QAccessible::Name), list.model()->index(line, 0).data());
+  }
+  QAccessibleInterface* const current = lines.focusChild();
+  ASSERT_NE(current, nullptr);
+  EXPECT_EQ(current, lines.child(2));
+  EXPECT_EQ(current->text(QAccessible::Name).toStdString(), "第 2 行");
+  EXPECT_EQ(current->parent(), &lines);
+  EXPECT_EQ(lines.indexOfChild(current), 2);
+  EXPECT_TRUE(current->state().focused && current->state().selected && !current->state().offscreen);
+  const QPoint middle = current->rect().center();
+  EXPECT_EQ(lines.childAt(middle.x(), middle.y()), current);
+  EXPECT_TRUE(lines.child(8999)->state().offscreen);
+  EXPECT_EQ(lines.child(9000), nullptr);
+  list.clear();
+  EXPECT_FALSE(current->isValid());
+  EXPECT_EQ(lines.childCount(), 0);
 }
 
 TEST_F(Help, TheNamingListTellsWhereThePageWillGo) {
