@@ -49,7 +49,8 @@ void setOption(QRadioButton& button, bool on, bool isTabStop) {
 
 }  // namespace
 
-FormBinding::FormBinding(QWidget& window, ExportForm& form) : window_(window), form_(form) {
+FormBinding::FormBinding(QWidget& window, ExportForm& form, std::function<void()> changed)
+    : window_(window), form_(form), changed_(std::move(changed)) {
   connectOptions();
   connectTexts();
 }
@@ -67,16 +68,25 @@ void FormBinding::connectOptions() {
   });
   for (const auto& [box, name] : kCheckBoxes) {
     QObject::connect(&control<QCheckBox>(window_, name), &QCheckBox::clicked, &window_,
-                     [this, box = box](bool checked) { form_.setChecked(box, checked); });
+                     [this, box = box](bool checked) {
+                       form_.setChecked(box, checked);
+                       changed_();
+                     });
   }
   QObject::connect(&control<QComboBox>(window_, "cboRenameType"), &QComboBox::activated, &window_,
-                   [this](int entry) { form_.selectRenameType(entry); });
+                   [this](int entry) {
+                     form_.selectRenameType(entry);
+                     changed_();
+                   });
 }
 
 void FormBinding::connectTexts() {
   for (const auto& [box, name] : kTextBoxes) {
     QObject::connect(&control<QLineEdit>(window_, name), &QLineEdit::textChanged, &window_,
-                     [this, box = box](const QString& text) { form_.setText(box, fromQt(text)); });
+                     [this, box = box](const QString& text) {
+                       form_.setText(box, fromQt(text));
+                       changed_();
+                     });
   }
 }
 
@@ -88,6 +98,7 @@ void FormBinding::show() {
     control<QWidget>(window_, QStringLiteral("Frame%1").arg(frame))
         .setEnabled(form_.isFrameEnabled(frame));
   }
+  changed_();
 }
 
 void FormBinding::showOptions() {

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <QObject>
-#include <QWidget>
+#include <QComboBox>
 #include <array>
 #include <string>
 
@@ -9,31 +8,32 @@
 
 namespace orvane {
 
-/// What is wrong with the names under the options as they stand: lines that begin with "⚠", each
-/// with a line end, where no pattern is selected or files can replace each other.
-std::wstring namingWarning(const ExportForm& form);
-
 /// The file that page 2 of a sample document would become under the options as they stand, found
-/// by the naming functions of the export itself, and the warning.
+/// by the naming functions of the export itself. Lines that begin with "⚠" follow, each with a line
+/// end, where no pattern is selected or files can replace each other.
 std::wstring namingPreview(const ExportForm& form);
 
-/// Puts the preview into the tool tip of `cboRenameType`, and the warning into that of `btnRun`,
-/// each time that it is asked for.
-class NamingPreview : public QObject {
+/// The name of that file under another pattern, with "⚠" behind it where files can replace each
+/// other; empty when the options give none.
+std::wstring exampleName(const ExportForm& form, const std::wstring& pattern);
+
+/// Shows the preview in front of the tool tips of `cboRenameType` and `btnRun`, where a screen
+/// reader finds it too, and the example names in the opened list.
+class NamingPreview {
  public:
   /// All must outlive the preview.
-  NamingPreview(QWidget& cboRenameType, QWidget& btnRun, const ExportForm& form);
+  NamingPreview(QComboBox& cboRenameType, QWidget& btnRun, const ExportForm& form);
 
- protected:
-  bool eventFilter(QObject* watched, QEvent* event) override;
+  /// To be called after every change of the form.
+  void update();
 
  private:
   struct Tip {
     QWidget* control;
-    std::wstring (*front)(const ExportForm&);  ///< what the options make of it
-    QString constant;
+    QString constant;  ///< what does not depend on the options
   };
 
+  QComboBox& cboRenameType_;
   const ExportForm& form_;
   std::array<Tip, 2> tips_;
 };

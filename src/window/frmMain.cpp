@@ -44,9 +44,9 @@ frmMain::frmMain(std::function<void(RunHost&)> run, std::function<void()> endPro
   buildControls(*this);
   addControlHelp(*this);
   listProcessLog_ = &control<ProgressListBox>(*this, "listProcessLog");
-  binding_ = std::make_unique<FormBinding>(*this, form_);
   namingPreview_ = std::make_unique<NamingPreview>(control<QComboBox>(*this, "cboRenameType"),
                                                    control<QPushButton>(*this, "btnRun"), form_);
+  binding_ = std::make_unique<FormBinding>(*this, form_, [this] { namingPreview_->update(); });
   connectButtons();
   openInTheCentre();
   Form_Load();

@@ -77,8 +77,8 @@ class frmMain : public QWidget, public RunHost, public FormOperations {
 
   ExportForm form_;
   ProgressListBox* listProcessLog_ = nullptr;
-  std::unique_ptr<FormBinding> binding_;
   std::unique_ptr<NamingPreview> namingPreview_;
+  std::unique_ptr<FormBinding> binding_;
 };
 
 }  // namespace orvane

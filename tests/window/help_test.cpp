@@ -117,23 +117,43 @@ TEST_F(Help, AScreenReaderSeesTheLinesAndEachFrameUnderItsOwnName) {
   EXPECT_EQ(lines.childCount(), 0);
 }
 
-TEST_F(Help, TheNamingListTellsWhereThePageWillGo) {
-  const auto tipOf = [&](const char* name) {
-    QWidget& control = find(name);
-    QHelpEvent asked(QEvent::ToolTip, {1, 1}, control.mapToGlobal(QPoint(1, 1)));
-    QApplication::sendEvent(&control, &asked);
-    return control.toolTip().toStdString();
+TEST_F(Help, TheNamingListAndTheRunButtonTellAtOnceWhatTheOptionsMakeOfAName) {
+  QComboBox& names = find<QComboBox>("cboRenameType");
+  const auto told = [&](const char* name) {
+    return seen(find(name)).text(QAccessible::Description).toStdString();
   };
+  const auto examples = [&] {
+    std::string all;
+    for (int i = 0; i < names.count(); ++i) {
+      all += names.itemData(i, Qt::AccessibleTextRole).toString().toStdString() + "\n";
+    }
+    return all;
+  };
+  const std::string none = "还没有选择成果输出文件夹。\n", runs = "从最早的一批开始";
   const std::string warning = "⚠ 会互相覆盖，都存为 0001001.tif：\n";  // the documents' names alone
-  for (int asked = 0; asked < 2; ++asked) {
-    EXPECT_THAT(tipOf("cboRenameType"),
-                testing::StartsWith("还没有选择成果输出文件夹。\n" + warning));
-    EXPECT_THAT(tipOf("btnRun"), testing::AllOf(testing::StartsWith(warning),
-                                                testing::HasSubstr("。\n从最早的一批开始")));
-  }
-  find<QComboBox>("cboRenameType").setCurrentIndex(4);
+  EXPECT_THAT(told("cboRenameType"), testing::StartsWith(none + warning));
+  EXPECT_THAT(told("btnRun"), testing::AllOf(testing::StartsWith(none + warning),
+                                             testing::HasSubstr("。\n" + runs)));
   click("chkCreateBatchFolder");
-  EXPECT_THAT(tipOf("btnRun"), testing::StartsWith("从最早的一批开始"));
+  find<QLineEdit>("txtSp2").setText("_");
+  EXPECT_EQ(examples(),
+            "档案（件）名称：0003002.tif\n页码：002.tif ⚠\n档案（件）名称 + 页码：0003_002.tif\n"
+            "档案名称 + 档案（件）名称：2024-0001-0003002.tif\n"
+            "档案名称 + 档案（件）名称 + 页码：2024-0001-0003_002.tif\n");
+  find<QLineEdit>("txtLiuShui").setText("1");
+  EXPECT_THAT(examples(), testing::HasSubstr("\n档案（件）名称 + 页码：0003_2.tif\n"));
+  names.setCurrentIndex(2);
+  emit names.activated(2);
+  EXPECT_THAT(told("btnRun"), testing::StartsWith(none + runs));
+  click("optSaveFileType_2");
+  click("optMutiPage_1");
+  EXPECT_EQ(examples(),
+            "档案（件）名称：0003.pdf\n档案名称 + 档案（件）名称：2024-0001-0003.pdf\n");
+  EXPECT_THAT(told("btnRun"), testing::StartsWith(none + "⚠ 还没有选择命名"));
+  QAccessibleInterface& list = seen(*names.view());
+  ASSERT_EQ(list.childCount(), 2);
+  EXPECT_EQ(list.child(0)->text(QAccessible::Name).toStdString(), "档案（件）名称：0003.pdf");
+  EXPECT_EQ(names.itemText(0).toStdString(), "档案（件）名称");
 
   ExportForm form;
   form.chooseSavePath(L"\\home\\成果");
