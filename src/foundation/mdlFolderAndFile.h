@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <deque>
 #include <memory>
 #include <string>
 
@@ -61,6 +63,32 @@ std::wstring FileExtension(const std::wstring& sPath);
 /// outward.
 void LogWrite(const std::wstring& sMessage, const std::wstring& sSource, bool bShowBox = false,
               const std::wstring& sLogFile = {});
+
+/// Collects the messages that `LogWrite` is given while it lives, so that the operator can be told
+/// the reason of a failure where it shows. It keeps the last few. One within another takes the
+/// messages of its own life to itself.
+class LogCapture {
+ public:
+  LogCapture();
+  ~LogCapture();
+  LogCapture(const LogCapture&) = delete;
+  LogCapture& operator=(const LogCapture&) = delete;
+
+  void add(const std::wstring& message);
+  /// The messages, oldest first, joined by line ends.
+  std::wstring text() const;
+
+ private:
+  LogCapture* outer_;
+  std::deque<std::wstring> messages_;
+};
+
+/// The log file of the day, a path text; it need not exist.
+std::wstring logFileOfToday();
+
+/// The last entries of a log, up to `most` bytes of the file, with `\n` as line end and without the
+/// empty lines. Throws Failure when it cannot be read.
+std::wstring readLog(const std::wstring& sLogFile, std::size_t most);
 
 }  // namespace mdlFolderAndFile
 }  // namespace orvane

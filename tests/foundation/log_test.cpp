@@ -1,5 +1,6 @@
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <regex>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -46,6 +47,35 @@ TEST(Log, ANamedFileIsAppendedToAndABoxShownWhateverHappensToTheFile) {
   setProgramFolder(std::wstring(L"\0", 1));  // no path of any platform
   LogWrite(L"again", L"source", true);
   EXPECT_EQ(window.takeBoxes(), "m | s | !\nmessage | source | !\nagain | source | !\n");
+}
+
+TEST(Log, TheLastMessagesAreCollectedForWhoeverTellsTheFailure) {
+  const TempStation station;
+  LogWrite(L"before", L"s");
+  const mdlFolderAndFile::LogCapture outer;
+  for (const wchar_t* message : {L"1", L"2", L"3", L"4", L"5\r6", L"7", L"8"})
+    LogWrite(message, L"s");
+  {
+    const mdlFolderAndFile::LogCapture inner;
+    EXPECT_EQ(inner.text(), L"");
+    station.shell("rm -r Log; touch Log");  // what cannot be written is collected too
+    LogWrite(L"inner", L"s");
+    EXPECT_EQ(inner.text(), L"inner");
+  }
+  LogWrite(L"9", L"s");
+  EXPECT_EQ(outer.text(), L"3\n4\n5 6\n7\n8\n9");
+}
+
+TEST(Log, TheEndOfTheDaysFileIsReadInWholeEntries) {
+  const TempStation station;
+  for (const wchar_t* message : {L"第一", L"第二", L"第三"}) LogWrite(message, L"s");
+  const std::wstring file = mdlFolderAndFile::logFileOfToday();
+  const auto stamps = std::regex("[0-9-]{10} [0-9:]{8} Orvane成果导出 - ");
+  for (const auto& [most, text] :
+       {std::pair{4096, "s:第一\ns:第二\ns:第三\n"}, {90, "s:第三\n"}, {3, ""}, {0, ""}}) {
+    EXPECT_EQ(std::regex_replace(toUtf8(mdlFolderAndFile::readLog(file, most)), stamps, ""), text);
+  }
+  EXPECT_ANY_THROW(mdlFolderAndFile::readLog(station.path(L"Log"), 9));
 }
 
 TEST(Log, EntriesOfTwoProgramsDoNotMix) {
