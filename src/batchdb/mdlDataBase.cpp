@@ -1,11 +1,13 @@
 #include "batchdb/mdlDataBase.h"
 
+#include <chrono>
 #include <exception>
 #include <utility>
 
 #include "batchdb/SqliteStore.h"
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
+#include "foundation/numbers.h"
 #include "foundation/program.h"
 
 namespace orvane {
@@ -20,6 +22,10 @@ std::function<bool()> stopTest;  // of the run that is going on
 
 bool isStopRequested() {
   return stopTest && stopTest();
+}
+
+std::wstring databaseFile() {
+  return programFolder() + L"\\Orvane.dll";
 }
 
 void makeConnectionIfAbsent() {
@@ -55,7 +61,7 @@ bool EnsureConnection(bool bRetrying) {
 bool OpenConnection() {
   try {
     makeConnectionIfAbsent();
-    gConnection->open(programFolder() + L"\\Orvane.dll");
+    gConnection->open(databaseFile());
     return true;
   } catch (const std::exception& failure) {
     return failInLog(L"OpenConnection Err:", failure, true);
@@ -94,6 +100,37 @@ bool AddBatchRemark(const std::wstring& sBatchID, const std::wstring& sRemark) {
     return true;
   } catch (const std::exception& failure) {
     return failInLog(L"AddBatchRemark :", failure, false);
+  }
+}
+
+std::optional<WaitingBatches> waitingBatches() {
+  constexpr std::chrono::milliseconds none(0);
+  try {
+    SqliteStore store({.longest = none, .longestAfterStop = none, .isStopRequested = {}});
+    store.open(databaseFile());
+    Recordset sums;
+    sums.Open(&store,
+              L"select count(*) as Batches, sum(PaperNum+0) as Pages,"
+              L" sum(case when PaperNum+0 between 1 and 32767 then 0 else 1 end) as Unknown"
+              L" from T_BatchInfo where BatchState='完成扫描'",
+              true);
+    const auto number = [&](const wchar_t* name) {
+      const Field& field = sums.Fields(name);
+      return field.isNull() ? 0 : static_cast<std::int64_t>(numericPrefix(field.text()));
+    };
+    WaitingBatches waiting{.count = number(L"Batches"), .pages = {}};
+    if (number(L"Unknown") == 0) waiting.pages = number(L"Pages");
+    return waiting;
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
+
+bool isDatabaseMissing() {
+  try {
+    return !mdlFolderAndFile::fileSystem().FileExists(databaseFile());
+  } catch (const std::exception&) {
+    return false;
   }
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "batchdb/BatchStore.h"
@@ -12,6 +14,12 @@ namespace orvane {
 /// The program's one connection to `Orvane.dll`, the batch database beside the program. It comes
 /// into being at first use and is never closed explicitly: it is replaced or dies with the process.
 extern std::unique_ptr<BatchStore> gConnection;
+
+/// The batches that wait for their export.
+struct WaitingBatches {
+  std::int64_t count = 0;
+  std::optional<std::int64_t> pages;  ///< the sum of `PaperNum`; none unless each is 1 to 32767
+};
 
 /// The statements on the batch table. None throws: a failure is logged and gives false.
 namespace mdlDataBase {
@@ -34,6 +42,13 @@ bool UpdateBatchInfo(const std::wstring& sBatchID, const std::wstring& sBatchSta
 /// Sets the remark of a batch; one that it has already is not written again. True when the
 /// statement ran, also when no row has that ID.
 bool AddBatchRemark(const std::wstring& sBatchID, const std::wstring& sRemark);
+
+/// What waits now, for a report to the operator. It has a connection of its own, so it may be asked
+/// for while a statement waits. It waits for no lock and tells no failure: then there is none.
+std::optional<WaitingBatches> waitingBatches();
+
+/// True when the database file is certainly not there.
+bool isDatabaseMissing();
 
 /// While it lives, a stop that is asked for ends the wait of a statement for a lock of another
 /// program, and the statement fails. One at a time.

@@ -134,6 +134,7 @@ TEST_F(BatchDatabase, ALockIsWaitedForWithTheWindowAliveUntilItIsFreeOrTheOperat
       scanningStation.execute(L"begin exclusive");
       window.yields = 0;
       window.onYield = [&] {
+        EXPECT_FALSE(waitingBatches());  // does not wait itself, nor disturb the one who does
         if (window.yields == wait.freeAt) scanningStation.execute(L"commit");
         if (window.yields == wait.stopAt) stop = true;
       };
@@ -144,6 +145,29 @@ TEST_F(BatchDatabase, ALockIsWaitedForWithTheWindowAliveUntilItIsFreeOrTheOperat
       EXPECT_EQ(log.find(prefix + "database is locked") != log.npos, wait.freeAt < 0) << log;
     }
   }
+}
+
+TEST_F(BatchDatabase, TellsWhatWaitsWithItsPagesWhereTheTableNamesThemAllAndNoFailure) {
+  EXPECT_FALSE(waitingBatches());
+  EXPECT_TRUE(isDatabaseMissing());
+  station.shell("sqlite3 Orvane.dll 'create table Other (x)'");
+  EXPECT_FALSE(waitingBatches() || isDatabaseMissing());
+  const std::string row = "('B','完成扫描','2022-04-12',", end = ",null)";
+  const std::pair<std::string, std::optional<std::int64_t>> cases[] = {
+      {"30000", 60000}, {"'30000'", 60000}, {"0", {}},  {"-1", {}},
+      {"32768", {}},    {"null", {}},       {"'x'", {}}};
+  for (const auto& [PaperNum, pages] : cases) {
+    SCOPED_TRACE(PaperNum);
+    makeDatabase("('B0','扫描中','2022-04-10',3,null)," + row + "30000" + end + "," + row +
+                 PaperNum + end);
+    const auto waiting = waitingBatches();
+    ASSERT_TRUE(waiting);
+    EXPECT_EQ(waiting->count, 2);
+    EXPECT_EQ(waiting->pages, pages ? pages : std::nullopt);
+  }
+  makeDatabase("('B0','扫描中','2022-04-10',3,null)");
+  EXPECT_EQ(waitingBatches()->count, 0);
+  expectTold({});
 }
 
 TEST_F(BatchDatabase, ARemarkThatIsThereAlreadyIsNotWrittenAgain) {
