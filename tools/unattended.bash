@@ -28,7 +28,7 @@ fail() {
   fi
   [ ! -s "$scratch/program.log" ] || sed 's/^/  program: /' "$scratch/program.log" >&2
   local log
-  for log in "$station"/Log/*; do
+  for log in "$station"/Log/*.log; do
     [ ! -f "$log" ] || iconv -c -f CP936 -t UTF-8 "$log" | sed 's/^/  log: /' >&2
   done
   exit 1

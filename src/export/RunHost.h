@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "export/RunProgress.h"
 #include "foundation/ProgressList.h"
 #include "imaging/ImagingInstances.h"
 #include "settings/ExportSettings.h"
@@ -25,6 +26,9 @@ class RunHost {
 
   virtual ImagingInstances imaging() = 0;
   virtual ProgressList& listProcessLog() = 0;
+
+  /// Where the run stands, as it tells itself.
+  virtual RunProgress& progress() = 0;
 
   /// True once a stop or the end of the work was asked for.
   virtual bool IsStopRequested() const = 0;

@@ -42,7 +42,8 @@ void handleAnswer(RunHost& frmMain, const Recordset& record, Run& run) {
   exportBatch(frmMain, record, run);
 }
 
-// Every pass asks the table anew: a batch that failed is the oldest one again.
+// Every pass asks the table again: a batch that failed is the oldest one again. A database that is
+// not there will not come back while boxes are closed; other failures may pass.
 void runPasses(RunHost& frmMain, Run& run) {
   const mdlDataBase::StopEndsLockWait stopEndsLockWait([&] { return frmMain.IsStopRequested(); });
   Recordset record;
@@ -52,7 +53,7 @@ void runPasses(RunHost& frmMain, Run& run) {
       failedOpens = 0;
       handleAnswer(frmMain, record, run);
     } else {
-      ++failedOpens;
+      failedOpens = mdlDataBase::isDatabaseMissing() ? kFailedOpensToEnd : failedOpens + 1;
       for (int i = 0; i < 3; ++i) windowServices().yield();
     }
     windowServices().yield();
@@ -69,12 +70,16 @@ void RunOutPutBatch(RunHost& frmMain) {
     running = true;
     frmMain.setIsStopRequested(false);
     showRunning(frmMain, true);
+    frmMain.progress().beginRun();
     runPasses(frmMain, run);
+    run.report.endRun();
   } catch (const std::exception& failure) {
     mdlFolderAndFile::LogWrite(L"RunOutPutBatch Err:" + description(failure),
                                std::wstring(kApplicationTitle) + L"[mdlDataBase]", true);
   }
-  if (running) showRunning(frmMain, false);
+  if (!running) return;
+  frmMain.progress().endRun();
+  showRunning(frmMain, false);
 }
 
 }  // namespace orvane

@@ -38,7 +38,9 @@ bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingE
                     const std::wstring& DocumentID, std::int16_t SaveFileType, bool IsPageFile,
                     std::int16_t CompressionType, std::int16_t CompressionRatios,
                     const std::wstring& SavePath, const std::wstring& SubFolderType,
-                    const std::wstring& NewDocumentID, WrittenFiles* written) {
+                    const std::wstring& NewDocumentID, ExportListener* listener) {
+  ExportListener nobody;
+  ExportListener& told = listener != nullptr ? *listener : nobody;
   std::wstring multiPageFile;  // set while it is known to be safe to write and to delete
   try {
     clearAfterError(ImgPageCount);
@@ -53,6 +55,7 @@ bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingE
     const PageSaver savePage = pageSaver(SaveFileType, IsPageFile);
     const int pageCount = document.PageCount();
     for (int index = 1; index <= pageCount; ++index) {
+      told.beginPage(index, pageCount);
       const auto page = static_cast<std::int16_t>(index);
       const std::wstring target =
           IsPageFile ? pageFilePath(SavePath, NewDocumentID, page, SubFolderType, SaveFileType)
@@ -62,7 +65,7 @@ bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingE
       const std::optional<FileIdentity> older = guard.check(target);
       if (!IsPageFile) multiPageFile = target;
       if (append && !older) throw systemFailure(ENOENT, target);  // and its first pages with it
-      if (written != nullptr && older && !append) written->replace(*older, target);
+      if (older && !append) told.replace(*older, target);
       const std::wstring source = GetPagePath(document.DocName(), document.GetPage(page));
       if (!savePage(ImgControl, source, 1, target, CompressionType == 0, CompressionRatios,
                     append)) {
@@ -74,7 +77,8 @@ bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingE
                    std::to_wstring(index));
         return false;
       }
-      if (written != nullptr && (IsPageFile || index == pageCount)) written->addFile(target);
+      if (IsPageFile || index == pageCount) told.addFile(target, IsPageFile ? 1 : pageCount);
+      told.endPage();
       windowServices().yield();
     }
     return true;

@@ -3,10 +3,27 @@
 #include <cstdint>
 #include <string>
 
-#include "export/WrittenFiles.h"
+#include "export/ScanTreeGuard.h"
 #include "imaging/ImagingEngine.h"
 
-namespace orvane::mdlDocumentHelper {
+namespace orvane {
+
+/// Follows a document on its way out.
+class ExportListener {
+ public:
+  virtual ~ExportListener() = default;
+
+  /// Page `page` of `pageCount`, from 1, is about to be written.
+  virtual void beginPage(int /*page*/, int /*pageCount*/) {}
+  /// `older` stands under the name of a new file, which is about to replace it.
+  virtual void replace(const FileIdentity& /*older*/, const std::wstring& /*path*/) {}
+  /// A file is there as a whole, with so many pages in it. May throw, and so fail the document.
+  virtual void addFile(const std::wstring& /*file*/, int /*pages*/) {}
+  /// The page has been written.
+  virtual void endPage() {}
+};
+
+namespace mdlDocumentHelper {
 
 /// Exports one document of the current batch (`gBatchFolder`) to one folder, as one file a page or
 /// as one multi-page file. Older files of the same names are replaced. A failure ends the export,
@@ -24,12 +41,13 @@ namespace orvane::mdlDocumentHelper {
 /// @param SavePath  the output folder, with or without a final `\`; created when missing.
 /// @param SubFolderType  the mask of the page number.
 /// @param NewDocumentID  the front of the output names; may be empty.
-/// @param written  where the written files are noted; may be null.
+/// @param listener  is told of each step; may be null.
 /// @return true when every page was written, also when there is none.
 bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingEngine& ImgPageCount,
                     const std::wstring& DocumentID, std::int16_t SaveFileType, bool IsPageFile,
                     std::int16_t CompressionType, std::int16_t CompressionRatios,
                     const std::wstring& SavePath, const std::wstring& SubFolderType,
-                    const std::wstring& NewDocumentID, WrittenFiles* written = nullptr);
+                    const std::wstring& NewDocumentID, ExportListener* listener = nullptr);
 
-}  // namespace orvane::mdlDocumentHelper
+}  // namespace mdlDocumentHelper
+}  // namespace orvane

@@ -139,15 +139,16 @@ void ScansOfBatch::requireDeletable(const std::wstring& folder) const {
   }
 }
 
-void deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID,
+bool deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID,
                              const ScansOfBatch& scans) {
   try {
     if (!isFolderName(BatchID)) throw Failure(L"批次名不能作文件夹名，不删除：" + BatchID);
     const std::wstring folder = batchOutputFolder(SavePath, true, BatchID);
     scans.requireDeletable(folder);
-    mdlFolderAndFile::FolderDelete(folder);
+    return mdlFolderAndFile::FolderDelete(folder);
   } catch (const std::exception& failure) {
     mdlFolderAndFile::LogWrite(L"RunOutPutBatch-" + description(failure), kApplicationTitle);
+    return false;
   }
 }
 

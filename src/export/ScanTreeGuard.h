@@ -80,8 +80,8 @@ class ScansOfBatch {
 
 /// Deletes `SavePath\BatchID` with all it holds, after a document of the current batch has failed.
 /// A folder that `scans` does not let go stays, with a log line that says so. A failure of the
-/// delete itself is silent.
-void deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID,
+/// delete itself is silent. True when the folder was there and has gone.
+bool deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID,
                              const ScansOfBatch& scans);
 
 }  // namespace orvane

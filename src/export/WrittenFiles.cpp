@@ -60,7 +60,7 @@ void WrittenFiles::beginBatch(const std::wstring& BatchID) {
   }
 }
 
-void WrittenFiles::addFile(const std::wstring& file) {
+std::uint64_t WrittenFiles::addFile(const std::wstring& file) {
   const struct stat status = statusOf(file);
   Disk& disk = diskOf(status.st_dev, file);
   if (!disk.knowsLetterCase) disk.knowsLetterCase = diskKnowsLetterCase(file, status);
@@ -70,6 +70,7 @@ void WrittenFiles::addFile(const std::wstring& file) {
   namesOfPass_.insert(nameOf(nativePath(file)));
   if (disk.syncsFilesOnly) disk.files.insert(file);
   disk.addFolder(pathText(nativePath(file).parent_path()));
+  return static_cast<std::uint64_t>(status.st_size);
 }
 
 void WrittenFiles::addFolder(const std::wstring& folder) {

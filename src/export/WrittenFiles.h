@@ -42,8 +42,9 @@ class WrittenFiles {
   /// Notes that the batch is about to write to `path`, and `older` stands there.
   void replace(const FileIdentity& older, const std::wstring& path);
 
-  /// Notes a file that the batch has just written. Throws Failure when it is not there.
-  void addFile(const std::wstring& file);
+  /// Notes a file that the batch has just written; its size in bytes. Throws Failure when it is not
+  /// there.
+  std::uint64_t addFile(const std::wstring& file);
 
   /// Notes a folder that holds what the batch wrote. Throws Failure when it is not there.
   void addFolder(const std::wstring& folder);

@@ -12,6 +12,10 @@ class ProgressList {
   /// Adds a line at the end.
   virtual void addItem(std::wstring_view line) = 0;
 
+  /// Adds a line at the end that tells a failure, and why it failed: a few lines of text for whoever
+  /// asks, or none.
+  virtual void addFailure(std::wstring_view line, std::wstring_view reason) = 0;
+
   /// Removes all lines.
   virtual void clear() = 0;
 

@@ -1,11 +1,20 @@
 #include "window/LineModel.h"
 
-namespace orvane {
+#include "window/qt_text.h"
 
-bool LineModel::add(std::wstring_view line) {
+namespace orvane {
+namespace {
+
+QString fromStore(std::string_view text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+}  // namespace
+
+bool LineModel::add(std::wstring_view line, std::wstring_view reason) {
   const int row = rowCount();
   beginInsertRows({}, row, row);
-  const bool isNew = lines_.add(line);
+  const bool isNew = lines_.add(line, reason);
   endInsertRows();
   return isNew;
 }
@@ -17,8 +26,11 @@ void LineModel::clear() {
 }
 
 QString LineModel::line(int row) const {
-  const std::string_view text = lines_.line(static_cast<std::size_t>(row));
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+  return fromStore(lines_.line(static_cast<std::size_t>(row)));
+}
+
+QString LineModel::reason(int row) const {
+  return fromStore(lines_.reason(static_cast<std::size_t>(row)));
 }
 
 int LineModel::rowCount(const QModelIndex& parent) const {
@@ -26,8 +38,17 @@ int LineModel::rowCount(const QModelIndex& parent) const {
 }
 
 QVariant LineModel::data(const QModelIndex& index, int role) const {
-  if (!index.isValid() || role != Qt::DisplayRole) return {};
-  return line(index.row());
+  if (!index.isValid()) return {};
+  switch (role) {
+    case Qt::DisplayRole:
+      return line(index.row());
+    case Qt::ToolTipRole:
+      return wrappedTip(reason(index.row()));
+    case Qt::AccessibleDescriptionRole:
+      return reason(index.row());
+    default:
+      return {};
+  }
 }
 
 }  // namespace orvane

@@ -3,11 +3,21 @@
 #include "foundation/utf8_text.h"
 
 namespace orvane {
+namespace {
+
+constexpr std::size_t kLongestReason = 2000;
+constexpr std::size_t kMostBytesWithReasons = 16U << 20;
+constexpr char kBeforeReason = '\xFF';  // which is in no UTF-8
+
+}  // namespace
 
 LineStore::LineStore() : numbers_(0, ByText{this}, ByText{this}) {}
 
-bool LineStore::add(std::wstring_view line) {
-  const std::string text = toUtf8(line);
+bool LineStore::add(std::wstring_view line, std::wstring_view reason) {
+  std::string text = toUtf8(line);
+  if (!reason.empty() && bytes_.size() < kMostBytesWithReasons) {
+    text += kBeforeReason + toUtf8(reason.substr(0, kLongestReason));
+  }
   if (const auto known = numbers_.find(std::string_view(text)); known != numbers_.end()) {
     lines_.push_back(*known);
     return false;
@@ -25,6 +35,17 @@ void LineStore::clear() {
   lines_ = {};
   starts_ = {};
   bytes_ = {};
+}
+
+std::string_view LineStore::line(std::size_t row) const {
+  const std::string_view whole = text(lines_.at(row));
+  return whole.substr(0, whole.find(kBeforeReason));
+}
+
+std::string_view LineStore::reason(std::size_t row) const {
+  const std::string_view whole = text(lines_.at(row));
+  const std::size_t end = whole.find(kBeforeReason);
+  return end == whole.npos ? std::string_view() : whole.substr(end + 1);
 }
 
 std::string_view LineStore::text(TextNumber number) const {

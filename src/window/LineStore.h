@@ -10,19 +10,23 @@ namespace orvane {
 
 /// The lines of the progress list. A batch that cannot be exported repeats the same few lines all
 /// night, so each text is kept once, in UTF-8, and a line is only the 32-bit number of its text.
+/// The reason that goes with a line is part of that text. Reasons that are all different could
+/// still fill the memory: each is cut to 2000 characters, and past 16 MiB of texts none is kept.
 class LineStore {
  public:
   LineStore();
   LineStore(const LineStore&) = delete;
   LineStore& operator=(const LineStore&) = delete;
 
-  /// Adds a line at the end. True when its text is new to the store.
-  bool add(std::wstring_view line);
+  /// Adds a line at the end, with a reason or none. True when they are new to the store.
+  bool add(std::wstring_view line, std::wstring_view reason = {});
   void clear();
 
   std::size_t size() const { return lines_.size(); }
   /// The text of a line in UTF-8, valid until the next change.
-  std::string_view line(std::size_t row) const { return text(lines_.at(row)); }
+  std::string_view line(std::size_t row) const;
+  /// The reason of a line in UTF-8, valid until the next change; empty when it has none.
+  std::string_view reason(std::size_t row) const;
 
  private:
   using TextNumber = std::uint32_t;

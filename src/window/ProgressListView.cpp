@@ -2,9 +2,13 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QContextMenuEvent>
+#include <QHelpEvent>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
+#include <QToolTip>
 #include <algorithm>
 #include <cmath>
 
@@ -26,8 +30,8 @@ ProgressListView::ProgressListView(QWidget* parent) : QAbstractItemView(parent) 
   QAccessible::installFactory(accessibleLines);
 }
 
-void ProgressListView::addItem(std::wstring_view line) {
-  if (lines_.add(line)) {
+void ProgressListView::addFailure(std::wstring_view line, std::wstring_view reason) {
+  if (lines_.add(line, reason)) {
     const int width = fontMetrics().horizontalAdvance(
         QString::fromWCharArray(line.data(), static_cast<qsizetype>(line.size())));
     widestLine_ = std::max(widestLine_, width + kLinePadding);
@@ -130,9 +134,50 @@ void ProgressListView::tellOfLine(QAccessible::Event event, int row) {
   QAccessible::updateAccessibility(&told);
 }
 
+// Where there is no reason the tip is that of the whole list.
+bool ProgressListView::viewportEvent(QEvent* event) {
+  if (event->type() == QEvent::ToolTip) {
+    const QModelIndex index = indexAt(static_cast<QHelpEvent*>(event)->pos());
+    if (!index.isValid() || lines_.reason(index.row()).isEmpty()) return false;
+  }
+  return QAbstractItemView::viewportEvent(event);
+}
+
 void ProgressListView::keyPressEvent(QKeyEvent* event) {
-  if (!event->matches(QKeySequence::Copy)) return QAbstractItemView::keyPressEvent(event);
-  copySelectedLines();
+  const int key = event->key();
+  if (event->matches(QKeySequence::Copy)) return copySelectedLines();
+  if (key == Qt::Key_Return || key == Qt::Key_Enter) return showReason();
+  if (key == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+    return popUpMenu(belowCurrentLine());
+  }
+  QAbstractItemView::keyPressEvent(event);
+}
+
+void ProgressListView::contextMenuEvent(QContextMenuEvent* event) {
+  popUpMenu(event->reason() == QContextMenuEvent::Keyboard ? belowCurrentLine()
+                                                           : event->globalPos());
+}
+
+// A menu that is executed would halt the run until it is closed.
+void ProgressListView::popUpMenu(const QPoint& place) {
+  auto* menu = new QMenu(this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->addActions(actions());
+  menu->popup(place);
+}
+
+QPoint ProgressListView::belowCurrentLine() const {
+  const QRect shown = viewport()->rect();
+  const QPoint corner = visualRect(currentIndex()).bottomLeft() + QPoint(horizontalOffset(), 0);
+  return viewport()->mapToGlobal(shown.contains(corner) ? corner
+                                                        : shown.topLeft() + QPoint(0, rowHeight()));
+}
+
+void ProgressListView::showReason() {
+  const QModelIndex current = currentIndex();
+  if (!current.isValid()) return;
+  scrollTo(current);
+  QToolTip::showText(belowCurrentLine(), current.data(Qt::ToolTipRole).toString(), viewport());
 }
 
 void ProgressListView::copySelectedLines() const {

@@ -13,12 +13,15 @@ namespace orvane {
 /// again after each change.)
 ///
 /// The list shows its newest line after an add, unless the operator has scrolled back to read.
-/// Ctrl+C copies the selected lines as text.
+/// Ctrl+C copies the selected lines as text. The tool tip of a line that tells a failure is its
+/// reason; Enter shows that of the current line. The context menu holds the actions that the widget
+/// was given, and opens without halting a run.
 class ProgressListView : public QAbstractItemView, public ProgressList {
  public:
   explicit ProgressListView(QWidget* parent = nullptr);
 
-  void addItem(std::wstring_view line) override;
+  void addItem(std::wstring_view line) override { addFailure(line, {}); }
+  void addFailure(std::wstring_view line, std::wstring_view reason) override;
   void clear() override;
   void refresh() override;
 
@@ -26,7 +29,13 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
   QModelIndex indexAt(const QPoint& point) const override;
 
+  void copySelectedLines() const;
+  /// Shows the reason of the current line, if it has one, below it.
+  void showReason();
+
  protected:
+  bool viewportEvent(QEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
@@ -47,9 +56,10 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   /// The row at a height of the viewport, which may lie outside the list.
   int rowAt(int y) const;
   void updateScrollBars();
-  void copySelectedLines() const;
   /// Tells a screen reader of a line.
   void tellOfLine(QAccessible::Event event, int row);
+  QPoint belowCurrentLine() const;
+  void popUpMenu(const QPoint& place);
 
   LineModel lines_;
   int widestLine_ = 0;  ///< in pixels, for the horizontal scroll bar

@@ -1,5 +1,6 @@
 #include "window/frmMain.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QPushButton>
@@ -16,6 +17,7 @@
 #include "window/ControlHelp.h"
 #include "window/ControlTable.h"
 #include "window/buildControls.h"
+#include "window/list_actions.h"
 #include "window/qt_text.h"
 
 namespace orvane {
@@ -47,6 +49,9 @@ frmMain::frmMain(std::function<void(RunHost&)> run, std::function<void()> endPro
   namingPreview_ = std::make_unique<NamingPreview>(control<QComboBox>(*this, "cboRenameType"),
                                                    control<QPushButton>(*this, "btnRun"), form_);
   binding_ = std::make_unique<FormBinding>(*this, form_, [this] { namingPreview_->update(); });
+  runTips_ =
+      std::make_unique<RunTips>(*listProcessLog_, control<QPushButton>(*this, "btnStop"), *this);
+  addListActions(*this, listProcessLog_->view(), form_);
   connectButtons();
   openInTheCentre();
   Form_Load();
@@ -117,6 +122,7 @@ void frmMain::btnRun_Click() {
 
 void frmMain::btnStop_Click() {
   StopProcess();
+  runTips_->acknowledgeStop();
 }
 
 void frmMain::btnExit_Click() {
@@ -160,6 +166,7 @@ void frmMain::runWithOptionsLocked(int lastFrame) {
     RefreshRunButtons();
   }
   lock(false);
+  QApplication::alert(this);  // to an operator who works elsewhere meanwhile
 }
 
 std::wstring frmMain::AutoMakeNewDocumentName(const std::wstring& sBatchName,

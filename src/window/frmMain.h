@@ -10,6 +10,7 @@
 #include "window/FormOperations.h"
 #include "window/NamingPreview.h"
 #include "window/ProgressListBox.h"
+#include "window/RunTips.h"
 
 namespace orvane {
 
@@ -43,6 +44,7 @@ class frmMain : public QWidget, public RunHost, public FormOperations {
                                        const std::wstring& sDocName) const override;
   ImagingInstances imaging() override;
   ProgressList& listProcessLog() override { return listProcessLog_->view(); }
+  RunProgress& progress() override { return progress_; }
   bool IsStopRequested() const override { return IsStopRequested_; }
   void setIsStopRequested(bool requested) override { IsStopRequested_ = requested; }
   void enableBtnRun(bool enabled) override;
@@ -67,6 +69,7 @@ class frmMain : public QWidget, public RunHost, public FormOperations {
   std::function<void(RunHost&)> run_;
   std::function<void()> endProcess_;
   bool IsStopRequested_ = false;
+  RunProgress progress_;
 
   ImagingControl ImgControl_;
   ImagingControl ImgCrop_;
@@ -79,6 +82,7 @@ class frmMain : public QWidget, public RunHost, public FormOperations {
   ProgressListBox* listProcessLog_ = nullptr;
   std::unique_ptr<NamingPreview> namingPreview_;
   std::unique_ptr<FormBinding> binding_;
+  std::unique_ptr<RunTips> runTips_;
 };
 
 }  // namespace orvane

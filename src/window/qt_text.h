@@ -15,4 +15,11 @@ inline std::wstring fromQt(const QString& text) {
   return text.toStdWString();
 }
 
+/// A plain text as a tool tip that breaks its long lines; empty for an empty text.
+inline QString wrappedTip(const QString& text) {
+  if (text.isEmpty()) return {};
+  return QStringLiteral("<p style=\"white-space:pre-wrap\">") + text.toHtmlEscaped() +
+         QStringLiteral("</p>");
+}
+
 }  // namespace orvane

@@ -33,6 +33,7 @@ class JournalHost final : public RunHost, private ProgressList {
     return {engines_[0], engines_[1], engines_[2], engines_[3], engines_[4], engines_[5]};
   }
   ProgressList& listProcessLog() override { return *this; }
+  RunProgress& progress() override { return runProgress; }
   bool IsStopRequested() const override { return stopRequested_; }
   void setIsStopRequested(bool requested) override { stopRequested_ = requested; }
   void enableBtnRun(bool enabled) override {
@@ -45,9 +46,11 @@ class JournalHost final : public RunHost, private ProgressList {
   bool stopAfterBatch = false;         ///< the operator presses stop when a batch is over
   std::function<void()> whenYielding;  ///< what the operator does meanwhile
   std::function<void(const std::string&)> whenLineAdded;
+  RunProgress runProgress;
   RecordingWindow window;
   std::vector<std::string> journal;
   std::vector<std::string> lines;
+  std::vector<std::string> reasons;  ///< of the lines that tell a failure
 
  private:
   void addItem(std::wstring_view line) override {
@@ -55,6 +58,10 @@ class JournalHost final : public RunHost, private ProgressList {
     journal.push_back("line " + lines.back());
     if (whenLineAdded) whenLineAdded(lines.back());
     if (stopAfterBatch && line == L" ") stopRequested_ = true;
+  }
+  void addFailure(std::wstring_view line, std::wstring_view reason) override {
+    reasons.push_back(toUtf8(reason));
+    addItem(line);
   }
   void clear() override { lines.clear(); }
   void refresh() override { journal.push_back("repaint"); }

@@ -8,6 +8,8 @@
 #include "export/ExportStation.h"
 #include "export/JournalHost.h"
 #include "export/OutputNaming.h"
+#include "foundation/Failure.h"
+#include "foundation/mdlFolderAndFile.h"
 #include "settings/NamingPattern.h"
 
 namespace orvane {
@@ -328,12 +330,164 @@ TEST_F(RunOutPutBatch, WhatStopsARunBeforeItBegins) {
   }
 }
 
-TEST_F(RunOutPutBatch, ADatabaseThatCannotBeOpenedEndsTheRunAfterThreePasses) {
+TEST_F(RunOutPutBatch, ADatabaseThatCannotBeOpenedEndsTheRunAfterThreePassesAMissingOneAfterOne) {
+  for (const std::size_t passes : {1, 3}) {
+    run();
+    std::string journal = "btnRun off|buttons|";
+    for (std::size_t i = 0; i < passes; ++i) journal += "yield|yield|yield|yield|";
+    EXPECT_EQ(joined(frmMain.journal), journal + "btnRun on|buttons|");
+    EXPECT_EQ(std::exchange(frmMain.window.boxes, {}).size(), passes * 2);
+    station.write("Orvane.dll", "of another kind, and longer than the head of a database file");
+  }
+}
+
+TEST_F(RunOutPutBatch, TheHostIsToldHowFarTheRunIsAndWhyALineFailed) {
+  station.createTable({"B1", "B2", "gone"});
+  station.addDocument("B1/D1", {"P1", "P2"});
+  station.addDocument("B2/D1", {"P1"});
+  station.addDocument("B2/D2", {"P1", "missing"});
+  std::string told, last;
+  frmMain.whenYielding = [&] {
+    const auto waiting = mdlDataBase::waitingBatches();
+    std::string text = toUtf8(frmMain.runProgress.text(waiting, frmMain.IsStopRequested()));
+    text = text.substr(0, text.find("已用"));
+    std::replace(text.begin(), text.end(), '\n', '|');
+    if (text.find("磁盘") != text.npos) return;  // as long as that takes
+    if (text != last) told += (last = text) + "\n";
+  };
+  frmMain.whenLineAdded = [&](const std::string& line) {
+    if (line == "D2 导出失败！" && frmMain.reasons.size() == 2) {
+      station.query("update T_BatchInfo set BatchState='' where BatchID='B2'");
+    }
+    if (line.starts_with("档案：gone处理失败")) frmMain.setIsStopRequested(true);
+  };
   run();
-  EXPECT_EQ(joined(frmMain.journal),
-            "btnRun off|buttons|yield|yield|yield|yield|yield|yield|yield|yield|yield|yield|yield|"
-            "yield|btnRun on|buttons|");
-  EXPECT_EQ(frmMain.window.boxes.size(), 3u * 2);
+  const std::string again = "这一批已经失败 1 次，正在重试。|";
+  const auto attemptAtB2 = [](const std::string& retry) {
+    std::string text;
+    for (const char* step : {"1 件：第 1 页，共 1", "2 件：第 1 页，共 2", "2 件：第 2 页，共 2"}) {
+      text += "正在导出档案【B2】的 D" + std::string(step) + " 页|" + retry +
+              "已完成 1 批，还有 1 批等待导出|\n";
+    }
+    return text;
+  };
+  EXPECT_EQ(told,
+            "正在导出档案【B1】的 D1 件：第 1 页，共 2 页|已完成 0 批，还有 2 批等待导出|\n"
+            "正在导出档案【B1】的 D1 件：第 2 页，共 2 页|已完成 0 批，还有 2 批等待导出|\n"
+            "正在向数据库查询下一批档案……|已完成 1 批，还有 2 批等待导出|\n" +
+                attemptAtB2("") + "正在向数据库查询下一批档案……|已完成 1 批，还有 2 批等待导出|\n" +
+                attemptAtB2(again) +
+                "正在向数据库查询下一批档案……|已完成 1 批，还有 1 批等待导出|\n"
+                "已完成 1 批，还有 1 批等待导出|\n");
+  EXPECT_FALSE(frmMain.runProgress.isRunning());
+
+  const std::string scans = toUtf8(station.path(L"Batchs\\"));
+  ASSERT_EQ(frmMain.reasons.size(), 3u);
+  EXPECT_EQ(frmMain.reasons[0],
+            "mdlImageProcess-SaveImage-" + scans +
+                "B2\\D2\\missing.tif: No such file or directory ImgControl.ImagError =0\n"
+                "DocumentHelper-SaveAsDocument-按页保存时出错。页码：2");
+  EXPECT_EQ(frmMain.reasons[1], frmMain.reasons[0]);
+  EXPECT_EQ(frmMain.reasons[2], "没有这个文件夹：" + scans + "gone");
+}
+
+TEST(RunProgress, TheTimeThatIsLeftIsToldOnceItCanBeMeasured) {
+  const WaitingBatches none{.count = 4, .pages = {}};
+  const auto pages = [](std::int64_t sum) { return WaitingBatches{.count = 4, .pages = sum}; };
+  const struct {
+    int seconds, donePages, PaperNum;  // of a batch that is exported
+    int pages;                         // of the next one, which has a PaperNum of 500
+    std::optional<WaitingBatches> waiting;
+    bool isStopRequested;
+    std::string times;
+  } cases[] = {
+      {59, 0, 0, 0, pages(900), false, "已用 59 秒"},
+      {20, 5, 5, 4, pages(900), false, "已用 20 秒"},   // too few pages
+      {4, 50, 50, 50, pages(900), false, "已用 4 秒"},  // too short a time
+      {50, 0, 0, 10, pages(190), false, "已用 50 秒，全部做完还要大约 15 分钟"},
+      {60, 5, 5, 5, pages(14), false, "已用 1 分 0 秒，全部做完还要不到 1 分钟"},
+      {3723, 1000, 500, 0, pages(1000), false, "已用 1 小时 2 分，全部做完还要大约 2 小时 4 分"},
+      {100, 50, 50, 50, none, false, "已用 1 分 40 秒"},
+      {100, 50, 50, 50, std::nullopt, false, "已用 1 分 40 秒"},
+      {100, 0, 0, 50, pages(50), false, "已用 1 分 40 秒"},  // more pages than the table names
+      {100, 0, 0, 50, none, true, "已用 1 分 40 秒，这一批还要大约 15 分钟"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(&c - cases);
+    RunProgress::Clock::time_point now{};
+    RunProgress progress([&] { return now; });
+    progress.beginRun();
+    if (c.donePages > 0) progress.beginBatch(L"B1", c.PaperNum);
+    for (int i = 0; i < c.donePages; ++i) progress.endPage();
+    if (c.donePages > 0) progress.endBatch(true);
+    progress.beginBatch(L"B2", 500);
+    for (int i = 0; i < c.pages; ++i) progress.endPage();
+    now += std::chrono::seconds(c.seconds);
+    const std::string text = toUtf8(progress.text(c.waiting, c.isStopRequested));
+    EXPECT_EQ(text.substr(text.find("已用")), c.times + "\n");
+    progress.beginSync();
+    EXPECT_TRUE(toUtf8(progress.text(c.waiting, c.isStopRequested))
+                    .starts_with("档案【B2】的成果已写好，正在存到磁盘上……\n"));
+    progress.endBatch(false);
+    progress.beginBatch(L"B2", 500);  // again: nobody knows how often
+    EXPECT_EQ(toUtf8(progress.text(c.waiting, c.isStopRequested)).find("还要"), std::string::npos);
+  }
+}
+
+TEST_F(RunOutPutBatch, AReportHasARowForEachDocumentAndASumForEachBatch) {
+  const auto report = [&] {
+    const std::string text = station.shell(
+        "cat Log/*-*.txt | sed 's/\t[0-9]*\\.[0-9]\t/\t秒\t/; s/\\r$//' | tr '\\t' '|'");
+    return std::regex_replace(text, std::regex("\\|mdlImage.*"), "|……");
+  };
+  const auto bytes = [&](const std::string& files) {
+    return "|" + std::to_string(std::stoi(station.shell("cat output/" + files + " | wc -c"))) + "|";
+  };
+  station.createTable({"B1", "B2", "B\t3"});
+  station.addDocument("B1/D1", {"P1", "P2"});
+  station.addDocument("B1/D2", {" "});  // without a page
+  station.addDocument("B2/D1", {"P1"});
+  station.addDocument("B2/D2", {"P1", "missing"});
+  int failures = 0;
+  std::string ofB1, firstRows;
+  frmMain.whenLineAdded = [&](const std::string& line) {
+    if (line == "档案导出成果成功！" && ofB1.empty()) ofB1 = bytes("B1/D1*");
+    if (line == "D2 导出成功！" && firstRows.empty()) firstRows = report();  // as it goes
+    if (line == "D2 导出失败！" && ++failures == 13) {
+      station.addDocument("B2/D2", {"P1", "P2"});
+    }
+    if (line.find("处理失败") != line.npos) frmMain.setIsStopRequested(true);
+  };
+  run();
+  const std::string ofPage = bytes("B2/D1*"), fails = "B2|合计|||||失败|同样的失败又发生了 ";
+  const std::string firstDocuments = "档案|档案（件）|页数|文件数|字节数|秒|结果|原因\nB1|D1|2|2" +
+                                     ofB1 + "秒|成功|\nB1|D2|0|0|0|秒|成功|\n";
+  EXPECT_EQ(firstRows, firstDocuments);
+  EXPECT_EQ(report(), firstDocuments + "B1|合计|2|2" + ofB1 + "秒|成功|\nB2|D1|1|1" + ofPage +
+                          "秒|成功|\nB2|D2|1|1" + ofPage + "秒|失败|……\n" +
+                          "B2|合计|0|0|0|秒|失败|D2 导出失败；这一批的成果文件夹已删除\n" + fails +
+                          "1 次\n" + fails + "10 次\n" + fails + "12 次\nB2|D1|1|1" + ofPage +
+                          "秒|成功|\nB2|D2|2|2" + bytes("B2/D2*") + "秒|成功|\nB2|合计|3|3" +
+                          bytes("B2/*") + "秒|成功|\nB 3|合计|0|0|0|秒|失败|没有这个文件夹：" +
+                          toUtf8(station.path(L"Batchs\\B 3")) + "\n");
+  EXPECT_EQ(
+      station.shell("file -b --mime-encoding Log/*.txt; cat Log/*.txt | tr -cd '\\r' | wc -c"),
+      "utf-8\n14\n");
+}
+
+TEST_F(RunOutPutBatch, AReportThatCannotBeWrittenIsToldOnceAndFailsNothing) {
+  struct NoReports : FileSystemObject {
+    void AppendFile(const std::wstring& path, std::string_view bytes) override {
+      if (path.ends_with(L".txt")) throw Failure("no space");
+      FileSystemObject::AppendFile(path, bytes);
+    }
+  };
+  gFileSystem = std::make_unique<NoReports>();
+  station.createTable({"B1", "B2"});
+  for (const char* document : {"B1/D1", "B1/D2", "B2/D1"}) station.addDocument(document, {"P"});
+  run();
+  gFileSystem.reset();
+  EXPECT_EQ(station.query("select distinct BatchState from T_BatchInfo"), "完成成果输出\n");
+  EXPECT_EQ(station.takeLog(), "Orvane成果导出:RunOutPutBatch-导出清单写不出来：no space\n");
 }
 
 TEST_F(RunOutPutBatch, AStopEndsTheWaitForALockedDatabase) {

@@ -101,7 +101,7 @@ class TempStation {
     std::vector<std::filesystem::path> files;
     std::error_code ignored;
     for (const auto& entry : std::filesystem::directory_iterator(native("Log"), ignored)) {
-      files.push_back(entry.path());
+      if (entry.path().extension() == ".log") files.push_back(entry.path());
     }
     std::sort(files.begin(), files.end());
     return files;

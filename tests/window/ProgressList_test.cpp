@@ -1,8 +1,11 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QElapsedTimer>
+#include <QHelpEvent>
+#include <QMenu>
 #include <QScrollBar>
 #include <QTest>
+#include <QToolTip>
 #include <malloc.h>
 
 #include "Station.h"
@@ -88,7 +91,8 @@ TEST_F(ProgressListTest, HundredsOfThousandsOfLinesStayQuickAndSmall) {
   const auto early = millisecondsFor500ShownLines();
   const std::size_t before = memoryInUse();
   for (int i = 0; i < 40; ++i) {
-    add(10'000);
+    add(9'000);
+    for (int failures = 0; failures < 1'000; ++failures) list.addFailure(L"失败", L"原因");
     QCoreApplication::processEvents();  // a run yields
   }
   EXPECT_LT(memoryInUse(), before + (16U << 20));
@@ -96,6 +100,65 @@ TEST_F(ProgressListTest, HundredsOfThousandsOfLinesStayQuickAndSmall) {
   EXPECT_EQ(lastRowShown(), 401'099);
   press(Qt::Key_A, Qt::ControlModifier);
   EXPECT_TRUE(list.selectionModel()->isSelected(list.model()->index(200'000, 0)));
+}
+
+TEST_F(ProgressListTest, AFailedLineTellsItsReasonToTheMouseTheKeyboardAndAScreenReader) {
+  list.addItem(L"D1 导出成功！");
+  list.addFailure(L"D2 导出失败！", L"mdl-\\a<b>\\2.tif: No such file\n页码：2");
+  list.addFailure(L"D2 导出失败！", L"");
+  list.addItem(L"D2 导出失败！");
+  const auto tipAt = [&](int row) {
+    QToolTip::hideText();
+    const QPoint place = list.visualRect(list.model()->index(row, 0)).center();
+    QHelpEvent asked(QEvent::ToolTip, place, list.viewport()->mapToGlobal(place));
+    QApplication::sendEvent(list.viewport(), &asked);
+    return QToolTip::text().toStdString();
+  };
+  for (const int row : {0, 2, 3}) EXPECT_THAT(tipAt(row), testing::StartsWith("导出的进度"));
+  const std::string tip = tipAt(1);
+  EXPECT_THAT(tip, testing::HasSubstr("mdl-\\a&lt;b&gt;\\2.tif: No such file\n页码：2<"));
+  QToolTip::hideText();
+  list.setCurrentIndex(list.model()->index(1, 0));
+  press(Qt::Key_Return);
+  EXPECT_EQ(QToolTip::text().toStdString(), tip);
+  EXPECT_EQ(list.currentIndex().data(Qt::AccessibleDescriptionRole).toString().toStdString(),
+            "mdl-\\a<b>\\2.tif: No such file\n页码：2");
+  EXPECT_EQ(copied(), "D2 导出失败！");
+}
+
+TEST_F(ProgressListTest, ReasonsThatAreAllDifferentDoNotFillTheMemory) {
+  const std::size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
+  for (int i = 0; i < 8'000; ++i) {
+    list.addFailure(L"失败", std::to_wstring(i) + std::wstring(9'000, L'因'));
+  }
+  EXPECT_LT(mallinfo2().uordblks + mallinfo2().hblkhd, before + (40U << 20));
+  EXPECT_NE(list.model()->index(0, 0).data(Qt::ToolTipRole).toString(), "");
+}
+
+TEST_F(ProgressListTest, TheMenuOpensByMouseAndKeyboardWithoutHaltingTheRun) {
+  add(3);
+  const auto byEvent = [&](QContextMenuEvent::Reason reason) {
+    QContextMenuEvent asked(reason, {5, 5}, list.viewport()->mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(list.viewport(), &asked);
+  };
+  const std::function<void()> ways[] = {[&] { byEvent(QContextMenuEvent::Mouse); },
+                                        [&] { byEvent(QContextMenuEvent::Keyboard); },
+                                        [&] { press(Qt::Key_F10, Qt::ShiftModifier); }};
+  for (const auto& open : ways) {
+    open();  // and returns
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    std::string captions;
+    for (QAction* action : menu->actions()) captions += action->text().toStdString() + "|";
+    EXPECT_EQ(captions,
+              "复制(&C)\tCtrl+C|全选(&A)\tCtrl+A|失败的原因(&R)\t回车||今天的日志(&L)|"
+              "打开输出文件夹(&O)|");
+    menu->actions()[1]->trigger();
+    menu->actions()[0]->trigger();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "第 0 行\n第 1 行\n第 2 行");
+    menu->close();
+    list.clearSelection();
+  }
 }
 
 TEST_F(ProgressListTest, ALineWiderThanTheListCanBeScrolledTo) {

@@ -5,6 +5,7 @@
 #include <QHelpEvent>
 #include <QPushButton>
 #include <QTest>
+#include <QToolTip>
 #include <set>
 
 #include "Station.h"
@@ -181,6 +182,61 @@ TEST_F(Help, TheNamingListAndTheRunButtonTellAtOnceWhatTheOptionsMakeOfAName) {
   EXPECT_EQ(toUtf8(namingPreview(form)),
             inOne + ".pdf\n⚠ 还没有选择命名，文件名里没有档案（件）名称！\n");
   EXPECT_EQ(preview(0, L"3"), inOne + "0003.pdf\n");
+}
+
+TEST_F(Help, TheTipsOfTheListAndOfStopTellHowFarTheRunIs) {
+  const auto setWaiting = [&](int batches) {
+    std::string rows;
+    for (int i = 0; i < batches; ++i) rows += ", ('B', '完成扫描', 1)";
+    folder.shell(
+        "rm -f fresh; sqlite3 fresh \"create table T_BatchInfo (BatchID, BatchState, PaperNum); "
+        "insert into T_BatchInfo values ('X', '', 1)" +
+        rows + "\"; mv fresh Orvane.dll");
+  };
+  QWidget &list = find("listProcessLog"), &stop = find("btnStop");
+  const QString tipOfList = list.toolTip(), tipOfStop = stop.toolTip();
+  const auto tip = [] { return QToolTip::isVisible() ? QToolTip::text().toStdString() : ""; };
+  const auto comes = [&](const std::string& text) {  // by itself, while the tip is shown
+    return QTest::qWaitFor([&] { return tip().find(text) != std::string::npos; });
+  };
+  const auto ask = [&](QWidget& control) {
+    QHelpEvent asked(QEvent::ToolTip, {1, 1}, control.mapToGlobal(QPoint(1, 1)));
+    QApplication::sendEvent(&control, &asked);
+    return tip();
+  };
+  run = [&](RunHost& host) {
+    host.enableBtnRun(false);
+    host.RefreshRunButtons();
+    host.progress().beginRun();
+    host.progress().beginBatch(L"<b>B1", 9);
+    host.progress().beginDocument(L"D1");
+    host.progress().beginPage(2, 9);
+    setWaiting(3);
+    const std::string begin = "正在导出档案【&lt;b&gt;B1】的 D1 件：第 2 页，共 9 页\n";
+    EXPECT_THAT(ask(list), testing::AllOf(testing::HasSubstr(begin),
+                                          testing::HasSubstr("，还有 2 批等待导出\n"),
+                                          testing::HasSubstr(tipOfList.toStdString())));
+    setWaiting(2);
+    host.progress().beginPage(3, 9);
+    EXPECT_TRUE(comes("第 3 页，共 9 页\n已完成 0 批，还有 2 批等待导出\n")) << tip();
+    host.progress().endBatch(true);
+    host.progress().beginBatch(L"B2", 9);
+    EXPECT_TRUE(comes("已完成 1 批，还有 1 批等待导出\n")) << tip();
+    EXPECT_THAT(ask(stop), testing::AllOf(testing::StartsWith("正在导出档案【B2】\n"),
+                                          testing::EndsWith(tipOfStop.toStdString())));
+    QToolTip::hideText();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return stop.toolTip() == tipOfStop; }));
+    click("btnStop");
+    EXPECT_THAT(tip(), testing::StartsWith("已收到停止，这一批做完就停下来。\n正在导出档案【B2】"));
+    host.progress().endRun();
+    host.enableBtnRun(true);
+    host.RefreshRunButtons();
+  };
+  click("btnRun");
+  EXPECT_TRUE(QTest::qWaitFor([&] { return tip().empty(); })) << tip();
+  EXPECT_EQ(list.toolTip(), tipOfList);
+  EXPECT_EQ(stop.toolTip(), tipOfStop);
+  EXPECT_EQ(ask(list), tipOfList.toStdString());
 }
 
 TEST(ScreenFit, TheDesignIsShownWholeWheneverItCan) {

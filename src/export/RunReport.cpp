@@ -1,0 +1,116 @@
+#include "export/RunReport.h"
+
+#include <charconv>
+#include <utility>
+
+#include "foundation/Failure.h"
+#include "foundation/local_time.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/program.h"
+#include "foundation/utf8_text.h"
+
+namespace orvane {
+namespace {
+
+constexpr const wchar_t* kHead = L"档案\t档案（件）\t页数\t文件数\t字节数\t秒\t结果\t原因";
+constexpr const wchar_t* kSum = L"合计";
+
+// Names from the disk and the table can hold what separates columns and rows.
+std::wstring inOneCell(std::wstring text) {
+  for (wchar_t& c : text) {
+    if (c < L' ') c = L' ';
+  }
+  return text;
+}
+
+std::wstring tenths(std::chrono::duration<double> time) {
+  char digits[64];
+  const char* const end =
+      std::to_chars(digits, digits + sizeof digits, time.count(), std::chars_format::fixed, 1).ptr;
+  return std::wstring(static_cast<const char*>(digits), end);
+}
+
+std::wstring lineOf(const ReportRow& row, const std::wstring& document, const std::wstring& time) {
+  return inOneCell(row.batch) + L"\t" + inOneCell(document) + L"\t" + std::to_wstring(row.pages) +
+         L"\t" + std::to_wstring(row.files) + L"\t" + std::to_wstring(row.bytes) + L"\t" + time +
+         L"\t" + (row.isExported ? L"成功" : L"失败") + L"\t" + inOneCell(row.reason);
+}
+
+bool isPowerOfTen(std::int64_t number) {
+  while (number % 10 == 0) number /= 10;
+  return number == 1;
+}
+
+}  // namespace
+
+template <typename Step>
+void RunReport::attempt(Step step) {
+  try {
+    step();
+  } catch (const std::exception& failure) {
+    if (isFailureTold_) return;
+    isFailureTold_ = true;
+    mdlFolderAndFile::LogWrite(L"RunOutPutBatch-导出清单写不出来：" + description(failure),
+                               kApplicationTitle);
+  }
+}
+
+void RunReport::addDocument(const ReportRow& row) {
+  attempt([&] { add(row, row.document); });
+}
+
+void RunReport::endBatch(const ReportRow& sum) {
+  attempt([&] { add(sum, kSum); });
+  attempt([&] {
+    if (isRepetition_) {
+      repeatedBatch_ = sum.batch;
+      if (isPowerOfTen(++repetitions_)) writeRepetitions();
+    }
+    before_ = sum.isExported ? std::vector<std::wstring>() : pass_;
+  });
+  pass_.clear();
+  held_.clear();
+}
+
+void RunReport::endRun() {
+  attempt([&] { writeRepetitions(); });
+}
+
+void RunReport::add(const ReportRow& row, const std::wstring& document) {
+  if (pass_.empty()) isRepetition_ = true;
+  const std::size_t place = pass_.size();
+  pass_.push_back(lineOf(row, document, {}));
+  held_.push_back(lineOf(row, document, tenths(row.time)));
+  isRepetition_ = isRepetition_ && place < before_.size() && pass_[place] == before_[place];
+  if (isRepetition_) return;
+  writeRepetitions();
+  repetitions_ = repetitionsTold_ = 0;
+  for (const std::wstring& line : std::exchange(held_, {})) write(line);
+}
+
+void RunReport::writeRepetitions() {
+  if (repetitions_ == repetitionsTold_) return;
+  repetitionsTold_ = repetitions_;
+  write(inOneCell(repeatedBatch_) + L"\t" + kSum + L"\t\t\t\t\t失败\t同样的失败又发生了 " +
+        std::to_wstring(repetitions_) + L" 次");
+}
+
+void RunReport::write(const std::wstring& line) {
+  if (file_.empty()) file_ = newFile();
+  const std::wstring head = hasHead_ ? L"" : std::wstring(kHead) + L"\r\n";
+  mdlFolderAndFile::fileSystem().AppendFile(file_, toUtf8(head + line + L"\r\n"));
+  hasHead_ = true;
+}
+
+std::wstring RunReport::newFile() {
+  FileSystemObject& files = mdlFolderAndFile::fileSystem();
+  const std::wstring folder = programFolder() + L"\\Log";
+  if (!files.FolderExists(folder)) files.CreateFolder(folder);
+  const std::wstring name = folder + L"\\" + localTime("%Y%m%d-%H%M%S");
+  std::wstring file = name + L".txt";
+  for (int i = 2; files.FileExists(file); ++i) file = name + L"-" + std::to_wstring(i) + L".txt";
+  files.CreateFile(file);
+  return file;
+}
+
+}  // namespace orvane

@@ -1,0 +1,74 @@
+#include "window/RunTips.h"
+
+#include <QHelpEvent>
+#include <QTextDocument>
+#include <QToolTip>
+
+#include "window/qt_text.h"
+
+namespace orvane {
+namespace {
+
+constexpr int kRefreshMs = 1000;
+
+// Names from the table must not be taken for mark-up.
+QString asTip(const QString& text) {
+  return Qt::mightBeRichText(text) ? wrappedTip(text) : text;
+}
+
+}  // namespace
+
+RunTips::RunTips(QWidget& listProcessLog, QWidget& btnStop, RunHost& host)
+    : host_(host),
+      tips_{Tip{&listProcessLog, listProcessLog.toolTip()}, Tip{&btnStop, btnStop.toolTip()}} {
+  for (const Tip& tip : tips_) tip.control->installEventFilter(this);
+  timer_.setInterval(kRefreshMs);
+  timer_.callOnTimeout(this, [this] { refresh(); });
+}
+
+bool RunTips::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::ToolTip && host_.progress().isRunning()) {
+    for (const Tip& tip : tips_) {
+      if (tip.control != watched) continue;
+      askedAfter_.reset();
+      show(tip, static_cast<QHelpEvent*>(event)->globalPos());
+      return true;
+    }
+  }
+  return QObject::eventFilter(watched, event);
+}
+
+void RunTips::acknowledgeStop() {
+  const Tip& tip = tips_.back();
+  if (!host_.progress().isRunning() || !tip.control->isVisible()) return;
+  show(tip, tip.control->mapToGlobal(tip.control->rect().bottomLeft()));
+}
+
+QString RunTips::textOf(const Tip& tip) {
+  const RunProgress& progress = host_.progress();
+  if (!waiting_ || askedAfter_ != progress.attempts()) {
+    waiting_ = mdlDataBase::waitingBatches();
+    askedAfter_ = progress.attempts();
+  }
+  const QString text = toQt(progress.text(waiting_, host_.IsStopRequested()));
+  if (!host_.IsStopRequested() || &tip != &tips_.back()) return asTip(text + tip.constant);
+  return asTip(QStringLiteral("已收到停止，这一批做完就停下来。\n") + text.trimmed());
+}
+
+void RunTips::show(const Tip& tip, const QPoint& place) {
+  shown_ = &tip;
+  place_ = place;
+  tip.control->setToolTip(textOf(tip));
+  QToolTip::showText(place, tip.control->toolTip(), tip.control);
+  timer_.start();
+}
+
+void RunTips::refresh() {
+  const bool isShown = QToolTip::isVisible() && QToolTip::text() == shown_->control->toolTip();
+  if (isShown && host_.progress().isRunning()) return show(*shown_, place_);
+  if (isShown) QToolTip::hideText();
+  for (const Tip& tip : tips_) tip.control->setToolTip(tip.constant);
+  timer_.stop();
+}
+
+}  // namespace orvane

@@ -1,0 +1,103 @@
+#include "window/list_actions.h"
+
+#include <QAction>
+#include <QDesktopServices>
+#include <QDialog>
+#include <QPlainTextEdit>
+#include <QShortcut>
+#include <QToolTip>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "foundation/Failure.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/path_text.h"
+#include "foundation/utf8_text.h"
+#include "window/qt_text.h"
+
+namespace orvane {
+namespace {
+
+constexpr std::size_t kMostOfLog = 1U << 20;  // bytes
+
+QString logText(const std::wstring& file) {
+  try {
+    if (!mdlFolderAndFile::fileSystem().FileExists(file)) return QStringLiteral("今天还没有日志。");
+    return toQt(mdlFolderAndFile::readLog(file, kMostOfLog));
+  } catch (const std::exception& failure) {
+    return QStringLiteral("日志读不出来：") + toQt(description(failure));
+  }
+}
+
+// Opened again, or with F5, it shows what has come meanwhile.
+void fill(QDialog& logWindow) {
+  const std::wstring file = mdlFolderAndFile::logFileOfToday();
+  logWindow.setWindowTitle(QStringLiteral("今天的日志 ") +
+                           toQt(file.substr(file.find_last_of(L'\\') + 1)));
+  auto& text = *logWindow.findChild<QPlainTextEdit*>();
+  text.setPlainText(logText(file));
+  text.moveCursor(QTextCursor::End);
+}
+
+void showLog(QWidget& window) {
+  auto* logWindow = window.findChild<QDialog*>(QStringLiteral("logOfToday"));
+  if (logWindow == nullptr) {
+    logWindow = new QDialog(&window);
+    logWindow->setObjectName(QStringLiteral("logOfToday"));
+    logWindow->resize(window.size() * 0.8);
+    auto* text = new QPlainTextEdit;
+    text->setReadOnly(true);
+    text->setAccessibleName(QStringLiteral("今天的日志"));
+    (new QVBoxLayout(logWindow))->addWidget(text);
+    QObject::connect(new QShortcut(QKeySequence(Qt::Key_F5), logWindow), &QShortcut::activated,
+                     logWindow, [logWindow] { fill(*logWindow); });
+  }
+  fill(*logWindow);
+  logWindow->show();
+  logWindow->raise();
+  logWindow->activateWindow();
+}
+
+// A failure is told in a tip: a box would halt the run.
+void openOutputFolder(QWidget& list, const std::wstring& SavePath) {
+  const auto tell = [&](const QString& text) {
+    QToolTip::showText(list.mapToGlobal(QPoint(0, 0)), wrappedTip(text), &list);
+  };
+  if (SavePath.empty()) return tell(QStringLiteral("还没有选择成果输出文件夹。"));
+  const QString folder = toQt(fromUtf8(nativePath(SavePath).lexically_normal().native()));
+  if (!QDesktopServices::openUrl(QUrl::fromLocalFile(folder))) {
+    tell(QStringLiteral("打不开文件夹，可能没有装文件管理器：") + folder);
+  }
+}
+
+template <typename Act>
+QAction& addAction(QWidget& list, const char* caption, Act act) {
+  auto* action = new QAction(QString::fromUtf8(caption), &list);
+  QObject::connect(action, &QAction::triggered, &list, act);
+  list.addAction(action);
+  return *action;
+}
+
+// The key works wherever the focus is in the window, except in its other windows.
+void setWindowKey(QAction& action, Qt::Key key) {
+  action.setShortcut(Qt::CTRL | key);
+  action.setShortcutVisibleInContextMenu(true);
+}
+
+}  // namespace
+
+void addListActions(QWidget& window, ProgressListView& list, const ExportForm& form) {
+  // The first three keys are the list's own.
+  addAction(list, "复制(&C)\tCtrl+C", [&] { list.copySelectedLines(); });
+  addAction(list, "全选(&A)\tCtrl+A", [&] { list.selectAll(); });
+  addAction(list, "失败的原因(&R)\t回车", [&] { list.showReason(); });
+  auto* line = new QAction(&list);
+  line->setSeparator(true);
+  list.addAction(line);
+  setWindowKey(addAction(list, "今天的日志(&L)", [&] { showLog(window); }), Qt::Key_L);
+  setWindowKey(addAction(list, "打开输出文件夹(&O)",
+                         [&] { openOutputFolder(list, form.settings().SavePath); }),
+               Qt::Key_O);
+}
+
+}  // namespace orvane
