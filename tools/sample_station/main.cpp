@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "batch_database.h"
 #include "station.h"
 
 namespace {
@@ -19,6 +20,8 @@ constexpr const char* kUsage = R"(usage:
   sample-station DIR --pages KIND COUNT [--quality Q] [--small]
       DIR becomes one document folder of COUNT pages of KIND:
       g4 lzw1 packbits1 gray gray-jpeg colour-jpeg colour-raw
+  sample-station FILE --empty-database
+      FILE becomes a database without batches
   --small      pages at 100 dpi instead of 300
   --quality Q  quality of JPEG pages, 1 to 100 (90)
 )";
@@ -28,8 +31,9 @@ struct UsageError : std::runtime_error {
 };
 
 struct Options {
-  std::string folder;
+  std::string target;
   bool isDocument = false;
+  bool isDatabase = false;
   PageKind kind = PageKind::G4;
   int count = 0;
   int quality = 90;
@@ -57,6 +61,8 @@ Options optionsOf(const std::vector<std::string_view>& words) {
     const std::string_view word = next();
     if (word == "--small") {
       options.dpi = kSmallDpi;
+    } else if (word == "--empty-database") {
+      options.isDatabase = true;
     } else if (word == "--quality") {
       options.quality = numberOf(next(), 1, 100);
     } else if (word == "--pages") {
@@ -65,21 +71,23 @@ Options optionsOf(const std::vector<std::string_view>& words) {
       options.isDocument = true;
       options.kind = *kind;
       options.count = numberOf(next(), 1, 32767);
-    } else if (word.starts_with("-") || !options.folder.empty()) {
+    } else if (word.starts_with("-") || !options.target.empty()) {
       throw UsageError("not understood: " + std::string(word));
     } else {
-      options.folder = word;
+      options.target = word;
     }
   }
-  if (options.folder.empty()) throw UsageError("DIR is missing");
+  if (options.target.empty()) throw UsageError("DIR or FILE is missing");
   return options;
 }
 
 void make(const Options& options) {
-  if (options.isDocument) {
-    makeDocument(options.folder, options.kind, options.count, options.dpi, options.quality);
+  if (options.isDatabase) {
+    createBatchDatabase(options.target, {});
+  } else if (options.isDocument) {
+    makeDocument(options.target, options.kind, options.count, options.dpi, options.quality);
   } else {
-    makeStation(options.folder, options.dpi);
+    makeStation(options.target, options.dpi);
   }
 }
 

@@ -1,0 +1,64 @@
+// What the menu entry has to say or to ask, in the program's own boxes: a desktop shows nobody what
+// a script prints.
+//   orvane-dialog message TEXT     a box
+//   orvane-dialog question TEXT    a box with 是 and 否; the exit status is 0 for 是
+//   orvane-dialog folder TITLE     the folder chooser; prints the folder, status 1 for a cancel
+//   orvane-dialog guide            opens the operator's guide
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <iostream>
+#include <string_view>
+
+#include "foundation/path_text.h"
+#include "foundation/program.h"
+#include "window/BrowseForFolder.h"
+#include "window/QtWindowServices.h"
+#include "window/appearance.h"
+#include "window/operator_guide.h"
+#include "window/qt_text.h"
+
+namespace {
+
+using namespace orvane;
+
+bool isAnsweredYes(const QString& text) {
+  QMessageBox box(QMessageBox::Question, toQt(kApplicationTitle), text);
+  box.setTextFormat(Qt::PlainText);
+  QPushButton* yes = box.addButton(QStringLiteral("是"), QMessageBox::YesRole);
+  box.addButton(QStringLiteral("否"), QMessageBox::NoRole);
+  box.exec();
+  return box.clickedButton() == static_cast<QAbstractButton*>(yes);
+}
+
+bool printFolder(const QString& title) {
+  const std::wstring folder = BrowseForFolder(nullptr, fromQt(title));
+  if (!folder.empty()) std::cout << nativePath(folder).native() << '\n';
+  return !folder.empty();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  applyAppearance();
+  QtWindowServices services;
+  installWindowServices(&services);
+
+  const QString kind = QString::fromLocal8Bit(argc > 1 ? argv[1] : "");
+  const QString text = QString::fromLocal8Bit(argc > 2 ? argv[2] : "");
+  if (kind == u"message") {
+    services.showBox(fromQt(text), kApplicationTitle, BoxIcon::Critical);
+  } else if (kind == u"question") {
+    return isAnsweredYes(text) ? 0 : 1;
+  } else if (kind == u"folder") {
+    return printFolder(text) ? 0 : 1;
+  } else if (kind == u"guide") {
+    openGuide();
+  } else {
+    std::cerr << "usage: orvane-dialog message|question|folder TEXT, or orvane-dialog guide\n";
+    return 2;
+  }
+  return 0;
+}
