@@ -17,7 +17,7 @@ install(CODE [[
   file(GET_RUNTIME_DEPENDENCIES
     EXECUTABLES ${program} LIBRARIES ${plugins} RESOLVED_DEPENDENCIES_VAR needed
     PRE_EXCLUDE_REGEXES "^ld-linux" "^lib(c|m|dl|rt|pthread|stdc\\+\\+|gcc_s)\\.so"
-      "^lib(X11|X11-xcb|xcb|GL|EGL|GLX|OpenGL|GLdispatch|fontconfig|freetype|expat|z|dbus-1)\\.so")
+      "^lib(X11|X11-xcb|xcb|GL|EGL|GLX|GLdispatch|fontconfig|freetype|expat|z|dbus-1)\\.so")
   foreach(library ${needed})
     file(INSTALL ${library} DESTINATION "${CMAKE_INSTALL_PREFIX}/lib"
          TYPE SHARED_LIBRARY FOLLOW_SYMLINK_CHAIN)
