@@ -21,21 +21,10 @@ using mdlFolderAndFile::RenameFile;
 bool Document::LoadDocument(const std::wstring& sDocName) {
   sDocFolder_ = GetDocumentPath(sDocName);
   sDocName_ = sDocName;
-  return withFailuresLogged(L"InitDocument-", [this] { return readPages(); });
-}
-
-bool Document::readPages() {
-  const std::wstring dataFile = existingPath(GetDocDataPath(sDocName_));
-  if (!fileSystem().FileExists(dataFile)) {
-    return failInLog(L"InitDocument-文档名【" + sDocName_ +
-                     L"】找不到当前文档的数据文件【Doc.dat】");
-  }
-  pages_.emplace();
-  const std::wstring content = fromAnsi(fileSystem().ReadFile(dataFile));
-  const std::wstring_view text = withoutOuterSpaces(content);
-  if (text.empty()) return failInLog(L"InitDocument-文档名【" + sDocName_ + L"】 数据文件为空");
-  appendPages(text, *pages_);
-  return true;
+  return withFailuresLogged(L"InitDocument-", [this] {
+    readPageList(sDocName_, pages_);
+    return true;
+  });
 }
 
 bool Document::CreateDocument(const std::wstring& sDocName) {

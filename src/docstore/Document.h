@@ -60,7 +60,6 @@ class Document {
   PageList& pages();
   const PageList& pages() const;
   std::ptrdiff_t indexOf(std::int16_t position) const;
-  bool readPages();
   void writePages(const std::wstring& dataFile, const std::wstring& backupFile) const;
 
   std::wstring sDocFolder_;

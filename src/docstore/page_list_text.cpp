@@ -4,7 +4,11 @@
 #include <cstdint>
 #include <limits>
 
+#include "docstore/ScanTree.h"
 #include "foundation/Failure.h"
+#include "foundation/ansi_text.h"
+#include "foundation/existing_path.h"
+#include "foundation/mdlFolderAndFile.h"
 
 namespace orvane {
 namespace {
@@ -13,6 +17,19 @@ constexpr wchar_t kTerminator = L'$';
 constexpr int kMostSeparators = std::numeric_limits<std::int16_t>::max();
 
 }  // namespace
+
+void readPageList(const std::wstring& sDocName, std::optional<std::vector<std::wstring>>& pages) {
+  FileSystemObject& files = mdlFolderAndFile::fileSystem();
+  const std::wstring dataFile = existingPath(GetDocDataPath(sDocName));
+  if (!files.FileExists(dataFile)) {
+    throw Failure(L"文档名【" + sDocName + L"】找不到当前文档的数据文件【Doc.dat】");
+  }
+  pages.emplace();
+  const std::wstring content = fromAnsi(files.ReadFile(dataFile));
+  const std::wstring_view text = withoutOuterSpaces(content);
+  if (text.empty()) throw Failure(L"文档名【" + sDocName + L"】 数据文件为空");
+  appendPages(text, *pages);
+}
 
 void appendPages(std::wstring_view text, std::vector<std::wstring>& pages) {
   int separators = 0;

@@ -13,7 +13,7 @@
 #include "export/RunOutPutBatch.h"
 #include "foundation/kept_memory.h"
 #include "foundation/program.h"
-#include "window/InstanceGuard.h"
+#include "foundation/InstanceGuard.h"
 #include "window/QtWindowServices.h"
 #include "window/appearance.h"
 #include "window/frmMain.h"

@@ -8,7 +8,7 @@
 
 #include "support/AsOrdinaryUser.h"
 #include "support/TempStation.h"
-#include "window/InstanceGuard.h"
+#include "foundation/InstanceGuard.h"
 
 namespace orvane::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "window/InstanceGuard.h"
+#include "foundation/InstanceGuard.h"
 
 #include <cerrno>
 #include <fcntl.h>
