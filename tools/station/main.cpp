@@ -23,10 +23,12 @@ using namespace orvane;
 constexpr const char* kUsage = R"(用法：
   station list [状态]     列出各批：档案名称、状态、登记时间、页数、备注
   station again 档案名称  把一批的状态改回“完成扫描”，让它再导出一次
+  station hold 档案名称   把一批搁置起来（状态改为“暂停导出”），让后面的先导出
   station check           检查所有等待导出的批次：文件夹、Doc.dat、每一页；什么也不写
 )";
 
 constexpr const wchar_t* kWaiting = L"完成扫描";
+constexpr const wchar_t* kOnHold = L"暂停导出";
 
 // What the operator is told, without a prefix of the platform's.
 struct Refusal : std::runtime_error {
@@ -75,13 +77,13 @@ int list(BatchStore& store, const std::wstring& condition) {
 }
 
 // The program would neither expect nor see a change of the table in the middle of a run.
-int again(BatchStore& store, const std::wstring& BatchID) {
+int setState(BatchStore& store, const std::wstring& BatchID, const std::wstring& state) {
   const InstanceGuard guard(programFolder());
   if (guard.anotherRuns()) throw Refusal(L"程序正开着，请先关闭它再改状态。");
   const std::vector<Row> found = batches(store, L" where BatchID = " + quoted(BatchID));
   if (found.empty()) throw Refusal(L"没有这一批：" + BatchID);
-  store.execute(L"update T_BatchInfo set BatchState = ? where BatchID = ?", {kWaiting, BatchID});
-  print(BatchID + L"：" + valueOf(found[0], 1) + L" → " + kWaiting);
+  store.execute(L"update T_BatchInfo set BatchState = ? where BatchID = ?", {state, BatchID});
+  print(BatchID + L"：" + valueOf(found[0], 1) + L" → " + state);
   return 0;
 }
 
@@ -134,15 +136,16 @@ int run(const std::vector<std::wstring>& words) {
   const std::wstring command = words.empty() ? L"" : words[0];
   const bool isList = command == L"list" && words.size() <= 2;
   const bool isAgain = command == L"again" && words.size() == 2;
+  const bool isHold = command == L"hold" && words.size() == 2;
   const bool isCheck = command == L"check" && words.size() == 1;
-  if (!isList && !isAgain && !isCheck) {
+  if (!isList && !isAgain && !isHold && !isCheck) {
     std::cerr << kUsage;
     return 2;
   }
   enterStation();
   SqliteStore store;
   store.open(programFolder() + L"\\Orvane.dll");
-  if (isAgain) return again(store, words[1]);
+  if (isAgain || isHold) return setState(store, words[1], isAgain ? kWaiting : kOnHold);
   if (isCheck) return check(store);
   return list(store, words.size() == 2 ? inState(words[1]) : L"");
 }
