@@ -13,8 +13,8 @@ class ProgressList {
   virtual void addItem(std::wstring_view line) = 0;
 
   /// Adds a line at the end that tells a failure, and why it failed: a few lines of text for whoever
-  /// asks, or none.
-  virtual void addFailure(std::wstring_view line, std::wstring_view reason) = 0;
+  /// asks, or none. A list that keeps no reasons adds the line alone.
+  virtual void addFailure(std::wstring_view line, std::wstring_view /*reason*/) { addItem(line); }
 
   /// Removes all lines.
   virtual void clear() = 0;
