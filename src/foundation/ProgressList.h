@@ -12,8 +12,8 @@ class ProgressList {
   /// Adds a line at the end.
   virtual void addItem(std::wstring_view line) = 0;
 
-  /// Adds a line at the end that tells a failure, and why it failed: a few lines of text for whoever
-  /// asks, or none. A list that keeps no reasons adds the line alone.
+  /// Adds a line at the end that tells a failure, and why it failed: a few lines of text for
+  /// whoever asks, or none. A list that keeps no reasons adds the line alone.
   virtual void addFailure(std::wstring_view line, std::wstring_view /*reason*/) { addItem(line); }
 
   /// Removes all lines.

@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "export/RunOutPutBatch.h"
+#include "foundation/InstanceGuard.h"
 #include "foundation/kept_memory.h"
 #include "foundation/program.h"
-#include "foundation/InstanceGuard.h"
 #include "window/QtWindowServices.h"
 #include "window/appearance.h"
 #include "window/frmMain.h"

@@ -211,7 +211,7 @@ TEST_F(Savers, ARealFileIsConvertedToADocumentAndToPages) {
       "&& dd if=/dev/zero of=bad.tif bs=1 seek=8 count=9 conv=notrunc && "
       "tiffcp -a good.tif bad.tif");
   EXPECT_TRUE(convert.ChangeToDocPDF(station.path(L"bad.tif"), station.path(L"d.pdf"), L"", 2, 0));
-  EXPECT_THAT(station.takeLog(), testing::ContainsRegex("^SavePDF:.*bad.tif: the page cannot be"));
+  EXPECT_THAT(station.takeLog(), testing::ContainsRegex("SavePDF:.*bad.tif: the page cannot be"));
   station.shell("test $(qpdf --show-npages d.pdf) = 1");
 }
 

@@ -95,7 +95,10 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
        [&] { fs::permissions(out() / "B1", fs::perms{0555}); }, [] {}, "Permission denied",
        batchFailed},
       {"the log folder is not writable and a page is missing",
-       [&] { aside(source()), writeBytes(station.native("Log"), "a file"); },
+       [&] {
+         aside(source()), fs::remove_all(station.native("Log"));
+         writeBytes(station.native("Log"), "a file");
+       },
        [&] { back(source()), fs::remove(station.native("Log")); }, "D2 导出失败！", batchFailed},
       {"the page list is a folder", [&] { aside(docDat()), fs::create_directory(docDat()); },
        [&] { back(docDat()); }, "Doc.dat: Is a directory", batchFailed},

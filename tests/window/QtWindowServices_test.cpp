@@ -6,9 +6,9 @@
 #include <QTimer>
 #include <gmock/gmock.h>
 
+#include "foundation/InstanceGuard.h"
 #include "support/AsOrdinaryUser.h"
 #include "support/TempStation.h"
-#include "foundation/InstanceGuard.h"
 
 namespace orvane::test {
 namespace {
