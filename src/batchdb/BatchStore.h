@@ -29,8 +29,10 @@ class BatchStore {
   virtual void execute(const std::wstring& sql, const std::vector<std::wstring>& values = {}) = 0;
 
   /// Runs a query and returns all its rows. A leading "select top N", in any letter case, means the
-  /// first N rows. With `readOnly` a statement that would change the file is refused.
-  virtual std::vector<Row> query(const std::wstring& sql, bool readOnly) = 0;
+  /// first N rows. With `readOnly` a statement that would change the file is refused. `values` as
+  /// in `execute`.
+  virtual std::vector<Row> query(const std::wstring& sql, bool readOnly,
+                                 const std::vector<std::wstring>& values = {}) = 0;
 };
 
 /// Makes a store that is not open yet.

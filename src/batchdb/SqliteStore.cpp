@@ -100,11 +100,13 @@ void SqliteStore::execute(const std::wstring& sql, const std::vector<std::wstrin
   }
 }
 
-std::vector<Row> SqliteStore::query(const std::wstring& sql, bool readOnly) {
+std::vector<Row> SqliteStore::query(const std::wstring& sql, bool readOnly,
+                                    const std::vector<std::wstring>& values) {
   const Statement statement = prepare(withLimitForTop(sql));
   if (readOnly && sqlite3_stmt_readonly(statement.get()) == 0) {
     throw Failure(sqlite3_errstr(SQLITE_READONLY));
   }
+  bindTexts(connection_.get(), statement.get(), values);
   std::vector<Row> rows;
   while (step(statement)) rows.push_back(currentRow(statement.get()));
   return rows;

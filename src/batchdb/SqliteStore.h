@@ -26,7 +26,8 @@ class SqliteStore : public BatchStore {
   void open(const std::wstring& path) override;
   bool isOpen() const override { return connection_ != nullptr; }
   void execute(const std::wstring& sql, const std::vector<std::wstring>& values = {}) override;
-  std::vector<Row> query(const std::wstring& sql, bool readOnly) override;
+  std::vector<Row> query(const std::wstring& sql, bool readOnly,
+                         const std::vector<std::wstring>& values = {}) override;
 
  private:
   struct Close {

@@ -94,9 +94,12 @@ bool UpdateBatchInfo(const std::wstring& sBatchID, const std::wstring& sBatchSta
 bool AddBatchRemark(const std::wstring& sBatchID, const std::wstring& sRemark) {
   try {
     if (!EnsureConnection(false)) return false;
-    // A failing batch comes back at once: an update of no row writes nothing to the disk.
-    gConnection->execute(L"update T_BatchInfo set Remark =? where BatchId =? and Remark is not ?",
-                         {sRemark, sBatchID, sRemark});
+    // A failing batch comes back at once; a writer would go to the disk and wait for readers.
+    const auto rowsToChange =
+        gConnection->query(L"select top 1 * from T_BatchInfo where BatchId =? and Remark is not ?",
+                           true, {sBatchID, sRemark});
+    if (rowsToChange.empty()) return true;
+    gConnection->execute(L"update T_BatchInfo set Remark =? where BatchId =?", {sRemark, sBatchID});
     return true;
   } catch (const std::exception& failure) {
     return failInLog(L"AddBatchRemark :", failure, false);

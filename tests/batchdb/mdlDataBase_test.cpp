@@ -175,7 +175,11 @@ TEST_F(BatchDatabase, ARemarkThatIsThereAlreadyIsNotWrittenAgain) {
   for (const wchar_t* batch : {L"B1", L"B2", L"B9"}) {
     EXPECT_TRUE(AddBatchRemark(batch, L"失败！"));
     const std::string written = station.read("Orvane.dll");  // with SQLite's count of changes
+    SqliteStore scanningStation;
+    scanningStation.open(station.path(L"Orvane.dll"));
+    scanningStation.execute(L"begin immediate");  // a second writer would wait
     EXPECT_TRUE(AddBatchRemark(batch, L"失败！"));
+    EXPECT_EQ(window.yields, 0);
     EXPECT_EQ(station.read("Orvane.dll"), written);
   }
   EXPECT_EQ(station.shell("sqlite3 Orvane.dll 'select Remark from T_BatchInfo'"),
@@ -192,7 +196,9 @@ class DeadStore : public BatchStore {
     if (failsProof_) throw Failure("dead");
     isProved_ = true;
   }
-  std::vector<Row> query(const std::wstring&, bool) override { throw Failure("dead"); }
+  std::vector<Row> query(const std::wstring&, bool, const std::vector<std::wstring>&) override {
+    throw Failure("dead");
+  }
 
  private:
   bool failsProof_;
