@@ -162,7 +162,8 @@ TEST_F(HostFaults, LeaveAllOfTheOldOrAllOfTheNewAndNothingInTheWay) {
       {"delete a page of a PDF file", [&] { return DocumentHelper().DeletePage(at(L"m.pdf"), 1); }},
       {"save over the source",
        [&] { return mdlImageProcess::SaveImage(engine, at(L"p.tif"), 1, L"", false, 0, false); }}};
-  for (const auto& [name, operation] : operations) {
+  for (const auto& [name, run] : operations) {
+    const auto& operation = run;
     for (const Fault fault : {Fault::Fail, Fault::Kill}) {
       // A removal that fails leaves what it should have removed.
       const unsigned kinds = fault == Fault::Kill ? kAllButMemory : kAll - kRemove;
