@@ -360,29 +360,28 @@ TEST_F(RealEngine, APageThatEndsEarlyIsWholeAndToldOnce) {
                {"g3:1d", 3, 0, 1, 1, 0, endOfRows},
                {"g3:2d -f lsb2msb", 3, 1, 1, 2, 1, withTags},
                {"g3:fill", 3, 0, 6, 1, 4, endOfRows + "padding"}};
-  for (const auto& [storage, compression, photometric, orientation, fillOrder, options, end] :
-       cases) {
-    SCOPED_TRACE(storage);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.storage);
     outputOf(kPicture + "-alpha off -depth 1 -type bilevel -compress None -define " +
-             "quantum:polarity=min-is-" + (photometric == 0 ? "white" : "black") +
+             "quantum:polarity=min-is-" + (c.photometric == 0 ? "white" : "black") +
              " TIFF:" + file("base.tif"));
-    station.shell("tiffcp -r 151 -c " + storage + " base.tif page.tif; " +
+    station.shell("tiffcp -r 151 -c " + c.storage + " base.tif page.tif; " +
                   "convert base.tif -background white -extent 203x160 " +
-                  (orientation == 6 ? "-rotate 90 +repage" : "") + " want.png");
+                  (c.orientation == 6 ? "-rotate 90 +repage" : "") + " want.png");
     std::uint32_t directory = 0;  // which libtiff writes behind the strip
     const std::string made = station.read("page.tif");
     made.copy(reinterpret_cast<char*>(&directory), 4, 4);
     const auto writePage = [&](const std::string& strip) {
-      const std::uint16_t optionsTag = compression == 3 ? 292 : 293;
+      const std::uint16_t optionsTag = c.compression == 3 ? 292 : 293;
       station.write("page.tif", rawGrayPage(203, 160, strip,
                                             {{258, 3, 1, 1},
-                                             {259, 3, 1, compression},
-                                             {262, 3, 1, photometric},
-                                             {266, 3, 1, fillOrder},
-                                             {274, 3, 1, orientation},
-                                             {optionsTag, 4, 1, options}}));
+                                             {259, 3, 1, c.compression},
+                                             {262, 3, 1, c.photometric},
+                                             {266, 3, 1, c.fillOrder},
+                                             {274, 3, 1, c.orientation},
+                                             {optionsTag, 4, 1, c.options}}));
     };
-    writePage(made.substr(8, directory - 8) + end);
+    writePage(made.substr(8, directory - 8) + c.end);
     expectWhole();
     writePage(made.substr(8, 60));
     engine.SourceFile(station.path(L"page.tif"));
