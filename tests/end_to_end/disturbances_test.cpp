@@ -141,7 +141,8 @@ TEST_F(Disturbances, WhateverEndsTheProgramInMidBatchSavesTheSettingsFirst) {
       {"SIGHUP", send(SIGHUP)},
       {"SIGINT", send(SIGINT)},
       {"no display", [](Operator& person) { person.endDisplay(); }}};
-  for (const auto& [name, end] : ways) {
+  for (const auto& [name, way] : ways) {
+    const auto& end = way;
     SCOPED_TRACE(name);
     station.shell("sed -i s/IsMutiPage=False/IsMutiPage=false/ data.ini; rm -rf output/*");
     Operator person(station, "--default-signal");
