@@ -15,6 +15,14 @@ namespace {
 constexpr const wchar_t* kHead = L"档案\t档案（件）\t页数\t文件数\t字节数\t秒\t结果\t原因";
 constexpr const wchar_t* kSum = L"合计";
 
+// A reason is several log messages, a line each.
+std::wstring joinedMessages(std::wstring reason) {
+  for (std::size_t end = 0; (end = reason.find(L'\n', end)) != reason.npos;) {
+    reason.replace(end, 1, L"；");
+  }
+  return reason;
+}
+
 // Names from the disk and the table can hold what separates columns and rows.
 std::wstring inOneCell(std::wstring text) {
   for (wchar_t& c : text) {
@@ -33,7 +41,8 @@ std::wstring tenths(std::chrono::duration<double> time) {
 std::wstring lineOf(const ReportRow& row, const std::wstring& document, const std::wstring& time) {
   return inOneCell(row.batch) + L"\t" + inOneCell(document) + L"\t" + std::to_wstring(row.pages) +
          L"\t" + std::to_wstring(row.files) + L"\t" + std::to_wstring(row.bytes) + L"\t" + time +
-         L"\t" + (row.isExported ? L"成功" : L"失败") + L"\t" + inOneCell(row.reason);
+         L"\t" + (row.isExported ? L"成功" : L"失败") + L"\t" +
+         inOneCell(joinedMessages(row.reason));
 }
 
 bool isPowerOfTen(std::int64_t number) {

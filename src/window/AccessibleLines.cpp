@@ -31,7 +31,9 @@ class AccessibleLine : public QAccessibleInterface {
 
   QAccessible::Role role() const override { return QAccessible::ListItem; }
   QString text(QAccessible::Text kind) const override {
-    return kind == QAccessible::Name ? index().data().toString() : QString();
+    if (kind == QAccessible::Name) return index().data().toString();
+    if (kind != QAccessible::Description) return {};
+    return index().data(Qt::AccessibleDescriptionRole).toString();  // why a line failed
   }
   void setText(QAccessible::Text, const QString&) override {}
 

@@ -177,7 +177,10 @@ void ProgressListView::showReason() {
   const QModelIndex current = currentIndex();
   if (!current.isValid()) return;
   scrollTo(current);
-  QToolTip::showText(belowCurrentLine(), current.data(Qt::ToolTipRole).toString(), viewport());
+  const QString reason = current.data(Qt::ToolTipRole).toString();
+  QToolTip::showText(belowCurrentLine(),
+                     reason.isEmpty() ? QStringLiteral("这一行没有失败的原因。") : reason,
+                     viewport());
 }
 
 void ProgressListView::copySelectedLines() const {

@@ -30,7 +30,7 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   QModelIndex indexAt(const QPoint& point) const override;
 
   void copySelectedLines() const;
-  /// Shows the reason of the current line, if it has one, below it.
+  /// Shows the reason of the current line below it, or that it has none.
   void showReason();
 
  protected:

@@ -50,9 +50,10 @@ QString RunTips::textOf(const Tip& tip) {
     waiting_ = mdlDataBase::waitingBatches();
     askedAfter_ = progress.attempts();
   }
-  const QString text = toQt(progress.text(waiting_, host_.IsStopRequested()));
-  if (!host_.IsStopRequested() || &tip != &tips_.back()) return asTip(text + tip.constant);
-  return asTip(QStringLiteral("已收到停止，这一批做完就停下来。\n") + text.trimmed());
+  const bool isStopRequested = host_.IsStopRequested();
+  const QString text = toQt(progress.text(waiting_, isStopRequested)).trimmed();
+  if (isStopRequested) return asTip(QStringLiteral("已收到停止，这一批做完就停下来。\n") + text);
+  return asTip(&tip == &tips_.back() ? text + u'\n' + tip.constant : text);
 }
 
 void RunTips::show(const Tip& tip, const QPoint& place) {

@@ -11,8 +11,8 @@
 
 namespace orvane {
 
-/// While a run goes on, the tool tips of the list and of `btnStop` tell how far it is, in front of
-/// what they always say, and are kept up to date as long as they are shown. The table is asked for
+/// While a run goes on, the tool tips of the list and of `btnStop` tell how far it is, and that a
+/// stop was heard, and are kept up to date as long as they are shown. The table is asked for
 /// what waits when a tip comes up, and again after each batch.
 class RunTips : public QObject {
  public:

@@ -13,6 +13,7 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/path_text.h"
 #include "foundation/utf8_text.h"
+#include "window/operator_guide.h"
 #include "window/qt_text.h"
 
 namespace orvane {
@@ -33,7 +34,8 @@ QString logText(const std::wstring& file) {
 void fill(QDialog& logWindow) {
   const std::wstring file = mdlFolderAndFile::logFileOfToday();
   logWindow.setWindowTitle(QStringLiteral("今天的日志 ") +
-                           toQt(file.substr(file.find_last_of(L'\\') + 1)));
+                           toQt(file.substr(file.find_last_of(L'\\') + 1)) +
+                           QStringLiteral("（按 F5 刷新）"));
   auto& text = *logWindow.findChild<QPlainTextEdit*>();
   text.setPlainText(logText(file));
   text.moveCursor(QTextCursor::End);
@@ -59,15 +61,24 @@ void showLog(QWidget& window) {
 }
 
 // A failure is told in a tip: a box would halt the run.
+void tell(QWidget& list, const QString& text) {
+  QToolTip::showText(list.mapToGlobal(QPoint(0, 0)), wrappedTip(text), &list);
+}
+
+void openOnDesktop(QWidget& list, const QString& path) {
+  if (QDesktopServices::openUrl(QUrl::fromLocalFile(path))) return;
+  tell(list, QStringLiteral("桌面上没有能打开它的程序：") + path);
+}
+
 void openOutputFolder(QWidget& list, const std::wstring& SavePath) {
-  const auto tell = [&](const QString& text) {
-    QToolTip::showText(list.mapToGlobal(QPoint(0, 0)), wrappedTip(text), &list);
-  };
-  if (SavePath.empty()) return tell(QStringLiteral("还没有选择成果输出文件夹。"));
-  const QString folder = toQt(fromUtf8(nativePath(SavePath).lexically_normal().native()));
-  if (!QDesktopServices::openUrl(QUrl::fromLocalFile(folder))) {
-    tell(QStringLiteral("打不开文件夹，可能没有装文件管理器：") + folder);
-  }
+  if (SavePath.empty()) return tell(list, QStringLiteral("还没有选择成果输出文件夹。"));
+  openOnDesktop(list, toQt(fromUtf8(nativePath(SavePath).lexically_normal().native())));
+}
+
+void openGuideFile(QWidget& list) {
+  const QString file = guideFile();
+  if (file.isEmpty()) return tell(list, QStringLiteral("找不到操作手册。"));
+  openOnDesktop(list, file);
 }
 
 template <typename Act>
@@ -79,8 +90,8 @@ QAction& addAction(QWidget& list, const char* caption, Act act) {
 }
 
 // The key works wherever the focus is in the window, except in its other windows.
-void setWindowKey(QAction& action, Qt::Key key) {
-  action.setShortcut(Qt::CTRL | key);
+void setWindowKey(QAction& action, const QKeySequence& key) {
+  action.setShortcut(key);
   action.setShortcutVisibleInContextMenu(true);
 }
 
@@ -94,10 +105,11 @@ void addListActions(QWidget& window, ProgressListView& list, const ExportForm& f
   auto* line = new QAction(&list);
   line->setSeparator(true);
   list.addAction(line);
-  setWindowKey(addAction(list, "今天的日志(&L)", [&] { showLog(window); }), Qt::Key_L);
+  setWindowKey(addAction(list, "今天的日志(&L)", [&] { showLog(window); }), Qt::CTRL | Qt::Key_L);
   setWindowKey(addAction(list, "打开输出文件夹(&O)",
                          [&] { openOutputFolder(list, form.settings().SavePath); }),
-               Qt::Key_O);
+               Qt::CTRL | Qt::Key_O);
+  setWindowKey(addAction(list, "操作手册(&G)", [&] { openGuideFile(list); }), Qt::Key_F1);
 }
 
 }  // namespace orvane

@@ -118,10 +118,14 @@ TEST_F(ProgressListTest, AFailedLineTellsItsReasonToTheMouseTheKeyboardAndAScree
   const std::string tip = tipAt(1);
   EXPECT_THAT(tip, testing::HasSubstr("mdl-\\a&lt;b&gt;\\2.tif: No such file\n页码：2<"));
   QToolTip::hideText();
-  list.setCurrentIndex(list.model()->index(1, 0));
+  list.setCurrentIndex(list.model()->index(0, 0));
+  press(Qt::Key_Return);
+  EXPECT_EQ(QToolTip::text().toStdString(), "这一行没有失败的原因。");
+  press(Qt::Key_Down);
   press(Qt::Key_Return);
   EXPECT_EQ(QToolTip::text().toStdString(), tip);
-  EXPECT_EQ(list.currentIndex().data(Qt::AccessibleDescriptionRole).toString().toStdString(),
+  const auto* spoken = QAccessible::queryAccessibleInterface(&list)->child(1);
+  EXPECT_EQ(spoken->text(QAccessible::Description).toStdString(),
             "mdl-\\a<b>\\2.tif: No such file\n页码：2");
   EXPECT_EQ(copied(), "D2 导出失败！");
 }
@@ -152,7 +156,7 @@ TEST_F(ProgressListTest, TheMenuOpensByMouseAndKeyboardWithoutHaltingTheRun) {
     for (QAction* action : menu->actions()) captions += action->text().toStdString() + "|";
     EXPECT_EQ(captions,
               "复制(&C)\tCtrl+C|全选(&A)\tCtrl+A|失败的原因(&R)\t回车||今天的日志(&L)|"
-              "打开输出文件夹(&O)|");
+              "打开输出文件夹(&O)|操作手册(&G)|");
     menu->actions()[1]->trigger();
     menu->actions()[0]->trigger();
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "第 0 行\n第 1 行\n第 2 行");

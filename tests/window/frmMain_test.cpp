@@ -219,8 +219,13 @@ TEST_F(FrmMain, TheKeysOfTheListsMenuShowTheDaysLogAndTheOutputFolder) {
   window.activateWindow();
   ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &window; }));
   press(window, QKeySequence("Ctrl+O"));
-  QDesktopServices::unsetUrlHandler("file");
   EXPECT_EQ(desktop.source().toLocalFile().toStdString(), folder.native("成果").string() + "/");
+  folder.write("doc/operator-guide.zh.html", "手册");
+  press(window, QKeySequence("F1"));
+  QDesktopServices::unsetUrlHandler("file");
+  EXPECT_EQ(desktop.source().toLocalFile().toStdString(),
+            folder.native("doc/operator-guide.zh.html"));
+  EXPECT_EQ(services.takeBoxes(), "") << "which would halt a run";
 }
 
 TEST_F(FrmMain, TheFolderChooserMakesFoldersAndTakesNoneAway) {

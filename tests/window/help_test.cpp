@@ -213,9 +213,7 @@ TEST_F(Help, TheTipsOfTheListAndOfStopTellHowFarTheRunIs) {
     host.progress().beginPage(2, 9);
     setWaiting(3);
     const std::string begin = "正在导出档案【&lt;b&gt;B1】的 D1 件：第 2 页，共 9 页\n";
-    EXPECT_THAT(ask(list), testing::AllOf(testing::HasSubstr(begin),
-                                          testing::HasSubstr("，还有 2 批等待导出\n"),
-                                          testing::HasSubstr(tipOfList.toStdString())));
+    EXPECT_THAT(ask(list), testing::HasSubstr(begin + "已完成 0 批，还有 2 批等待导出\n"));
     setWaiting(2);
     host.progress().beginPage(3, 9);
     EXPECT_TRUE(comes("第 3 页，共 9 页\n已完成 0 批，还有 2 批等待导出\n")) << tip();
