@@ -31,10 +31,10 @@ std::wstring inOneCell(std::wstring text) {
   return text;
 }
 
-std::wstring tenths(std::chrono::duration<double> time) {
+std::wstring inSeconds(std::chrono::duration<double> time) {
   char digits[64];
   const char* const end =
-      std::to_chars(digits, digits + sizeof digits, time.count(), std::chars_format::fixed, 1).ptr;
+      std::to_chars(digits, digits + sizeof digits, time.count(), std::chars_format::fixed, 2).ptr;
   return std::wstring(static_cast<const char*>(digits), end);
 }
 
@@ -89,7 +89,7 @@ void RunReport::add(const ReportRow& row, const std::wstring& document) {
   if (pass_.empty()) isRepetition_ = true;
   const std::size_t place = pass_.size();
   pass_.push_back(lineOf(row, document, {}));
-  held_.push_back(lineOf(row, document, tenths(row.time)));
+  held_.push_back(lineOf(row, document, inSeconds(row.time)));
   isRepetition_ = isRepetition_ && place < before_.size() && pass_[place] == before_[place];
   if (isRepetition_) return;
   writeRepetitions();

@@ -436,7 +436,7 @@ TEST(RunProgress, TheTimeThatIsLeftIsToldOnceItCanBeMeasured) {
 TEST_F(RunOutPutBatch, AReportHasARowForEachDocumentAndASumForEachBatch) {
   const auto report = [&] {
     const std::string text = station.shell(
-        "cat Log/*-*.txt | sed 's/\t[0-9]*\\.[0-9]\t/\t秒\t/; s/\\r$//' | tr '\\t' '|'");
+        "cat Log/*-*.txt | sed 's/\t[0-9]*\\.[0-9]*\t/\t秒\t/; s/\\r$//' | tr '\\t' '|'");
     return std::regex_replace(text, std::regex("\\|mdlImage.*；Doc.*"), "|……");
   };
   const auto bytes = [&](const std::string& files) {
