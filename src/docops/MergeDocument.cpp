@@ -71,7 +71,7 @@ class MergedDocument {
   MergedDocument(const MergedDocument&) = delete;
   MergedDocument& operator=(const MergedDocument&) = delete;
 
-  /// Adds the pages of a document behind those that are there. A page listed twice is one file,
+  /// Adds the pages of a document after those that are there. A page listed twice is one file,
   /// listed twice.
   void add(const std::wstring& sDocumentID, const std::vector<std::wstring>& pages) {
     std::map<std::wstring, std::wstring> copied;

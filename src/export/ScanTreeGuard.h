@@ -69,7 +69,7 @@ class ScansOfBatch {
   /// @param subFolders  the names of all sub-folders of the batch.
   explicit ScansOfBatch(const std::vector<std::wstring>& subFolders);
 
-  /// Throws Failure for a folder that is, holds or lies in the scan tree, or holds the program's
+  /// Throws Failure for a folder that is, holds or is in the scan tree, or holds the program's
   /// folder; for every folder when it could not be found out where the scans lie.
   void requireDeletable(const std::wstring& folder) const;
 

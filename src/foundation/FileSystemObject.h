@@ -8,7 +8,7 @@ namespace orvane {
 
 /// The operations on files and folders that the program needs of the platform. Paths are path
 /// texts, taken as they are spelled; only `IsSamePlace`, `CopyFile` (its source), `SubFolders` and
-/// `ReadFile` find what lies in the scan tree by any letter case (see existing_path.h). Every
+/// `ReadFile` find what is in the scan tree by any letter case (see existing_path.h). Every
 /// operation throws Failure with the platform's text, "<path>: <reason>" unless said otherwise;
 /// virtual so that a test can force a failure that it cannot make for real.
 class FileSystemObject {

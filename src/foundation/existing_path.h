@@ -5,7 +5,7 @@
 
 namespace orvane {
 
-/// Where a file or folder of the scan tree really lies. A station that comes from Windows has names
+/// Where a file or folder of the scan tree really is. A station that comes from Windows has names
 /// such as `0001.TIF` or `DOC.DAT` that are asked for in other letter case.
 ///
 /// A path below (or at) `Batchs` of the program's folder that leads nowhere as it is spelled is

@@ -85,7 +85,7 @@ class AccessibleList : public QAccessibleWidget {
     return list_.hasFocus() ? child(list_.currentIndex().row()) : nullptr;
   }
 
-  // The list has its tool tip from the place it lies in.
+  // The list has its tool tip from the place that it is in.
   QString text(QAccessible::Text kind) const override {
     if (kind != QAccessible::Description) return QAccessibleWidget::text(kind);
     return list_.parentWidget()->toolTip();

@@ -63,7 +63,7 @@ class FolderTree : public QTreeWidget {
 
   QString currentFolder() const { return folderOf(currentItem()); }
 
-  /// Opens what lies above a folder and makes it the current one.
+  /// Opens what is above a folder and makes it the current one.
   void goTo(const QString& folder) {
     QTreeWidgetItem* item = placeAbove(folder);
     QString path = folderOf(item);

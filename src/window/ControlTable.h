@@ -11,7 +11,7 @@ enum class ControlKind {
   Option,
   Check,
   Label,
-  GapLabel,  ///< another control lies in the blanks of its caption
+  GapLabel,  ///< another control is placed in the blanks of its caption
   Text,
   TallText,  ///< wraps what is too long for one line
   DropDown,

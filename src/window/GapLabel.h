@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-/// A label with a gap of blanks in its caption, in which another control lies. The gap is as wide
-/// as that control wants it, whatever the width of a blank in the font is.
+/// A label with a gap of blanks in its caption, in which another control is placed. The gap is as
+/// wide as that control wants it, whatever the width of a blank in the font is.
 class GapLabel : public QLabel {
  public:
   using QLabel::QLabel;

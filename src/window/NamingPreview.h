@@ -13,7 +13,7 @@ namespace orvane {
 /// end, where no pattern is selected or files can replace each other.
 std::wstring namingPreview(const ExportForm& form);
 
-/// The name of that file under another pattern, with "⚠" behind it where files can replace each
+/// The name of that file under another pattern, with "⚠" after it where files can replace each
 /// other; empty when the options give none.
 std::wstring exampleName(const ExportForm& form, const std::wstring& pattern);
 

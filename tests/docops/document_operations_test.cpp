@@ -268,7 +268,7 @@ TEST_F(Component, AThumbnailThatFailsCleansUpWithoutAWord) {
                                           "SourceFile", "Picture"));
   EXPECT_THAT(calls[Crop], ElementsAre("hDIB 77", "ResizeImage 250 150", "SourceFile", "Picture"));
 
-  // A clean-up that fails behind the save is run again, and is a failure.
+  // A clean-up that fails after the save is run again, and is a failure.
   engines[Crop]->throwsAt.clear();
   engines[Crop]->onSave = [&] { engines[Control]->throwsAt = "Picture"; };
   EXPECT_FALSE(helper.CreateThumbnailImage(L"\\x.tif", 4));

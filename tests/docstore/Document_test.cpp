@@ -222,7 +222,7 @@ TEST(ScanTree, ASubFolderIsADocumentOrCertainlyNone) {
                     closed = "Permission denied";
   const struct {
     const char* command;  // makes D
-    std::string answer;   // or the reason why there is none, behind the path
+    std::string answer;   // or the reason why there is none, after the path
   } cases[] = {{"mkdir D; touch D/Doc.dat", "yes"},
                {"mkdir D; touch D/DOC.DAT", "yes"},
                {"mkdir D E; touch E/x; ln -s ../E/x D/doc.dat", "yes"},

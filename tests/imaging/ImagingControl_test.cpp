@@ -368,7 +368,7 @@ TEST_F(RealEngine, APageThatEndsEarlyIsWholeAndToldOnce) {
     station.shell("tiffcp -r 151 -c " + c.storage + " base.tif page.tif; " +
                   "convert base.tif -background white -extent 203x160 " +
                   (c.orientation == 6 ? "-rotate 90 +repage" : "") + " want.png");
-    std::uint32_t directory = 0;  // which libtiff writes behind the strip
+    std::uint32_t directory = 0;  // which libtiff writes after the strip
     const std::string made = station.read("page.tif");
     made.copy(reinterpret_cast<char*>(&directory), 4, 4);
     const auto writePage = [&](const std::string& strip) {

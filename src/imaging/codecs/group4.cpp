@@ -56,7 +56,7 @@ class StripCopier {
 
  private:
   // Only the first row of a strip depends on where the strip begins: it was coded against white and
-  // is coded anew against the last row of the strip before. All other rows keep their bits.
+  // is coded again, against the last row of the strip before. All other rows keep their bits.
   void join(ByteView data, Group4Strip strip, std::uint32_t missing) {
     if (strip.rows > 0) {
       writer_.writeRow(lastRow_, strip.firstRow);

@@ -31,7 +31,7 @@ struct Group4Copy {
 };
 
 /// Walks the strips of a Group 4 image without drawing a pixel, and copies them. Rows keep their
-/// codes; only the first row of a strip that is joined to the one before it is coded anew. What
+/// codes; only the first row of a strip that is joined to the one before it is coded again. What
 /// comes after the last row is padding when it is zero bits, with or without end-of-line codes, and
 /// whatever it is after an end-of-block; it is not copied.
 Group4Copy copyGroup4(EncodedImage image, Group4Form form);

@@ -33,7 +33,7 @@ Bytes profileSegments(ByteView profile) {
   return segments;
 }
 
-// Where further segments may stand: behind the start of the image and the JFIF segment, which has
+// Where further segments may stand: after the start of the image and the JFIF segment, which has
 // to be the first.
 std::size_t placeOfSegments(ByteView stream) {
   const bool isJfif = stream.size() > 6 && stream[2] == 0xFF && stream[3] == 0xE0;

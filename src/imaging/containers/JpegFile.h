@@ -6,7 +6,7 @@
 
 namespace orvane {
 
-/// Writes `path` anew with one JPEG stream, the image's ICC profile in APP2 segments of it. An
+/// Writes one JPEG stream to a new file `path`, the image's ICC profile in APP2 segments of it. An
 /// older file of that name is replaced, never written into. A failed write leaves no file.
 void writeJpegFile(const std::wstring& path, const EncodedImage& image);
 

@@ -27,7 +27,7 @@ std::pair<std::size_t, std::size_t> profileNumberIn(const std::string& dictionar
   return {begin, end == std::string::npos ? 0 : end - begin};
 }
 
-// Writes the kept pages one behind another under new object numbers. The streams are copied. A
+// Writes the kept pages one after another under new object numbers. The streams are copied. A
 // profile goes with the first kept page that uses it, whichever page has brought it along.
 class PageCopy {
  public:

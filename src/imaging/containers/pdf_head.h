@@ -26,7 +26,7 @@ const PdfHead& pdfHead();
 /// The text in front of an object's own, and behind it.
 std::string beginPdfObject(std::uint32_t number);
 constexpr char kEndPdfObject[] = "\nendobj\n";
-/// The text between a stream's dictionary and its bytes, and behind them.
+/// The text between a stream's dictionary and its bytes, and after them.
 constexpr char kBeginPdfStream[] = "\nstream\n";
 constexpr char kEndPdfStream[] = "\nendstream";
 

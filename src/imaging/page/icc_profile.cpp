@@ -43,7 +43,7 @@ std::string_view spaceOf(Photometric photometric) {
   return {};
 }
 
-// The tag table behind the header and all that it refers to lie in the profile (ICC.1 clause 6.2).
+// The tag table after the header and all that it refers to are in the profile (ICC.1 clause 6.2).
 bool hasWholeTagTable(ByteView profile) {
   constexpr std::size_t kFront = kHeaderBytes + 4;
   constexpr std::size_t kEntryBytes = 12;

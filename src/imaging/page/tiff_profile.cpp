@@ -72,7 +72,7 @@ SegmentedProfile readSegments(const ImageFile& file, Range stream) {
   constexpr std::uint8_t kStartOfScan = 0xDA;
   constexpr int kMostSegments = 2000;  // a hostile stream could have millions
   SegmentedProfile profile;
-  std::uint64_t at = stream.from + 2;  // behind the start of the image
+  std::uint64_t at = stream.from + 2;  // after the start of the image
   const std::uint64_t end = std::min(stream.from + stream.length, file.size());
   for (int i = 0; i < kMostSegments && at < end; ++i) {
     std::array<std::uint8_t, 4> front{};

@@ -95,7 +95,7 @@ TEST(Group4, RowsThatWereNeverCodedArePaperUnlessOthersFollow) {
 }
 
 // Of a stream that both accept the rows must be the same: read as strips of one row, every row is
-// written anew when they are joined. What libtiff accepts is only refused for what follows it.
+// written again when they are joined. What libtiff accepts is only refused for what follows it.
 TEST(Group4, NoticesAllDamageThatLibtiffNotices) {
   int noticedByLibtiff = 0, accepted = 0;
   forEachPage([&](const Raster& page, Random& random) {

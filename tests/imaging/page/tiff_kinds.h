@@ -23,7 +23,7 @@ struct TiffKind {
 /// Writes `pages` pages of a kind, each with other pixels.
 void writeTiff(const std::filesystem::path& file, const TiffKind& kind, int pages = 1);
 
-/// Where the directory of a little-endian file stands; libtiff writes it behind the strips, and the
+/// Where the directory of a little-endian file stands; libtiff writes it after the strips, and the
 /// first strip at 8.
 std::uint32_t directoryOf(const std::string& file);
 
