@@ -6,9 +6,6 @@
 /// Encodings that keep every sample value, palettes and alpha included.
 namespace orvane {
 
-/// Byte order of the TIFF file that 16-bit samples go to.
-enum class SampleOrder { LittleEndian, BigEndian };
-
 /// LZW strips (TIFF 6.0 section 13), with the horizontal predictor (section 14) for 8 and 16-bit
 /// samples of non-palette rasters.
 EncodedImage encodeLzw(const Raster& raster, SampleOrder order);

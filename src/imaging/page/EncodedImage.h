@@ -23,6 +23,9 @@ enum class Photometric : std::uint16_t {
   YCbCr = 6,
 };
 
+/// Byte order of the TIFF file that 16-bit samples go to.
+enum class SampleOrder { LittleEndian, BigEndian };
+
 /// A page as a container embeds it: encoded strips and what a reader must know of them. A page is
 /// encoded once; containers only place its bytes. Group 4 strips have fill order 1 and no options;
 /// a JPEG strip is a complete JPEG stream with its own tables.
