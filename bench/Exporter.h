@@ -6,8 +6,8 @@
 
 #include "docstore/ScanTree.h"
 #include "export/SaveAsDocument.h"
-#include "foundation/kept_memory.h"
 #include "foundation/path_text.h"
+#include "foundation/program.h"
 #include "imaging/ImagingControl.h"
 
 namespace orvane::bench {

@@ -10,7 +10,7 @@
 #include "export/ExportStation.h"
 #include "export/JournalHost.h"
 #include "export/RunOutPutBatch.h"
-#include "settings/NamingPattern.h"
+#include "settings/ExportSettings.h"
 
 namespace {
 

@@ -12,13 +12,13 @@
 #include <vector>
 
 #include "foundation/path_text.h"
-#include "imaging/codecs/group4.h"
-#include "imaging/codecs/jpeg_transcode.h"
-#include "imaging/codecs/lossless.h"
-#include "imaging/containers/PdfFile.h"
-#include "imaging/containers/TiffFile.h"
-#include "imaging/page/TiffPage.h"
-#include "imaging/page/conversion.h"
+#include "imaging/group4/group4.h"
+#include "imaging/jpeg/jpeg_transcode.h"
+#include "imaging/lzw/lossless.h"
+#include "imaging/pdf/PdfFile.h"
+#include "imaging/raster/conversion.h"
+#include "imaging/tiff/TiffFile.h"
+#include "imaging/tiff/TiffPage.h"
 
 namespace {
 

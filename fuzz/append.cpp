@@ -1,6 +1,6 @@
 // A page is added to a given TIFF or PDF file: one page more, or the file as it was.
 #include "fuzz/Workshop.h"
-#include "imaging/page/Raster.h"
+#include "imaging/raster/Raster.h"
 #include "support/command.h"
 
 using namespace orvane;

@@ -1,9 +1,9 @@
 // The walk over a Group 4 strip. Whatever makes libtiff complain about a coded row must be damage,
 // what it takes is only refused for what follows, and a strip that is copied must keep its pixels.
-#include "imaging/codecs/group4.h"
+#include "imaging/group4/group4.h"
 
 #include "fuzz/Workshop.h"
-#include "imaging/codecs/libtiff_judge.h"
+#include "imaging/libtiff_judge.h"
 
 using namespace orvane;
 

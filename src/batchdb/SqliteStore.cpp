@@ -1,17 +1,84 @@
 #include "batchdb/SqliteStore.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <sqlite3.h>
+#include <string>
 #include <string_view>
 #include <sys/stat.h>
+#include <thread>
 #include <utility>
 
-#include "batchdb/top_clause.h"
 #include "foundation/Failure.h"
+#include "foundation/WindowServices.h"
+#include "foundation/letter_case.h"
 #include "foundation/path_text.h"
 #include "foundation/utf8_text.h"
 
 namespace orvane {
+namespace {
+
+/// A query that begins with "select top N", in any letter case, in the form that SQLite knows:
+/// without the clause and with "limit N" at its end. Any other statement comes back as it is.
+std::wstring withLimitForTop(const std::wstring& sql);
+
+constexpr std::wstring_view kBlanks = L" \t\r\n";
+
+// Takes the next word, up to a blank, off the front of `text`.
+std::wstring_view takeWord(std::wstring_view& text) {
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  const std::wstring_view word = text.substr(0, text.find_first_of(kBlanks));
+  text.remove_prefix(word.size());
+  return word;
+}
+
+bool isNumber(std::wstring_view word) {
+  return !word.empty() && word.find_first_not_of(L"0123456789") == word.npos;
+}
+
+std::wstring withLimitForTop(const std::wstring& sql) {
+  std::wstring_view rest = sql;
+  const std::wstring_view select = takeWord(rest);
+  if (asciiLowerCase(select) != L"select" || asciiLowerCase(takeWord(rest)) != L"top") return sql;
+  const std::wstring_view count = takeWord(rest);
+  if (!isNumber(count)) return sql;
+
+  rest = rest.substr(0, rest.find_last_not_of(L" \t\r\n;") + 1);
+  return std::wstring(select).append(rest).append(L" limit ").append(count);
+}
+
+constexpr auto kStep = std::chrono::milliseconds(20);
+
+}  // namespace
+
+LockWait::LockWait(LockPatience patience) : patience_(std::move(patience)) {}
+
+// SQLite calls the handler again and again while the lock is held; 0 gives up.
+void LockWait::installIn(sqlite3* connection) {
+  const auto handler = [](void* self, int) noexcept -> int {
+    try {
+      return static_cast<LockWait*>(self)->waitOneStep() ? 1 : 0;
+    } catch (...) {  // no exception may pass through SQLite
+      return 0;
+    }
+  };
+  sqlite3_busy_handler(connection, handler, this);
+}
+
+bool LockWait::isStopRequested() const {
+  return patience_.isStopRequested && patience_.isStopRequested();
+}
+
+bool LockWait::waitOneStep() {
+  if (!wait_) wait_ = {Clock::now(), isStopRequested()};
+  const auto longest = wait_->beganAfterStop ? patience_.longestAfterStop : patience_.longest;
+  if (Clock::now() - wait_->begin >= longest) return false;
+  windowServices().yield();
+  if (isStopRequested() && !wait_->beganAfterStop) return false;
+  std::this_thread::sleep_for(kStep);
+  return true;
+}
+
 namespace {
 
 constexpr int kLargestValue = 64 << 20;  // bytes; a larger one in the file fails the query

@@ -8,6 +8,7 @@
 
 /// The document operations on the disk. Documents are those of the current batch (`gBatchFolder`).
 /// Every routine catches its own failures, logs them and answers false or an empty text.
+
 namespace orvane::mdlDocumentHelper {
 
 /// Makes the document `sNewDocumentID` from the first two items of `aryMergedDoc`: the pages of the

@@ -2,12 +2,34 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "foundation/Failure.h"
+#include "foundation/mdlFolderAndFile.h"
+
+/// How the operations of a Document report a failure.
+
 namespace orvane {
+
+/// Logs one line and gives false.
+inline bool failInLog(const std::wstring& text) {
+  mdlFolderAndFile::LogWrite(text, L"Document");
+  return false;
+}
+
+/// The answer of `operation`; a failure in it becomes one line, `prefix` and its text, and false.
+template <typename Operation>
+bool withFailuresLogged(const std::wstring& prefix, Operation operation) {
+  try {
+    return operation();
+  } catch (const std::exception& failure) {
+    return failInLog(prefix + description(failure));
+  }
+}
 
 /// One scanned document of the current batch: its name, its folder and the ordered list of its page
 /// names, which `Doc.dat` holds on the disk. Positions count from 1.

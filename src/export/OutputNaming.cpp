@@ -7,7 +7,7 @@
 
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/numbers.h"
-#include "settings/NamingPattern.h"
+#include "settings/ExportSettings.h"
 
 namespace orvane {
 namespace {

@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <cerrno>
 #include <dirent.h>
+#include <fcntl.h>
 #include <memory>
 #include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 #include "foundation/Failure.h"
+#include "foundation/FileDescriptor.h"
+#include "foundation/atomic_file.h"
 #include "foundation/existing_path.h"
 #include "foundation/path_text.h"
 
@@ -79,6 +83,143 @@ std::vector<std::wstring> FileSystemObject::SubFolders(const std::wstring& path)
   }
   std::sort(names.begin(), names.end());
   return names;
+}
+
+}  // namespace orvane
+
+// The operations of FileSystemObject that move bytes.
+
+namespace orvane {
+namespace {
+
+constexpr std::size_t kLargestTextFile = std::size_t{64} << 20;
+constexpr std::size_t kReadBlock = std::size_t{16} << 10;
+constexpr std::size_t kCopyBlock = std::size_t{1} << 20;
+
+void copyBytes(const FileDescriptor& source, const FileDescriptor& target) {
+  std::vector<char> block(kCopyBlock);
+  while (const std::size_t count = source.read(block.data(), block.size())) {
+    target.writeAll({block.data(), count});
+  }
+}
+
+}  // namespace
+
+void FileSystemObject::CopyFile(const std::wstring& source, const std::wstring& target) {
+  if (IsSamePlace(source, target)) throw systemFailure(EEXIST, target);
+  const FileDescriptor in = FileDescriptor::openRegularFile(source);
+  struct stat status {};
+  if (fstat(in.number(), &status) != 0) throw systemFailure(errno, source);
+
+  FileDescriptor out(target, O_WRONLY | O_CREAT | O_TRUNC, status.st_mode & 0777);
+  try {
+    copyBytes(in, out);
+    out.close();
+  } catch (...) {
+    unlink(nativePath(target).c_str());
+    throw;
+  }
+}
+
+std::string FileSystemObject::ReadFile(const std::wstring& path) {
+  const FileDescriptor file = FileDescriptor::openRegularFile(path);
+  std::string content;
+  std::vector<char> block(kReadBlock);
+  while (const std::size_t count = file.read(block.data(), block.size())) {
+    if (content.size() + count > kLargestTextFile) throw systemFailure(EFBIG, path);
+    content.append(block.data(), count);
+  }
+  return content;
+}
+
+void FileSystemObject::WriteFile(const std::wstring& path, std::string_view bytes) {
+  replaceFile(path, bytes);
+}
+
+void FileSystemObject::CreateFile(const std::wstring& path) {
+  FileDescriptor(path, O_WRONLY | O_CREAT).close();
+}
+
+void FileSystemObject::AppendFile(const std::wstring& path, std::string_view bytes) {
+  FileDescriptor file(path, O_WRONLY | O_APPEND);
+  file.writeAll(bytes);
+  file.close();
+}
+
+}  // namespace orvane
+
+// DeleteFolder. Every step goes through the descriptor of the folder above it and never through a
+// path, so no link that is put in place meanwhile can lead the removal out of the folder.
+
+namespace orvane {
+namespace {
+
+using Listing = std::unique_ptr<DIR, int (*)(DIR*)>;
+
+// Opens a folder, never a link to one, and gives its owner the right to list and change it: a
+// folder that is read-only must go as well.
+Listing openForRemoval(int parent, const char* name, const std::wstring& path) {
+  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+  int folder = openat(parent, name, kFlags);
+  if (folder < 0 && errno == EACCES && fchmodat(parent, name, S_IRWXU, AT_SYMLINK_NOFOLLOW) == 0) {
+    folder = openat(parent, name, kFlags);
+  }
+  if (folder < 0) throw systemFailure(errno, path);
+
+  Listing listing(fdopendir(folder), closedir);
+  if (!listing) {
+    const int error = errno;
+    close(folder);
+    throw systemFailure(error, path);
+  }
+  struct stat status {};
+  if (fstat(folder, &status) == 0 && (status.st_mode & S_IRWXU) != S_IRWXU) {
+    fchmod(folder, status.st_mode | S_IRWXU);  // a folder of another owner shows at its first entry
+  }
+  return listing;
+}
+
+void removeTree(int parent, const char* name, const std::wstring& path);
+
+void removeEntry(int folder, const char* name, const std::wstring& path) {
+  if (unlinkat(folder, name, 0) == 0) return;
+  if (errno != EISDIR) throw systemFailure(errno, path);
+  removeTree(folder, name, path);
+}
+
+void removeTree(int parent, const char* name, const std::wstring& path) {
+  const Listing listing = openForRemoval(parent, name, path);
+  const int folder = dirfd(listing.get());
+  for (;;) {
+    errno = 0;
+    const dirent* entry = readdir(listing.get());
+    if (entry == nullptr && errno != 0) throw systemFailure(errno, path);
+    if (entry == nullptr) break;
+    const std::string_view entryName = entry->d_name;
+    if (entryName == "." || entryName == "..") continue;
+    removeEntry(folder, entry->d_name, path + L"\\" + entryText(entryName));
+  }
+  if (unlinkat(parent, name, AT_REMOVEDIR) != 0) throw systemFailure(errno, path);
+}
+
+bool isLinkToFolder(const std::string& native) {
+  struct stat link {};
+  struct stat target {};
+  return lstat(native.c_str(), &link) == 0 && S_ISLNK(link.st_mode) &&
+         stat(native.c_str(), &target) == 0 && S_ISDIR(target.st_mode);
+}
+
+}  // namespace
+
+void FileSystemObject::DeleteFolder(const std::wstring& path) {
+  std::string native = nativePath(path).native();
+  // A separator at the end would make the platform follow a link.
+  while (native.size() > 1 && native.back() == '/') native.pop_back();
+  if (!isLinkToFolder(native)) {
+    removeTree(AT_FDCWD, native.c_str(), path);
+  } else if (unlink(native.c_str()) != 0) {
+    throw systemFailure(errno, path);
+  }
 }
 
 }  // namespace orvane

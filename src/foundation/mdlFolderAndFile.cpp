@@ -1,12 +1,73 @@
 #include "foundation/mdlFolderAndFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <exception>
+#include <string>
+#include <unistd.h>
+#include <vector>
 
 #include "foundation/Failure.h"
+#include "foundation/FileDescriptor.h"
 #include "foundation/WindowServices.h"
+#include "foundation/ansi_text.h"
 #include "foundation/existing_path.h"
+#include "foundation/letter_case.h"
+#include "foundation/local_time.h"
 #include "foundation/program.h"
+
+// The operations of mdlFolderAndFile on path texts.
+
+namespace orvane::mdlFolderAndFile {
+namespace {
+
+std::vector<std::wstring> splitAtBackslash(const std::wstring& path) {
+  std::vector<std::wstring> elements;
+  std::size_t begin = 0;
+  for (std::size_t end = path.find(L'\\'); end != path.npos; end = path.find(L'\\', begin)) {
+    elements.push_back(path.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  elements.push_back(path.substr(begin));
+  return elements;
+}
+
+bool hasDot(const std::wstring& text) {
+  return text.find(L'.') != text.npos;
+}
+
+}  // namespace
+
+bool MakeFolderPath(const std::wstring& sPath) {
+  if (sPath.empty()) throw systemFailure(ENOENT);
+  FileSystemObject& files = fileSystem();
+  if (hasDot(sPath) ? files.FileExists(sPath) : files.FolderExists(sPath)) return true;
+
+  const std::vector<std::wstring> elements = splitAtBackslash(sPath);
+  const bool isServerPath = sPath.starts_with(L"\\\\");
+  std::wstring current = isServerPath ? L"\\\\" + elements[2] : elements[0];
+  for (std::size_t i = isServerPath ? 3 : 1; i < elements.size(); ++i) {
+    current += L"\\" + elements[i];
+    const bool isFileName = i + 1 == elements.size() && hasDot(elements[i]);
+    if (!isFileName && !files.FolderExists(current)) files.CreateFolder(current);
+  }
+  return true;
+}
+
+std::wstring ParentPath(const std::wstring& sPath, const std::wstring& sSeparator) {
+  const std::size_t position = asciiLowerCase(sPath).rfind(asciiLowerCase(sSeparator));
+  return position == sPath.npos ? std::wstring() : sPath.substr(0, position + sSeparator.size());
+}
+
+std::wstring AppendBackslash(const std::wstring& sPath) {
+  return sPath.ends_with(L'\\') ? sPath : sPath + L"\\";
+}
+
+std::wstring FileExtension(const std::wstring& sPath) {
+  return sPath.substr(sPath.rfind(L'.') + 1);  // without a dot: npos + 1 is 0, so the whole
+}
+
+}  // namespace orvane::mdlFolderAndFile
 
 namespace orvane {
 
@@ -103,4 +164,113 @@ bool RenameFile(const std::wstring& sSource, const std::wstring& sTarget) {
 }
 
 }  // namespace mdlFolderAndFile
+
 }  // namespace orvane
+
+namespace orvane::mdlFolderAndFile {
+namespace {
+
+// An entry is one line whatever is in it: names from the disk can hold a line end.
+std::wstring inOneLine(std::wstring text) {
+  for (wchar_t& c : text) {
+    if (c == L'\r' || c == L'\n') c = L' ';
+  }
+  return text;
+}
+
+std::wstring entry(const std::wstring& sMessage, const std::wstring& sSource) {
+  return timeStamp() + L" " + kApplicationTitle + L" - " + inOneLine(sSource) + L":" +
+         inOneLine(sMessage) + L"\r\n\r\n";
+}
+
+// A step that fails is skipped: the log is the last place where a failure is told.
+template <typename Step>
+void attempt(Step step) noexcept {
+  try {
+    step();
+  } catch (...) {
+  }
+}
+
+constexpr std::size_t kMessagesKept = 6;
+
+LogCapture* innermostCapture = nullptr;
+
+std::wstring logFolder() {
+  return programFolder() + L"\\Log";
+}
+
+}  // namespace
+
+void LogWrite(const std::wstring& sMessage, const std::wstring& sSource, bool bShowBox,
+              const std::wstring& sLogFile) {
+  attempt([&] {
+    if (innermostCapture != nullptr) innermostCapture->add(sMessage);
+  });
+  attempt([&] {
+    const std::wstring logFile = sLogFile.empty() ? logFileOfToday() : sLogFile;
+    FileSystemObject& files = fileSystem();
+    attempt([&] {
+      if (!files.FolderExists(logFolder())) files.CreateFolder(logFolder());
+    });
+    attempt([&] {
+      if (!files.FileExists(logFile)) files.CreateFile(logFile);
+    });
+    files.AppendFile(logFile, toAnsi(entry(sMessage, sSource)));
+  });
+  if (bShowBox) {
+    attempt([&] { windowServices().showBox(sMessage, sSource, BoxIcon::Critical); });
+  }
+}
+
+LogCapture::LogCapture() : outer_(innermostCapture) {
+  innermostCapture = this;
+}
+
+LogCapture::~LogCapture() {
+  innermostCapture = outer_;
+}
+
+void LogCapture::add(const std::wstring& message) {
+  messages_.push_back(message);
+  if (messages_.size() > kMessagesKept) messages_.pop_front();
+}
+
+std::wstring LogCapture::text() const {
+  std::wstring text;
+  for (const std::wstring& message : messages_) {
+    text += (text.empty() ? L"" : L"\n") + inOneLine(message);
+  }
+  return text;
+}
+
+std::wstring logFileOfToday() {
+  return logFolder() + L"\\" + localTime("%Y%m%d") + L".log";
+}
+
+// A night of failures makes a file of any size, so that only its end is read. No byte of a Chinese
+// character is a line end.
+std::wstring readLog(const std::wstring& sLogFile, std::size_t most) {
+  const FileDescriptor file = FileDescriptor::openRegularFile(sLogFile);
+  const off_t size = lseek(file.number(), 0, SEEK_END);
+  const off_t start = std::max<off_t>(0, size - static_cast<off_t>(most));
+  if (size < 0 || lseek(file.number(), start, SEEK_SET) < 0) throw systemFailure(errno, sLogFile);
+  std::string bytes(most, '\0');
+  std::size_t length = 0;
+  while (length < most) {
+    const std::size_t count = file.read(bytes.data() + length, most - length);
+    if (count == 0) break;
+    length += count;
+  }
+  bytes.resize(length);
+  if (start > 0) bytes.erase(0, bytes.find('\n') + 1);
+
+  std::wstring text;
+  for (const wchar_t c : fromAnsi(bytes)) {
+    if (c == L'\r' || (c == L'\n' && (text.empty() || text.ends_with(L'\n')))) continue;
+    text += c;
+  }
+  return text;
+}
+
+}  // namespace orvane::mdlFolderAndFile

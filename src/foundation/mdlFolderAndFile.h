@@ -91,4 +91,5 @@ std::wstring logFileOfToday();
 std::wstring readLog(const std::wstring& sLogFile, std::size_t most);
 
 }  // namespace mdlFolderAndFile
+
 }  // namespace orvane

@@ -1,6 +1,7 @@
 #include "foundation/program.h"
 
 #include <filesystem>
+#include <malloc.h>
 
 #include "foundation/path_text.h"
 
@@ -26,6 +27,12 @@ const std::wstring& programFolder() {
 
 void setProgramFolder(const std::wstring& folder) {
   storedFolder() = folder;
+}
+
+void keepFreedMemory() {
+  constexpr int kMegabyte = 1 << 20;
+  mallopt(M_MMAP_THRESHOLD, 32 * kMegabyte);  // the most that glibc allows; an A4 page takes 26
+  mallopt(M_TRIM_THRESHOLD, 128 * kMegabyte);
 }
 
 }  // namespace orvane

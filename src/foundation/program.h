@@ -15,4 +15,8 @@ const std::wstring& programFolder();
 /// For tests, which lay out a station of their own.
 void setProgramFolder(const std::wstring& folder);
 
+/// Makes the process keep the memory that it frees, up to a few pages' worth: the next page takes
+/// as much again, and each time the system would have to clear it. Called once, at the start.
+void keepFreedMemory();
+
 }  // namespace orvane

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <map>
 
-#include "imaging/page/Bytes.h"
-#include "imaging/page/Raster.h"
-#include "imaging/page/Resolution.h"
+#include "foundation/Bytes.h"
+#include "imaging/raster/EncodedImage.h"
+#include "imaging/raster/Raster.h"
 
 namespace orvane {
 

@@ -11,8 +11,8 @@
 #include "foundation/program.h"
 #include "foundation/utf8_text.h"
 #include "imaging/BitmapHandles.h"
-#include "imaging/containers/JpegFile.h"
 #include "imaging/encode_page.h"
+#include "imaging/jpeg/JpegFile.h"
 #include "imaging/operations/operations.h"
 
 namespace orvane {

@@ -5,9 +5,9 @@
 
 #include "imaging/ImagingEngine.h"
 #include "imaging/LoadedPage.h"
-#include "imaging/SaveSettings.h"
-#include "imaging/containers/PdfFile.h"
-#include "imaging/containers/TiffFile.h"
+#include "imaging/encode_page.h"
+#include "imaging/pdf/PdfFile.h"
+#include "imaging/tiff/TiffFile.h"
 
 namespace orvane {
 

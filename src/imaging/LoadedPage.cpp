@@ -3,7 +3,8 @@
 #include <utility>
 
 #include "foundation/Failure.h"
-#include "imaging/codecs/jpeg_transcode.h"
+#include "foundation/utf8_text.h"
+#include "imaging/jpeg/jpeg_transcode.h"
 
 namespace orvane {
 
@@ -81,6 +82,13 @@ Raster LoadedPage::decode() {
   if (decoded.damage) damage_ = std::move(decoded.damage);
   if (decoded.earlyEnd) earlyEnd_ = decoded.earlyEnd;
   return std::move(decoded.raster);
+}
+
+void checkPage(const std::wstring& path) {
+  LoadedPage page(path, 1);
+  const bool copied = page.group4Copy(Group4Form::Strips) || page.transcodedJpeg(JpegFactors{});
+  if (!copied && !page.damage()) page.pixels();
+  if (page.damage()) throw Failure(path + L": " + fromUtf8(*page.damage()));
 }
 
 }  // namespace orvane

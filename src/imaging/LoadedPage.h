@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "imaging/BitmapHandles.h"
-#include "imaging/codecs/group4.h"
-#include "imaging/codecs/jpeg.h"
-#include "imaging/page/EncodedImage.h"
-#include "imaging/page/Raster.h"
-#include "imaging/page/TiffPage.h"
+#include "imaging/group4/group4.h"
+#include "imaging/jpeg/jpeg.h"
+#include "imaging/raster/EncodedImage.h"
+#include "imaging/raster/Raster.h"
+#include "imaging/tiff/TiffPage.h"
 
 namespace orvane {
 
@@ -73,5 +73,10 @@ class LoadedPage {
   std::optional<std::string> damage_;
   std::optional<EarlyEnd> earlyEnd_;
 };
+
+/// Reads the first page of an image file as an export does, and writes nothing: strips that would
+/// be copied are verified, all others are decoded. Throws Failure "<path>: <reason>" for a page
+/// that cannot be opened and for one whose image data is damaged: an export of it would fail.
+void checkPage(const std::wstring& path);
 
 }  // namespace orvane

@@ -2,8 +2,11 @@
 
 #include <exception>
 #include <optional>
+#include <string>
 
 #include "foundation/Failure.h"
+#include "foundation/ansi_text.h"
+#include "foundation/local_time.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/numbers.h"
 #include "foundation/program.h"
@@ -11,6 +14,16 @@
 #include "imaging/mdlImageProcess.h"
 
 namespace orvane {
+
+void WriteBatchErrorLog(const std::wstring& Message, const std::wstring& FileName) {
+  try {
+    FileSystemObject& files = mdlFolderAndFile::fileSystem();
+    if (!files.FileExists(FileName)) files.CreateFile(FileName);
+    files.AppendFile(FileName, toAnsi(timeStamp() + L" :" + Message + L"\r\n\r\n"));
+  } catch (const std::exception&) {  // an entry that cannot be written is lost
+  }
+}
+
 namespace {
 
 std::optional<double> rotationAngle(const std::wstring& AutoRotate) {

@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "foundation/Failure.h"
-#include "imaging/codecs/group4.h"
-#include "imaging/codecs/jpeg.h"
-#include "imaging/page/conversion.h"
+#include "imaging/group4/group4.h"
+#include "imaging/jpeg/jpeg.h"
+#include "imaging/raster/conversion.h"
 
 namespace orvane {
 namespace {

@@ -7,6 +7,7 @@
 
 /// The page savers: which output type and compression a page gets is decided here, page by page.
 /// Every routine catches its own failures, logs them and answers false (or a count of 1).
+
 namespace orvane::mdlImageProcess {
 
 /// Writes page `PageNum`, from 1, of `ImagePath` as TIFF or, for a page of more than 1 bit under a

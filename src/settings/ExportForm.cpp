@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "foundation/mdlFolderAndFile.h"
-#include "settings/NamingPattern.h"
+#include "settings/ExportSettings.h"
 
 namespace orvane {
 

@@ -1,8 +1,60 @@
 #include "window/LineModel.h"
 
+#include "foundation/utf8_text.h"
 #include "window/qt_text.h"
 
 namespace orvane {
+namespace {
+
+constexpr std::size_t kLongestReason = 2000;
+constexpr std::size_t kMostBytesWithReasons = 16U << 20;
+constexpr char kBeforeReason = '\xFF';  // which is in no UTF-8
+
+}  // namespace
+
+LineStore::LineStore() : numbers_(0, ByText{this}, ByText{this}) {}
+
+bool LineStore::add(std::wstring_view line, std::wstring_view reason) {
+  std::string text = toUtf8(line);
+  if (!reason.empty() && bytes_.size() < kMostBytesWithReasons) {
+    text += kBeforeReason + toUtf8(reason.substr(0, kLongestReason));
+  }
+  if (const auto known = numbers_.find(std::string_view(text)); known != numbers_.end()) {
+    lines_.push_back(*known);
+    return false;
+  }
+  const auto number = static_cast<TextNumber>(starts_.size());
+  starts_.push_back(bytes_.size());
+  bytes_ += text;
+  numbers_.insert(number);
+  lines_.push_back(number);
+  return true;
+}
+
+void LineStore::clear() {
+  numbers_.clear();
+  lines_ = {};
+  starts_ = {};
+  bytes_ = {};
+}
+
+std::string_view LineStore::line(std::size_t row) const {
+  const std::string_view whole = text(lines_.at(row));
+  return whole.substr(0, whole.find(kBeforeReason));
+}
+
+std::string_view LineStore::reason(std::size_t row) const {
+  const std::string_view whole = text(lines_.at(row));
+  const std::size_t end = whole.find(kBeforeReason);
+  return end == whole.npos ? std::string_view() : whole.substr(end + 1);
+}
+
+std::string_view LineStore::text(TextNumber number) const {
+  const std::size_t start = starts_[number];
+  const std::size_t end = number + 1 < starts_.size() ? starts_[number + 1] : bytes_.size();
+  return std::string_view(bytes_).substr(start, end - start);
+}
+
 namespace {
 
 QString fromStore(std::string_view text) {

@@ -1,10 +1,54 @@
 #pragma once
 
 #include <QAbstractListModel>
-
-#include "window/LineStore.h"
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
 
 namespace orvane {
+
+/// The lines of the progress list. A batch that cannot be exported repeats the same few lines all
+/// night, so each text is kept once, in UTF-8, and a line is only the 32-bit number of its text.
+/// The reason that goes with a line is part of that text. Reasons that are all different could
+/// still fill the memory: each is cut to 2000 characters, and past 16 MiB of texts none is kept.
+class LineStore {
+ public:
+  LineStore();
+  LineStore(const LineStore&) = delete;
+  LineStore& operator=(const LineStore&) = delete;
+
+  /// Adds a line at the end, with a reason or none. True when they are new to the store.
+  bool add(std::wstring_view line, std::wstring_view reason = {});
+  void clear();
+
+  std::size_t size() const { return lines_.size(); }
+  /// The text of a line in UTF-8, valid until the next change.
+  std::string_view line(std::size_t row) const;
+  /// The reason of a line in UTF-8, valid until the next change; empty when it has none.
+  std::string_view reason(std::size_t row) const;
+
+ private:
+  using TextNumber = std::uint32_t;
+
+  /// Hashes and compares text numbers by their texts, so that the set stores no text itself.
+  struct ByText {
+    using is_transparent = void;
+    const LineStore* store;
+    std::string_view of(TextNumber number) const { return store->text(number); }
+    static std::string_view of(std::string_view text) { return text; }
+    std::size_t operator()(const auto& key) const { return std::hash<std::string_view>()(of(key)); }
+    bool operator()(const auto& left, const auto& right) const { return of(left) == of(right); }
+  };
+
+  std::string_view text(TextNumber number) const;
+
+  std::string bytes_;                ///< all texts, one behind the other
+  std::vector<std::size_t> starts_;  ///< where each text begins in `bytes_`
+  std::vector<TextNumber> lines_;
+  std::unordered_set<TextNumber, ByText, ByText> numbers_;
+};
 
 /// The progress lines as a view reads them. The reason of a failed line is its tool tip, and its
 /// description for a screen reader.

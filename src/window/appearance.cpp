@@ -3,12 +3,64 @@
 #include <QApplication>
 #include <QFont>
 #include <QPalette>
+#include <QTranslator>
+#include <algorithm>
+#include <string_view>
 
-#include "window/ChineseTexts.h"
 #include "window/icons.h"
 
 namespace orvane {
 namespace {
+
+/// Says in Chinese what Qt's own parts say: the menus of text boxes and scroll bars. The program
+/// brings these texts itself, because Qt's are a package of their own and follow the language of
+/// the desktop.
+class ChineseTexts : public QTranslator {
+ public:
+  using QTranslator::QTranslator;
+
+  QString translate(const char* context, const char* sourceText, const char* disambiguation,
+                    int n) const override;
+  bool isEmpty() const override { return false; }
+};
+
+struct Text {
+  std::string_view english, chinese;
+};
+
+// clang-format off
+constexpr Text kTexts[] = {
+    // Text boxes.
+    {"&Undo", "撤消(&U)"},
+    {"&Redo", "重做(&R)"},
+    {"Cu&t", "剪切(&T)"},
+    {"&Copy", "复制(&C)"},
+    {"&Paste", "粘贴(&P)"},
+    {"Delete", "删除"},
+    {"Select All", "全选"},
+
+    // Scroll bars.
+    {"Scroll here", "滚动到这里"},
+    {"Left edge", "最左边"},
+    {"Right edge", "最右边"},
+    {"Top", "最上面"},
+    {"Bottom", "最下面"},
+    {"Page left", "左移一页"},
+    {"Page right", "右移一页"},
+    {"Page up", "上翻一页"},
+    {"Page down", "下翻一页"},
+    {"Scroll left", "向左滚动"},
+    {"Scroll right", "向右滚动"},
+    {"Scroll up", "向上滚动"},
+    {"Scroll down", "向下滚动"},
+};
+// clang-format on
+
+QString ChineseTexts::translate(const char*, const char* sourceText, const char*, int) const {
+  const auto* const found = std::ranges::find(kTexts, std::string_view(sourceText), &Text::english);
+  if (found == std::end(kTexts)) return {};
+  return QString::fromUtf8(found->chinese.data(), static_cast<qsizetype>(found->chinese.size()));
+}
 
 constexpr int kFontPixels = 11;  // 8.25 points at 96 dots an inch
 

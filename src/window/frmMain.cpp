@@ -14,9 +14,9 @@
 #include "foundation/program.h"
 #include "settings/ExportSettingsFile.h"
 #include "window/BrowseForFolder.h"
-#include "window/ControlHelp.h"
 #include "window/ControlTable.h"
-#include "window/buildControls.h"
+#include "window/build_controls.h"
+#include "window/control_help.h"
 #include "window/list_actions.h"
 #include "window/qt_text.h"
 

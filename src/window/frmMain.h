@@ -9,7 +9,7 @@
 #include "window/FormBinding.h"
 #include "window/FormOperations.h"
 #include "window/NamingPreview.h"
-#include "window/ProgressListBox.h"
+#include "window/ProgressListView.h"
 #include "window/RunTips.h"
 
 namespace orvane {

@@ -12,7 +12,6 @@
 
 #include "export/RunOutPutBatch.h"
 #include "foundation/InstanceGuard.h"
-#include "foundation/kept_memory.h"
 #include "foundation/program.h"
 #include "window/QtWindowServices.h"
 #include "window/appearance.h"

@@ -10,7 +10,7 @@
 #include "export/OutputNaming.h"
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "settings/NamingPattern.h"
+#include "settings/ExportSettings.h"
 
 namespace orvane {
 namespace {

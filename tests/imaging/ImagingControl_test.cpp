@@ -5,7 +5,7 @@
 #include "foundation/utf8_text.h"
 #include "imaging/differingPixels.h"
 #include "imaging/icc.h"
-#include "imaging/page/tiff_kinds.h"
+#include "imaging/tiff/tiff_kinds.h"
 #include "support/TempStation.h"
 #include "support/failureOf.h"
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "imaging/containers/srgb_profile.h"
-#include "imaging/page/Bytes.h"
+#include "foundation/Bytes.h"
+#include "imaging/pdf/srgb_profile.h"
 
 namespace orvane::test {
 

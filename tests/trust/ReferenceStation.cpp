@@ -5,8 +5,8 @@
 
 #include "export/JournalHost.h"
 #include "export/RunOutPutBatch.h"
+#include "settings/ExportSettings.h"
 #include "settings/ExportSettingsFile.h"
-#include "settings/NamingPattern.h"
 
 namespace orvane::test {
 

@@ -8,7 +8,7 @@
 
 #include "imaging/ImagingControl.h"
 #include "imaging/mdlImageProcess.h"
-#include "imaging/page/tiff_kinds.h"
+#include "imaging/tiff/tiff_kinds.h"
 #include "support/TempStation.h"
 #include "support/command.h"
 

@@ -9,7 +9,7 @@
 #include "export/ExportStation.h"
 #include "export/JournalHost.h"
 #include "export/RunOutPutBatch.h"
-#include "settings/NamingPattern.h"
+#include "settings/ExportSettings.h"
 #include "settings/mdlINI.h"
 #include "support/AsOrdinaryUser.h"
 #include "trust/faults.h"

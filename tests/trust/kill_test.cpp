@@ -5,7 +5,7 @@
 #include "end_to_end/Operator.h"
 #include "end_to_end/Screen.h"
 #include "foundation/utf8_text.h"
-#include "settings/NamingPattern.h"
+#include "settings/ExportSettings.h"
 
 namespace orvane::test {
 namespace {

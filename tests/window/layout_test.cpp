@@ -6,8 +6,7 @@
 #include <cmath>
 
 #include "Station.h"
-#include "window/OptionFrame.h"
-#include "window/WrapButton.h"
+#include "window/caption_widgets.h"
 
 namespace orvane::test {
 namespace {

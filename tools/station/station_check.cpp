@@ -11,7 +11,7 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/path_text.h"
 #include "foundation/program.h"
-#include "imaging/page_check.h"
+#include "imaging/LoadedPage.h"
 
 namespace orvane::station {
 namespace {

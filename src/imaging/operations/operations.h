@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "imaging/page/Raster.h"
-#include "imaging/page/Resolution.h"
+#include "imaging/raster/EncodedImage.h"
+#include "imaging/raster/Raster.h"
 
 /// Changes of a loaded page. A 1-bit page stays 1-bit; a 16-bit colour page is worked on in 8 bits
 /// where an operation needs arithmetic on its pixels (all but `crop`). Angles are those of the page

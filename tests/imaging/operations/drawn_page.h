@@ -3,8 +3,8 @@
 #include <array>
 #include <cstdint>
 
-#include "imaging/page/Raster.h"
-#include "imaging/page/conversion.h"
+#include "imaging/raster/Raster.h"
+#include "imaging/raster/conversion.h"
 #include "support/command.h"
 
 namespace orvane::test {

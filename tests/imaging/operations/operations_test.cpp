@@ -9,7 +9,7 @@
 
 #include "imaging/Random.h"
 #include "imaging/operations/drawn_page.h"
-#include "imaging/page/conversion.h"
+#include "imaging/raster/conversion.h"
 #include "support/TempStation.h"
 #include "support/command.h"
 #include "support/failureOf.h"

@@ -1,0 +1,244 @@
+#include "docops/mdlDocumentHelper.h"
+
+#include <algorithm>
+#include <exception>
+#include <map>
+#include <vector>
+
+#include "docstore/Document.h"
+#include "docstore/ScanTree.h"
+#include "docstore/page_list_text.h"
+#include "export/ScanTreeGuard.h"
+#include "foundation/Failure.h"
+#include "foundation/WindowServices.h"
+#include "foundation/ansi_text.h"
+#include "foundation/disk_sync.h"
+#include "foundation/existing_path.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/numbers.h"
+#include "foundation/program.h"
+#include "imaging/ImagingInstances.h"
+
+namespace orvane::mdlDocumentHelper {
+namespace {
+
+std::wstring documentIdOf(const DispatchObject* item) {
+  if (item == nullptr) throw Failure("an item of the list is no object");
+  return item->property(L"DocumentID");
+}
+
+void requireDocumentName(const std::wstring& name) {
+  if (!isFolderName(name)) throw Failure(name + L": cannot name a document");
+}
+
+// A document may be listed with no page; `Document` refuses to load the empty list.
+std::vector<std::wstring> pagesOf(const std::wstring& sDocumentID) {
+  const std::wstring list = existingPath(GetDocDataPath(sDocumentID));
+  if (mdlFolderAndFile::fileSystem().FileExists(list) &&
+      withoutOuterSpaces(fromAnsi(mdlFolderAndFile::fileSystem().ReadFile(list))).empty()) {
+    return {};
+  }
+  Document document;
+  if (!document.LoadDocument(sDocumentID)) {
+    throw Failure(sDocumentID + L": its page list cannot be read");
+  }
+  std::vector<std::wstring> pages;
+  for (int index = 1, count = document.PageCount(); index <= count; ++index) {
+    pages.push_back(document.GetPage(static_cast<std::int16_t>(index)));
+  }
+  return pages;
+}
+
+/// The document that a merge makes. A folder is a document only through its `Doc.dat`, so the pages
+/// come first, under names that are free in the folder, and the page list last, in one step: a run
+/// sees the older document of that name, or none, until it sees the new one. What was added before
+/// a failure goes with the object.
+class MergedDocument {
+ public:
+  explicit MergedDocument(const std::wstring& sNewDocumentID)
+      : folder_(existingPath(GetDocumentPath(sNewDocumentID))),
+        list_(existingPath(folder_ + L"Doc.dat")),
+        isNewFolder_(!files().FolderExists(folder_)) {
+    if (isNewFolder_) {
+      files().CreateFolder(folder_);
+    } else if (files().FileExists(list_)) {
+      noteOldPages(pagesOf(sNewDocumentID));
+    }
+  }
+  ~MergedDocument() {
+    for (const std::wstring& file : unlistedFiles_) deleteSilently(file);
+    if (isNewFolder_ && !isListed_) mdlFolderAndFile::FolderDelete(folder_);
+  }
+  MergedDocument(const MergedDocument&) = delete;
+  MergedDocument& operator=(const MergedDocument&) = delete;
+
+  /// Adds the pages of a document after those that are there. A page listed twice is one file,
+  /// listed twice.
+  void add(const std::wstring& sDocumentID, const std::vector<std::wstring>& pages) {
+    std::map<std::wstring, std::wstring> copied;
+    for (const std::wstring& page : pages) {
+      const auto [name, isNew] = copied.try_emplace(page);
+      if (isNew) name->second = copyPage(GetPagePath(sDocumentID, page), page);
+      pages_.push_back(name->second);
+      windowServices().yield();
+    }
+  }
+
+  /// Brings the pages to the disk and lists them; the pages of an older document are deleted.
+  void finish() {
+    for (const std::wstring& file : unlistedFiles_) syncEntry(file);
+    syncEntry(folder_);
+    syncEntry(gBatchFolder);
+    files().WriteFile(list_, toAnsiStrict(pageListText(pages_)));
+    isListed_ = true;
+    unlistedFiles_.swap(oldFiles_);
+  }
+
+ private:
+  static FileSystemObject& files() { return mdlFolderAndFile::fileSystem(); }
+
+  static void deleteSilently(const std::wstring& file) noexcept {
+    try {
+      files().DeleteFile(file);
+    } catch (const std::exception&) {
+      // No list names it, so it is in nobody's way.
+    }
+  }
+
+  // Under the names that they have on the disk: no new page may be taken for one of them later.
+  void noteOldPages(const std::vector<std::wstring>& pages) {
+    for (const std::wstring& page : pages) {
+      const std::wstring file = existingPath(folder_ + page + L".tif");
+      if (isFolderName(page) && files().FileExists(file)) oldFiles_.push_back(file);
+    }
+  }
+
+  std::wstring freePageName(std::wstring page) const {
+    std::ranges::replace_if(
+        page, [](wchar_t c) { return c == L'\\' || c == L'/'; }, L'_');
+    std::wstring name = page;
+    for (int number = 2; isTaken(folder_ + name + L".tif"); ++number) {
+      name = page + L"_" + std::to_wstring(number);
+    }
+    return name;
+  }
+
+  static bool isTaken(const std::wstring& file) {
+    return mdlFolderAndFile::FileExist(file) || mdlFolderAndFile::FolderExist(file);
+  }
+
+  std::wstring copyPage(const std::wstring& source, const std::wstring& page) {
+    const std::wstring name = freePageName(page);
+    unlistedFiles_.push_back(folder_ + name + L".tif");
+    if (!mdlFolderAndFile::DialogFileCopy(source, unlistedFiles_.back())) {
+      unlistedFiles_.pop_back();
+      throw Failure(source + L": the page cannot be copied");
+    }
+    return name;
+  }
+
+  std::wstring folder_, list_;  ///< as they are spelled on the disk
+  bool isNewFolder_, isListed_ = false;
+  std::vector<std::wstring> pages_;
+  std::vector<std::wstring> oldFiles_;       ///< the pages of the older document
+  std::vector<std::wstring> unlistedFiles_;  ///< to be deleted at the end
+};
+
+void merge(const std::wstring& sNewDocumentID, const std::wstring& sFirstID,
+           const std::wstring& sSecondID) {
+  for (const std::wstring& name : {sNewDocumentID, sFirstID, sSecondID}) requireDocumentName(name);
+  for (const std::wstring& source : {sFirstID, sSecondID}) {
+    if (mdlFolderAndFile::fileSystem().IsSamePlace(GetDocumentPath(sNewDocumentID),
+                                                   GetDocumentPath(source))) {
+      throw Failure(sNewDocumentID + L": a document cannot be merged into itself");
+    }
+  }
+  const std::vector<std::wstring> first = pagesOf(sFirstID), second = pagesOf(sSecondID);
+  toInt16(static_cast<double>(first.size() + second.size()));  // a longer list could not be loaded
+  MergedDocument merged(sNewDocumentID);
+  merged.add(sFirstID, first);
+  merged.add(sSecondID, second);
+  merged.finish();
+}
+
+}  // namespace
+
+bool MergeDocument(ImagingEngine& /*ImgControl*/, ImagingEngine& ImgPageCount,
+                   const std::wstring& sNewDocumentID, const DispatchList* aryMergedDoc) {
+  try {
+    if (ImgPageCount.ImagError() != 0) ClearControl(ImgPageCount);
+    if (sNewDocumentID.empty() || aryMergedDoc == nullptr || aryMergedDoc->size() < 2) return false;
+    merge(sNewDocumentID, documentIdOf((*aryMergedDoc)[0]), documentIdOf((*aryMergedDoc)[1]));
+    return mdlFolderAndFile::FileExist(GetDocDataPath(sNewDocumentID));
+  } catch (const std::exception& failure) {
+    mdlFolderAndFile::LogWrite(L"DocumentHelper-MergeDocument-" + description(failure),
+                               kApplicationTitle);
+    return false;
+  }
+}
+
+bool MergeDocumentFor奇偶排序(const std::wstring& /*sNewDocumentID*/,
+                              const DispatchList* /*aryMergedDoc*/,
+                              bool /*MergeDirectionForBack*/) {
+  return false;
+}
+
+namespace {
+
+// The picture stays: it is less than ClearControl.
+void unload(ImagingEngine& ImgDelete) {
+  ImgDelete.SourceFile(L"");
+  ImgDelete.Refresh();
+}
+
+void logFailure(const std::wstring& message) {
+  mdlFolderAndFile::LogWrite(L"DocumentHelper-" + message, kApplicationTitle);
+}
+
+}  // namespace
+
+bool DeletePage(ImagingEngine& ImgDelete, const std::wstring& sFileName, std::int16_t iPageNum) {
+  try {
+    if (ImgDelete.ImagError() != 0) unload(ImgDelete);
+    ImgDelete.DeletePageFromFile(sFileName, iPageNum);
+    if (ImgDelete.ImagError() == 0) return true;
+    unload(ImgDelete);
+    return false;
+  } catch (const std::exception& failure) {
+    const std::int32_t error = ImgDelete.ImagError();
+    logFailure(L"DeletePage-Err:" + description(failure) + L" ImgDelete.ImagError=" +
+               std::to_wstring(error));
+    if (error != 0) unload(ImgDelete);
+    return false;
+  }
+}
+
+bool DeleteDocumentEx(const std::wstring& sDocumentID) {
+  try {
+    if (gBatchFolder.empty() || !isFolderName(sDocumentID)) return false;
+    return mdlFolderAndFile::FolderDelete(GetDocumentPath(sDocumentID));
+  } catch (const std::exception& failure) {
+    logFailure(L"DeleteDocumentEx-Err:" + description(failure));
+    return false;
+  }
+}
+
+std::wstring MakeOnlyOneFileName(const std::wstring& sDocumentID, std::int16_t iStartIndex) {
+  constexpr int kLastIndex = 1000;
+  try {
+    const auto isTaken = [](const std::wstring& name) {
+      return mdlFolderAndFile::FolderExist(GetDocumentPath(name));
+    };
+    if (!isTaken(sDocumentID)) return sDocumentID;
+    for (int index = iStartIndex; index <= kLastIndex; ++index) {
+      std::wstring candidate = sDocumentID + L"_" + std::to_wstring(index);
+      if (!isTaken(candidate)) return candidate;
+    }
+    return {};
+  } catch (const std::exception& failure) {
+    logFailure(L"MakeOnlyOneFileName-" + description(failure));
+    return {};
+  }
+}
+
+}  // namespace orvane::mdlDocumentHelper

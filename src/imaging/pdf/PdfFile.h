@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "foundation/OutputFile.h"
+#include "imaging/raster/EncodedImage.h"
+
+namespace orvane {
+
+/// Writes PDF files: PDF 1.4, PDF/A-1b (ISO 19005-1), one image a page, media box = pixels /
+/// resolution in points. Images are None, Group4 (one strip) or Jpeg (one strip). One object serves
+/// one imaging instance and remembers the objects of the file that grows under it.
+class PdfFile {
+ public:
+  PdfFile();
+  PdfFile(PdfFile&&) noexcept;
+  PdfFile& operator=(PdfFile&&) noexcept;
+  ~PdfFile();
+
+  /// Writes `path` anew with one page. An older file of that name is replaced, never written into.
+  /// A failed write leaves no file.
+  void create(const std::wstring& path, const EncodedImage& image);
+
+  /// Adds a page at the end of `path`, creating it when it is missing: new objects go over the old
+  /// cross-reference and trailer, fresh ones behind them. The file is complete after every append.
+  /// A failed append, and one to a file that this program did not write, throw Failure and leave
+  /// the file as it was.
+  void append(const std::wstring& path, const EncodedImage& image);
+
+  /// Removes page `page`, from 1, and its data from a file that this program wrote. Written
+  /// through a FileReplacement. Throws Failure for a page that is not there and for the only page
+  /// of a file.
+  static void deletePage(const std::wstring& path, std::int32_t page);
+
+  /// The number of pages of a PDF file that this program wrote. Throws Failure for another file.
+  static std::int32_t pageCount(const std::wstring& path);
+
+  /// True when the file begins as a PDF file does.
+  static bool isPdf(const std::wstring& path);
+
+ private:
+  struct State;
+  void createWith(OutputFile (*creation)(const std::wstring&), const std::wstring& path,
+                  const EncodedImage& image);
+
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace orvane

@@ -1,0 +1,72 @@
+#include "imaging/raster/Raster.h"
+
+#include "foundation/Failure.h"
+
+namespace orvane {
+namespace {
+
+std::uint8_t brightestEntry(const Raster& form) {
+  const std::size_t entries = form.palette.size() / 3;
+  std::size_t brightest = 0;
+  for (std::size_t i = 1; i < entries; ++i) {
+    if (paletteBrightness(form, i) > paletteBrightness(form, brightest)) brightest = i;
+  }
+  return static_cast<std::uint8_t>(brightest);
+}
+
+}  // namespace
+
+void requirePageMemory(std::uint64_t bytes) {
+  if (bytes > kMaxPageBytes) throw Failure("the page would need more than 1 GiB of memory");
+}
+
+Raster formOf(const Raster& like) {
+  Raster form;
+  form.bitsPerSample = like.bitsPerSample;
+  form.samplesPerPixel = like.samplesPerPixel;
+  form.model = like.model;
+  form.extraSample = like.extraSample;
+  form.palette = like.palette;
+  return form;
+}
+
+Raster emptyRaster(const Raster& like, std::uint32_t width, std::uint32_t height) {
+  Raster raster = formOf(like);
+  raster.width = width;
+  raster.height = height;
+  requirePageMemory(raster.rowBytes());  // first alone: the product below cannot overflow then
+  requirePageMemory(std::uint64_t{raster.rowBytes()} * height);
+  raster.pixels.resize(raster.rowBytes() * height);
+  return raster;
+}
+
+std::uint8_t paperByte(const Raster& form) {
+  switch (form.model) {
+    case ColourModel::MinIsWhite:
+    case ColourModel::Cmyk:
+      return 0;
+    case ColourModel::MinIsBlack:
+    case ColourModel::Rgb:
+      return 0xFF;
+    case ColourModel::Palette:
+      break;
+  }
+  std::uint8_t byte = brightestEntry(form);
+  for (unsigned bits = form.bitsPerSample; bits < 8; bits *= 2) {
+    byte = static_cast<std::uint8_t>(byte | byte << bits);
+  }
+  return byte;
+}
+
+void clearPadding(Raster& raster) {
+  const auto usedBits =
+      static_cast<unsigned>(static_cast<std::size_t>(raster.width) * raster.bitsPerPixel() % 8);
+  if (usedBits == 0) return;
+  const std::size_t rowBytes = raster.rowBytes();
+  const auto mask = static_cast<std::uint8_t>(0xFF00U >> usedBits);
+  for (std::size_t end = rowBytes; end <= raster.pixels.size(); end += rowBytes) {
+    raster.pixels[end - 1] &= mask;
+  }
+}
+
+}  // namespace orvane

@@ -1,0 +1,131 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "foundation/Bytes.h"
+
+/// Big-endian loads and stores at any address, for bit streams that begin at the highest bit.
+
+namespace orvane {
+
+constexpr std::uint64_t swapBytes(std::uint64_t v) {
+  v = (v & 0x00FF00FF00FF00FFu) << 8 | (v >> 8 & 0x00FF00FF00FF00FFu);
+  v = (v & 0x0000FFFF0000FFFFu) << 16 | (v >> 16 & 0x0000FFFF0000FFFFu);
+  return v << 32 | v >> 32;
+}
+
+constexpr std::uint16_t swapBytes(std::uint16_t v) {
+  return static_cast<std::uint16_t>(v << 8 | v >> 8);
+}
+
+inline std::uint64_t loadBigEndian64(const std::uint8_t* at) {
+  std::uint64_t v;
+  std::memcpy(&v, at, sizeof v);
+  return std::endian::native == std::endian::little ? swapBytes(v) : v;
+}
+
+inline void storeBigEndian64(std::uint8_t* at, std::uint64_t v) {
+  if constexpr (std::endian::native == std::endian::little) v = swapBytes(v);
+  std::memcpy(at, &v, sizeof v);
+}
+
+/// Reads bits from the highest of each byte on. Behind the end of the data it goes on with zeros;
+/// `overran` tells that some of those have been used.
+class BitReader {
+ public:
+  explicit BitReader(ByteView data) : data_(data) {}
+
+  /// Makes at least 56 bits ready for `bits` and `skip`.
+  void refill() {
+    if (next_ + 8 <= data_.size()) {
+      window_ |= loadBigEndian64(data_.data() + next_) >> ready_;
+      next_ += (63 - ready_) >> 3;
+      ready_ |= 56;
+    } else {
+      refillNearEnd();
+    }
+  }
+
+  unsigned ready() const { return ready_; }
+
+  /// The bits ahead, the next one in the highest place; zeros behind the ready ones.
+  std::uint64_t bits() const { return window_; }
+
+  void skip(unsigned count) {
+    window_ <<= count;
+    ready_ -= count;
+  }
+
+  /// Bits used so far.
+  std::size_t position() const { return next_ * 8 - ready_; }
+
+  bool overran() const { return position() > data_.size() * 8; }
+
+  /// True when nothing but zero bits is left.
+  bool onlyZerosLeft() const {
+    if (overran()) return true;
+    if (window_ != 0) return false;
+    for (std::size_t i = next_; i < data_.size(); ++i) {
+      if (data_[i] != 0) return false;
+    }
+    return true;
+  }
+
+ private:
+  void refillNearEnd() {
+    while (ready_ < 56) {
+      const std::uint64_t byte = next_ < data_.size() ? data_[next_] : 0;
+      window_ |= byte << (56 - ready_);
+      ready_ += 8;
+      ++next_;
+    }
+  }
+
+  ByteView data_;
+  std::size_t next_ = 0;      ///< the first byte not yet counted as ready
+  std::uint64_t window_ = 0;  ///< may hold bits of `next_` too, below the ready ones
+  unsigned ready_ = 0;
+};
+
+/// Collects bits, filling each byte from its highest bit on. The caller makes room before it puts.
+class BitWriter {
+ public:
+  /// Makes room for `bytes` more bytes of output.
+  void reserve(std::size_t bytes) {
+    const std::size_t needed = size_ + bytes + 2 * sizeof(std::uint64_t);
+    if (needed > data_.size()) data_.resize(needed + data_.size() / 2);
+  }
+
+  /// Adds the `count` low bits of `bits`, whose others are 0; 1 to 32 of them. Whole bytes go out
+  /// at once: that is cheaper than to ask each time whether a word is full.
+  void put(std::uint32_t bits, unsigned count) {
+    pendingCount_ += count;
+    pending_ |= std::uint64_t{bits} << (64 - pendingCount_);
+    storeBigEndian64(data_.data() + size_, pending_);
+    size_ += pendingCount_ / 8;
+    pending_ <<= pendingCount_ / 8 * 8;
+    pendingCount_ %= 8;
+  }
+
+  std::size_t bitCount() const { return size_ * 8 + pendingCount_; }
+
+  /// Fills the last byte with zeros and hands the bytes over.
+  Bytes take() {
+    data_.resize(size_ + (pendingCount_ + 7) / 8);
+    size_ = 0;
+    pending_ = 0;
+    pendingCount_ = 0;
+    return std::move(data_);
+  }
+
+ private:
+  Bytes data_;
+  std::size_t size_ = 0;       ///< whole bytes of output in `data_`
+  std::uint64_t pending_ = 0;  ///< the bits behind them, from the highest one on
+  unsigned pendingCount_ = 0;
+};
+
+}  // namespace orvane

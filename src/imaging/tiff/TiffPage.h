@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "imaging/raster/EncodedImage.h"
+#include "imaging/raster/Raster.h"
+#include "imaging/raster/icc_profile.h"
+
+namespace orvane {
+
+/// What a page says of itself, seen upright.
+struct PageInfo {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::uint16_t bitsPerPixel = 0;
+  Resolution resolution;
+  bool storedUpright = true;  ///< TIFF 6.0 Orientation 1: its strips show the page as it is
+};
+
+/// The data of a page ends before its last row, and properly so: it says itself that no more rows
+/// come.
+struct EarlyEnd {
+  std::uint32_t codedRows = 0;
+  std::uint32_t promisedRows = 0;  ///< ImageLength
+};
+
+/// The early end that `codedRows` tell, if they do.
+std::optional<EarlyEnd> earlyEndOf(const StripRows& codedRows, std::uint32_t promisedRows);
+
+/// The pixels of a page, and what was wrong with its data. Where data was missing the pixels are
+/// paper (white).
+struct DecodedPage {
+  Raster raster;
+  std::optional<std::string> damage;  ///< why the image data is damaged, in UTF-8
+  std::optional<EarlyEnd> earlyEnd;
+};
+
+/// One page of a TIFF file (classic or BigTIFF), opened and not yet decoded. Its file stays open as
+/// long as the object lives.
+class TiffPage {
+ public:
+  /// Opens page `page`, from 1. Throws Failure with path and reason for a file that is missing, is
+  /// no TIFF, has no such page, or whose page would need more than 1 GiB decoded.
+  TiffPage(const std::wstring& path, std::int32_t page);
+  TiffPage(TiffPage&&) noexcept;
+  TiffPage& operator=(TiffPage&&) noexcept;
+  ~TiffPage();
+
+  const PageInfo& info() const;
+
+  /// The strips of a page that is encoded as one or more Group 4 strips, brought to fill order 1
+  /// and not yet verified; nothing for every other page, and for one whose strips cannot be read
+  /// whole.
+  std::optional<EncodedImage> group4Strips() const;
+
+  /// The untouched strips of an upright gray or YCbCr page that is encoded as one or more JPEG
+  /// strips (TIFF Technical Note 2), each made a complete stream with the tables of the directory,
+  /// and not yet verified; nothing for every other page, and for one whose strips cannot be read
+  /// whole.
+  std::optional<EncodedImage> jpegStrips() const;
+
+  /// The profile of the page's samples as they stand in the file.
+  PageProfile iccProfile() const;
+
+  /// Decodes the page and brings it upright (TIFF 6.0 Orientation). Damage is reported in the
+  /// result; a page that cannot be decoded at all throws Failure. `codedRows` are the rows that the
+  /// strips really hold, when the caller knows of fewer than they should; the others are paper.
+  DecodedPage decode(const StripRows& codedRows = {}) const;
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+/// The number of pages of a TIFF file. Throws Failure with path and reason.
+std::int32_t tiffPageCount(const std::wstring& path);
+
+}  // namespace orvane

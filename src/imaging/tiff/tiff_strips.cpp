@@ -1,0 +1,104 @@
+#include "imaging/tiff/tiff_strips.h"
+
+#include <utility>
+
+namespace orvane {
+namespace {
+
+std::optional<Bytes> readStrip(const TiffHandle& tiff, std::uint32_t strip) {
+  const std::uint64_t offset = TIFFGetStrileOffset(tiff.get(), strip);
+  const std::uint64_t size = TIFFGetStrileByteCount(tiff.get(), strip);
+  const std::uint64_t fileSize = tiff.file().size();
+  if (size == 0 || offset > fileSize || size > fileSize - offset) return std::nullopt;
+  Bytes bytes(static_cast<std::size_t>(size));
+  if (tiff.file().readAt(offset, bytes.data(), bytes.size()) != bytes.size()) return std::nullopt;
+  return bytes;
+}
+
+}  // namespace
+
+std::optional<std::vector<Bytes>> readStrips(const TiffHandle& tiff, const TiffLayout& layout) {
+  std::vector<Bytes> strips;
+  for (std::uint32_t strip = 0; strip < layout.blockCount; ++strip) {
+    std::optional<Bytes> bytes = readStrip(tiff, strip);
+    if (!bytes) return std::nullopt;
+    strips.push_back(*std::move(bytes));
+  }
+  return strips;
+}
+
+std::optional<std::vector<Bytes>> readFaxStrips(const TiffHandle& tiff, const TiffLayout& layout) {
+  std::optional<std::vector<Bytes>> strips = readStrips(tiff, layout);
+  std::uint16_t fillOrder = FILLORDER_MSB2LSB;
+  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_FILLORDER, &fillOrder);
+  if (!strips || fillOrder != FILLORDER_LSB2MSB) return strips;
+  for (Bytes& strip : *strips) {
+    TIFFReverseBits(strip.data(), static_cast<tmsize_t>(strip.size()));
+  }
+  return strips;
+}
+
+std::optional<EncodedImage> readGroup4Strips(const TiffHandle& tiff, const TiffLayout& layout) {
+  if (layout.compression != COMPRESSION_CCITTFAX4 || layout.tiled) return std::nullopt;
+  std::optional<std::vector<Bytes>> strips = readFaxStrips(tiff, layout);
+  if (!strips) return std::nullopt;
+
+  EncodedImage image;
+  image.width = layout.width;
+  image.height = layout.height;
+  image.photometric = static_cast<Photometric>(layout.photometric);
+  image.compression = Compression::Group4;
+  image.rowsPerStrip = layout.blockHeight;
+  image.strips = *std::move(strips);
+  return image;
+}
+
+namespace {
+
+constexpr std::size_t kMarkerSize = 2;  // of start-of-image and end-of-image
+
+bool isPlainJpeg(const TiffLayout& layout) {
+  const bool gray = layout.photometric == PHOTOMETRIC_MINISBLACK && layout.samplesPerPixel == 1;
+  const bool colour = layout.photometric == PHOTOMETRIC_YCBCR && layout.samplesPerPixel == 3;
+  return layout.compression == COMPRESSION_JPEG && layout.bitsPerSample == 8 && (gray || colour) &&
+         !layout.tiled && !layout.separatePlanes && layout.orientation == ORIENTATION_TOPLEFT;
+}
+
+// The tables that the strips share, without the markers around them.
+ByteView sharedTables(TIFF* tiff) {
+  std::uint32_t size = 0;
+  const std::uint8_t* tables = nullptr;
+  if (TIFFGetField(tiff, TIFFTAG_JPEGTABLES, &size, &tables) == 0 || size < 2 * kMarkerSize) {
+    return {};
+  }
+  return {tables + kMarkerSize, size - 2 * kMarkerSize};
+}
+
+// TIFF Technical Note 2: a strip is a JPEG stream whose tables may stand in the directory.
+void putTablesIn(Bytes& strip, ByteView tables) {
+  if (strip.size() < kMarkerSize) return;
+  strip.insert(strip.begin() + kMarkerSize, tables.begin(), tables.end());
+}
+
+}  // namespace
+
+std::optional<EncodedImage> readJpegStrips(const TiffHandle& tiff, const TiffLayout& layout) {
+  if (!isPlainJpeg(layout)) return std::nullopt;
+  std::optional<std::vector<Bytes>> strips = readStrips(tiff, layout);
+  if (!strips) return std::nullopt;
+
+  EncodedImage image;
+  image.width = layout.width;
+  image.height = layout.height;
+  image.bitsPerSample = layout.bitsPerSample;
+  image.samplesPerPixel = layout.samplesPerPixel;
+  image.photometric = static_cast<Photometric>(layout.photometric);
+  image.compression = Compression::Jpeg;
+  image.rowsPerStrip = layout.blockHeight;
+  image.strips = *std::move(strips);
+  const ByteView tables = sharedTables(tiff.get());
+  for (Bytes& strip : image.strips) putTablesIn(strip, tables);
+  return image;
+}
+
+}  // namespace orvane

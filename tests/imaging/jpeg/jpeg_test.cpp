@@ -1,0 +1,238 @@
+#include "imaging/jpeg/jpeg.h"
+
+#include <cmath>
+#include <gmock/gmock.h>
+
+#include "imaging/jpeg/jpeg_transcode.h"
+#include "imaging/pages.h"
+#include "support/TempStation.h"
+#include "support/command.h"
+#include "support/failureOf.h"
+
+namespace orvane::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+const Raster kGray = form(ColourModel::MinIsBlack, 8), kRgb = form(ColourModel::Rgb, 8, 3);
+
+std::string encoded(const Raster& page, JpegFactors factors, const Resolution& resolution) {
+  const EncodedImage image = encodeJpeg(page, factors, resolution);
+  EXPECT_EQ(image.strips.size(), 1u);
+  return {image.strips[0].begin(), image.strips[0].end()};
+}
+
+// cjpeg writes the same stream, but for the density in bytes 13 to 17: it has no option for it.
+TEST(Jpeg, EncodesTheStreamOfTheReferenceEncoder) {
+  const std::tuple<Raster, std::uint32_t, std::uint32_t, JpegFactors, std::string> cases[] = {
+      {kGray, 1, 1, {}, "80,84"},         {kGray, 83, 40, {40, 32}, "60,68"},
+      {kRgb, 1, 1, {60, 48}, "40,52"},    {kRgb, 16, 16, {}, "80,84"},
+      {kRgb, 301, 77, {40, 32}, "60,68"}, {kRgb, 500, 1, {-5, 150}, "100,1"},
+      {kRgb, 17, 200, {99, 0}, "1,100"}};
+  const TempStation station;
+  for (const auto& [form, width, height, factors, quality] : cases) {
+    Random random(width);
+    const Raster page = scannedPage(random, form, width, height);
+    writePnm(station.native("page.pnm"), page);
+    std::string expected = outputOf("cjpeg -baseline -dct int -quality " + quality + " " +
+                                    quoted(station.native("page.pnm")));
+    expected.replace(13, 5, std::string("\x01\x01\x2C\x01\x2C", 5));
+    EXPECT_TRUE(encoded(page, factors, {300, 300}) == expected) << quality;
+  }
+}
+
+TEST(Jpeg, StatesTheDensityThatItCan) {
+  const std::pair<Resolution, std::string> cases[] = {{{299.6, 150.4}, "density 300x150  1"},
+                                                      {{0.2, 1e9}, "density 1x65535  1"},
+                                                      {{-3, 0.0 / 0.0}, "density 1x1  1"}};
+  const TempStation station;
+  for (const auto& [resolution, density] : cases) {
+    writeBytes(station.native("page.jpg"), encoded(emptyRaster(kRgb, 20, 20), {}, resolution));
+    EXPECT_THAT(outputOf("djpeg -verbose -outfile /dev/null " + quoted(station.native("page.jpg"))),
+                HasSubstr(density));
+  }
+}
+
+TEST(Jpeg, RefusesWhatAStreamCannotHold) {
+  for (const Raster& other :
+       {form(ColourModel::Rgb, 16, 3), form(ColourModel::Palette, 8), form(ColourModel::Cmyk, 8, 4),
+        form(ColourModel::MinIsWhite, 8), form(ColourModel::Rgb, 8, 4, ExtraSample::Unspecified)}) {
+    EXPECT_THROW(encodeJpeg(emptyRaster(other, 8, 8), {}, {}), Failure);
+  }
+  for (const auto& [width, height, fits] :
+       {std::tuple{65501u, 1u, false}, {1u, 65501u, false}, {65500u, 1u, true}}) {
+    const std::string failure =
+        failureOf([&, w = width, h = height] { encodeJpeg(emptyRaster(kGray, w, h), {}, {}); });
+    EXPECT_EQ(failure.find("65500") == failure.npos, fits) << failure;
+  }
+}
+
+constexpr std::uint32_t kOneStrip = 10000;
+
+struct Source {
+  std::uint16_t samples;
+  std::uint32_t width, height, rowsPerStrip;
+  std::string options;  ///< of cjpeg
+};
+
+const Source kSources[] = {{1, 200, 120, kOneStrip, ""},
+                           {3, 301, 203, kOneStrip, ""},
+                           {3, 301, 203, kOneStrip, "-sample 2x1"},
+                           {3, 301, 203, kOneStrip, "-sample 1x1 -optimize"},
+                           {3, 301, 203, kOneStrip, "-restart 7B"},
+                           {1, 83, 45, kOneStrip, "-restart 1 -optimize"},
+                           {3, 150, 203, 16, ""},
+                           {3, 150, 331, 32, "-optimize"},
+                           {3, 150, 203, 48, "-restart 2B"},
+                           {1, 150, 203, 8, "-sample 2x2"},
+                           {3, 8, 8, kOneStrip, ""}};
+
+Raster scan(const Source& source) {
+  const Raster gray = form(ColourModel::MinIsBlack, 8), rgb = form(ColourModel::Rgb, 8, 3);
+  Random random(source.width * 7 + source.samples);
+  return scannedPage(random, source.samples == 3 ? rgb : gray, source.width, source.height);
+}
+
+struct JpegTranscode : testing::Test {
+  TempStation station;
+
+  // One stream of cjpeg for every `rowsPerStrip` rows.
+  EncodedImage encodedByCjpeg(const Source& source, const std::string& options = {}) const {
+    const Raster page = scan(source);
+    EncodedImage image = encodeJpeg(page, {}, {300, 300});
+    image.rowsPerStrip = source.rowsPerStrip;
+    image.strips.clear();
+    for (std::uint32_t y = 0; y < page.height; y += source.rowsPerStrip) {
+      Raster part = emptyRaster(page, page.width, std::min(source.rowsPerStrip, page.height - y));
+      part.pixels.assign(page.row(y), page.row(y) + part.pixels.size());
+      writePnm(station.native("page.pnm"), part);
+      const std::string stream = outputOf("cjpeg " + options + " " + source.options + " " +
+                                          quoted(station.native("page.pnm")));
+      image.strips.emplace_back(stream.begin(), stream.end());
+    }
+    return image;
+  }
+
+  // What djpeg says of a stream: nothing, unless something is wrong.
+  CommandResult djpeg(const Bytes& stream) const {
+    writeBytes(station.native("page.jpg"), {stream.begin(), stream.end()});
+    return runCommand("cd " + quoted(station.native()) +
+                      " && djpeg -nosmooth -outfile page.pnm page.jpg");
+  }
+
+  std::string pixelsOf(const EncodedImage& image) const {
+    std::string pixels;
+    for (const Bytes& strip : image.strips) {
+      EXPECT_EQ(djpeg(strip).output, "");
+      const std::string pnm = readBytes(station.native("page.pnm"));
+      pixels += pnm.substr(pnm.find("\n255\n") + 5);
+    }
+    return pixels;
+  }
+};
+
+double squaredError(const std::string& pixels, const Raster& page) {
+  double sum = pixels.size() == page.pixels.size() ? 0 : INFINITY;
+  for (std::size_t i = 0; i < page.pixels.size(); ++i) {
+    sum += std::pow(static_cast<std::uint8_t>(pixels[i]) - page.pixels[i], 2);
+  }
+  return sum;
+}
+
+// The steps of the first quantisation table of a stream, in zigzag order.
+std::string firstTableOf(const EncodedImage& image) {
+  const std::string stream(image.strips[0].begin(), image.strips[0].end());
+  return stream.substr(stream.find("\xFF\xDB") + 5, 64);
+}
+
+// Tables that are coarser already: all coefficients stay, and with them every pixel.
+TEST_F(JpegTranscode, CopiesAPageThatIsCoarseEnough) {
+  for (const Source& source : kSources) {
+    SCOPED_TRACE(source.options);
+    const EncodedImage image = encodedByCjpeg(source, "-quality 60");
+    const auto copy = transcodeJpeg(image, {20, 16});
+    ASSERT_TRUE(copy);
+    ASSERT_EQ(copy->strips.size(), 1u);
+    EXPECT_EQ(copy->rowsPerStrip, source.height);
+    EXPECT_TRUE(pixelsOf(*copy) == pixelsOf(image));
+    const Bytes density(copy->strips[0].begin() + 13, copy->strips[0].begin() + 18);
+    EXPECT_EQ(density, (Bytes{1, 1, 0x2C, 1, 0x2C}));
+  }
+}
+
+TEST_F(JpegTranscode, LosesLessThanDecodingAndEncodingAndTakesHardlyMore) {
+  const std::pair<std::string, JpegFactors> qualities[] = {
+      {"-quality 80,40", {40, 32}}, {"-quality 90", {20, 16}}, {"-quality 98", {40, 32}}};
+  for (const Source& source : kSources) {
+    const Raster page = scan(source);
+    for (const auto& [quality, factors] : qualities) {
+      SCOPED_TRACE(source.options + " from " + quality);
+      const EncodedImage image = encodedByCjpeg(source, quality);
+      const auto result = transcodeJpeg(image, factors);
+      ASSERT_TRUE(result);
+      Raster decoded = page;
+      const std::string pixels = pixelsOf(image);
+      decoded.pixels.assign(pixels.begin(), pixels.end());
+      const EncodedImage detour = encodeJpeg(decoded, factors, {});
+      if (quality == "-quality 98") {
+        EXPECT_EQ(firstTableOf(*result), firstTableOf(detour));
+      }
+      if (page.width < 150) continue;  // too little to tell by
+      EXPECT_LE(squaredError(pixelsOf(*result), page), squaredError(pixelsOf(detour), page));
+      EXPECT_LT(result->strips[0].size(), detour.strips[0].size() * 5 / 4);
+    }
+  }
+}
+
+TEST_F(JpegTranscode, LeavesOtherKindsOfStreamsToTheirPixels) {
+  const Source source{3, 64, 48, 16, ""};
+  EXPECT_TRUE(transcodeJpeg(encodedByCjpeg(source), {}));
+  for (const char* options : {"-progressive", "-arithmetic", "-rgb", "-sample 4x1", "-sample 1x2",
+                              "-sample 2x2,2x1,1x1"}) {
+    EXPECT_FALSE(transcodeJpeg(encodedByCjpeg({3, 64, 48, kOneStrip, options}), {})) << options;
+  }
+  EXPECT_FALSE(transcodeJpeg(encodedByCjpeg({3, 64, 48, 24, ""}), {}));  // ends within an MCU
+  void (*const changes[])(EncodedImage&){
+      [](EncodedImage& image) { image.photometric = Photometric::Rgb; },
+      [](EncodedImage& image) { image.compression = Compression::Lzw; },
+      [](EncodedImage& image) { image.width = 63; },
+      [](EncodedImage& image) { image.height = 47; },
+      [](EncodedImage& image) { image.rowsPerStrip = 0; },
+      [](EncodedImage& image) { image.strips.pop_back(); }};
+  for (const auto& change : changes) {
+    EncodedImage image = encodedByCjpeg(source);
+    change(image);
+    EXPECT_FALSE(transcodeJpeg(image, {}));
+  }
+}
+
+TEST_F(JpegTranscode, NoticesAllDamageThatLibjpegNotices) {
+  int noticed = 0, noticedByLibjpeg = 0;
+  Random random(1);
+  for (const Source& source : kSources) {
+    const EncodedImage whole =
+        encodedByCjpeg({source.samples, 90, source.height / 3 + 1, kOneStrip, source.options});
+    for (int i = 0; i < 40; ++i) {
+      EncodedImage image = whole;
+      Bytes& stream = image.strips[0];
+      const Bytes behindStart = damaged(Bytes(stream.begin() + 2, stream.end()), random);
+      stream.resize(2);
+      stream.insert(stream.end(), behindStart.begin(), behindStart.end());
+      CommandResult judged = djpeg(stream);
+      // Of the application's segment, which is written anew.
+      if (judged.output.find("unknown JFIF revision") != std::string::npos) judged.exitCode = 0;
+      noticedByLibjpeg += judged.exitCode == 0 ? 0 : 1;
+      std::optional<EncodedImage> result;
+      const auto factors = JpegFactors{static_cast<std::int16_t>(20 * (i % 3)), 16};
+      noticed += failureOf([&] { result = transcodeJpeg(image, factors); }).empty() ? 0 : 1;
+      if (!result) continue;
+      ASSERT_EQ(judged.exitCode, 0) << source.options << " try " << i << judged.output;
+      EXPECT_EQ(djpeg(result->strips[0]).output, "");
+    }
+  }
+  EXPECT_GT(noticedByLibjpeg, 130);
+  EXPECT_GT(noticed, noticedByLibjpeg);
+}
+
+}  // namespace
+}  // namespace orvane::test

@@ -1,0 +1,69 @@
+#include "imaging/lzw/lossless.h"
+
+#include <gtest/gtest.h>
+
+#include "imaging/libtiff_judge.h"
+#include "imaging/pages.h"
+#include "support/failureOf.h"
+
+namespace orvane::test {
+namespace {
+
+// What libtiff reads, with its messages instead where it has any.
+Bytes readBack(const EncodedImage& image) {
+  const LibtiffReading reading = readWithLibtiff(image);
+  EXPECT_EQ(reading.messages, "");
+  return reading.pixels;
+}
+
+EncodedImage lzwOf(const Bytes& bytes) {
+  Raster row = form(ColourModel::Palette, 8);  // takes no predictor
+  row.width = static_cast<std::uint32_t>(bytes.size());
+  row.height = 1;
+  row.pixels = bytes;
+  return encodeLzw(row, SampleOrder::LittleEndian);
+}
+
+TEST(Lzw, WritesEveryCodeWidthAndTheEndOfStrip) {
+  Random random(7);
+  Bytes bytes;
+  for (int length = 1; length < 4200; ++length) {
+    bytes.push_back(static_cast<std::uint8_t>(random.below(256)));
+    ASSERT_EQ(readBack(lzwOf(bytes)), bytes) << length;
+  }
+}
+
+TEST(Lossless, KeepsPagesOfAnyWidthAndMakesThemFewerBytes) {
+  for (const auto& [width, height] : {std::pair{1u, 1u}, {700u, 300u}, {140000u, 3u}}) {
+    Random random(width);
+    const Raster page = scannedPage(random, form(ColourModel::Rgb, 8, 3), width, height);
+    const EncodedImage lzw = encodeLzw(page, SampleOrder::LittleEndian);
+    const EncodedImage plain = encodeUncompressed(page, SampleOrder::LittleEndian);
+    std::size_t sizes[2] = {0, 0};
+    for (const EncodedImage* image : {&lzw, &plain}) {
+      ASSERT_TRUE(readBack(*image) == page.pixels) << width;
+      EXPECT_EQ(image->strips.size(), (page.height - 1) / image->rowsPerStrip + 1);
+      for (const Bytes& strip : image->strips) sizes[image == &plain] += strip.size();
+    }
+    EXPECT_LT(sizes[0], sizes[1] * 3 / 4 + 20);
+  }
+}
+
+TEST(Lossless, RefusesRastersThatContradictThemselves) {
+  void (*const changes[])(Raster&){
+      [](Raster& raster) { raster.height = 0; },
+      [](Raster& raster) { raster.width = 0; },
+      [](Raster& raster) { raster.height = 10; },
+      [](Raster& raster) { raster.model = ColourModel::Cmyk; },
+      [](Raster& raster) { raster.extraSample = ExtraSample::Unspecified; },
+      [](Raster& raster) { raster.model = ColourModel::Palette, raster.samplesPerPixel = 1; }};
+  for (const auto& change : changes) {
+    Raster page = emptyRaster(form(ColourModel::Rgb, 8, 3), 9, 9);
+    change(page);
+    EXPECT_THROW(encodeLzw(page, SampleOrder::LittleEndian), Failure);
+    EXPECT_THROW(encodeUncompressed(page, SampleOrder::BigEndian), Failure);
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test

@@ -1,0 +1,138 @@
+#include "imaging/pdf/PdfFile.h"
+
+#include <clocale>
+#include <gmock/gmock.h>
+
+#include "imaging/container_checks.h"
+#include "support/failureOf.h"
+
+namespace orvane::test {
+namespace {
+
+using testing::HasSubstr;
+namespace fs = std::filesystem;
+
+using PageMaker = EncodedImage (*)(unsigned);
+
+struct PdfFileTest : FileTest {
+  void expectSound() const { EXPECT_THAT(judge("qpdf --check out"), Not(HasSubstr("WARN"))); }
+
+  std::string write(const std::vector<EncodedImage>& pages) {
+    PdfFile pdf;
+    fs::remove(file);
+    for (const EncodedImage& page : pages) pdf.append(path, page);
+    return bytes();
+  }
+  std::string write(PageMaker page, unsigned count, unsigned without = 0) {
+    std::vector<EncodedImage> pages;
+    for (unsigned i = 1; i <= count; ++i) {
+      if (i != without) pages.push_back(page(i));
+    }
+    return write(pages);
+  }
+  // The output intent and the profiles of pages.
+  long profiles() const { return std::stol(judge("grep -ao acsp out | wc -l")); }
+};
+
+TEST_F(PdfFileTest, WhatPdfACannotHoldIsRefused) {
+  Raster gray, cmyk;
+  gray.bitsPerSample = 16, gray.model = ColourModel::MinIsBlack;
+  cmyk.bitsPerSample = 8, cmyk.samplesPerPixel = 4, cmyk.model = ColourModel::Cmyk;
+  Raster alpha = cmyk;
+  alpha.model = ColourModel::Rgb, alpha.extraSample = ExtraSample::UnassociatedAlpha;
+  for (const Raster& form : {gray, cmyk, alpha}) {
+    const EncodedImage page = encodeUncompressed(emptyRaster(form, 8, 8), SampleOrder::BigEndian);
+    EXPECT_THAT(failureOf([&] { write({page}); }), HasSubstr("cannot hold"));
+  }
+  EncodedImage page = plainPage(1);
+  page.compression = Compression::Lzw;
+  EXPECT_THAT(failureOf([&] { write({page}); }), HasSubstr("cannot hold"));
+  EXPECT_FALSE(fs::exists(file));
+}
+
+TEST_F(PdfFileTest, ThePageSizeIsPixelsByResolution) {
+  std::setlocale(LC_ALL, "de_DE.UTF-8");
+  EncodedImage page = plainPage(0);
+  for (const auto& [x, y, size] : {std::tuple{72.0, 72.0, "24 5"},
+                                   {300, 200, "5.76 1.8"},
+                                   {203.2, 96, "8.5039 3.75"},
+                                   {0.12, 72, "14400 5"}}) {
+    page.resolution = {x, y};
+    EXPECT_THAT(write({page}), HasSubstr("/MediaBox [ 0 0 " + std::string(size) + " ]"));
+    expectSound();
+  }
+  std::setlocale(LC_ALL, "C");
+  page.resolution = {0.119, 72};
+  EXPECT_THAT(failureOf([&] { PdfFile().append(path, page); }), HasSubstr("14400"));
+  EXPECT_EQ(PdfFile::pageCount(path), 1);
+}
+
+TEST_F(PdfFileTest, AnAppendIsTheSameRememberedOrReadBack) {
+  PdfFile remembering;
+  for (const PageMaker page : {plainPage, profiledPage}) {
+    judge("rm -f out other");
+    for (unsigned i = 0; i < 302; ++i) {
+      remembering.append(path, page(i));
+      PdfFile().append(station.path(L"other"), page(i));
+      if (i % 100 > 1) continue;
+      SCOPED_TRACE(i);
+      expectSound();
+      EXPECT_EQ(judge("cmp other out && qpdf --show-npages out"), std::to_string(i + 1) + "\n");
+      EXPECT_EQ(PdfFile::pageCount(path), static_cast<int>(i) + 1);
+    }
+    EXPECT_EQ(profiles(), page == plainPage ? 1 : 5);
+  }
+  EXPECT_EQ(judge("pdfimages -l 9 -list out | grep -c icc"), "6\n");
+  PdfFile().create(path, plainPage(7));  // another file under the old name
+  remembering.append(path, plainPage(8));
+  EXPECT_EQ(PdfFile::pageCount(path), 2);
+}
+
+TEST_F(PdfFileTest, DeletingGivesTheFileThatNeverHadThePage) {
+  for (const PageMaker maker : {plainPage, profiledPage}) {
+    for (const unsigned count : {3U, 101U, 202U}) {
+      for (const unsigned page : {2U, 80U, count / 2 + 1, count}) {
+        if (page > count) continue;
+        const std::string expected = write(maker, count, page);
+        write(maker, count);
+        fs::permissions(file, fs::perms(0640));
+        PdfFile::deletePage(path, static_cast<std::int32_t>(page));
+        EXPECT_EQ(bytes(), expected) << count << " " << page;
+        EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
+      }
+    }
+    expectSound();
+  }
+  PdfFile::deletePage(path, 1);  // the first one names the document and brings a profile
+  expectSound();
+  EXPECT_EQ(profiles(), 4);
+  write(profiledPage, 202);
+  for (const std::int32_t page : {-1, 0, 203}) {
+    EXPECT_THAT(failureOf([&] { PdfFile::deletePage(path, page); }), HasSubstr("no page"));
+  }
+  write(plainPage, 1);
+  EXPECT_THAT(failureOf([&] { PdfFile::deletePage(path, 1); }), HasSubstr("the only page"));
+}
+
+TEST_F(PdfFileTest, OnlyWhatThisProgramWroteIsTouched) {
+  const std::string good = write(profiledPage, 102);
+  std::string brokenProfile = good;
+  brokenProfile.replace(good.rfind("/N 1 /Alt"), 4, "/N 3");
+  judge("qpdf out foreign");
+  for (const std::string& content :
+       {std::string(), std::string("a text"), good.substr(0, 3000), good + "\n",
+        readBytes(station.native("foreign")), brokenProfile}) {
+    writeBytes(file, content);
+    const auto told = HasSubstr("not a PDF file that this program wrote");
+    EXPECT_THAT(failureOf([&] { PdfFile().append(path, plainPage(1)); }), told);
+    EXPECT_EQ(bytes(), content);
+    if (content == brokenProfile) continue;  // a look at the profiles comes with appends only
+    EXPECT_THAT(failureOf([&] { PdfFile::deletePage(path, 1); }), told);
+    EXPECT_THAT(failureOf([&] { PdfFile::pageCount(path); }), told);
+    EXPECT_EQ(bytes(), content);
+    EXPECT_EQ(PdfFile::isPdf(path), content.starts_with("%PDF"));
+  }
+}
+
+}  // namespace
+}  // namespace orvane::test
