@@ -36,7 +36,7 @@ std::wstring roundTime(Seconds time) {
 RunProgress::RunProgress(std::function<Clock::time_point()> now) : now_(std::move(now)) {}
 
 void RunProgress::beginRun() {
-  *this = RunProgress(std::move(now_));
+  *this = RunProgress(now_);
   isRunning_ = true;
   start_ = now_();
 }
