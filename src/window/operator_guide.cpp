@@ -23,7 +23,7 @@ QString localName(const std::wstring& path) {
 QString guideFile() {
   for (const std::wstring& folder :
        {programFolder() + L"\\doc\\", std::wstring(L"\\usr\\share\\doc\\orvane-export\\")}) {
-    const QString file = localName(folder + kGuide);
+    QString file = localName(folder + kGuide);
     if (QFileInfo(file).isReadable()) return file;
   }
   return {};
