@@ -13,7 +13,11 @@
 #include "imaging/BitmapHandles.h"
 #include "imaging/encode_page.h"
 #include "imaging/jpeg/JpegFile.h"
-#include "imaging/operations/operations.h"
+#include "imaging/operations/crop.h"
+#include "imaging/operations/finishing_filter.h"
+#include "imaging/operations/resize.h"
+#include "imaging/operations/rotate.h"
+#include "imaging/operations/skew.h"
 
 namespace orvane {
 
@@ -192,7 +196,7 @@ void ImagingControl::DeskewSecondStep(std::int32_t) {
 }
 
 void ImagingControl::FinishingFilter(float strength, std::int16_t halfWidth) {
-  change([&](Raster&& pixels) { return finish(std::move(pixels), strength, halfWidth); });
+  change([&](Raster&& pixels) { return finishingFilter(std::move(pixels), strength, halfWidth); });
 }
 
 std::int32_t ImagingControl::CopyDIB() {

@@ -1,14 +1,15 @@
+#include "imaging/operations/crop.h"
+
 #include <algorithm>
 #include <cstring>
 
 #include "foundation/Failure.h"
-#include "imaging/operations/operations.h"
 
 namespace orvane {
 namespace {
 
-// Copies `bits` bits that begin at bit `firstBit` of `from` to the beginning of `to`, whose bytes
-// are all 0; what is behind the last bit stays 0.
+// Copies `bits` bits from bit `firstBit` of `from` to the beginning of `to`. The padding after the
+// last bit becomes 0.
 void copyBits(const std::uint8_t* from, std::size_t firstBit, std::size_t bits, std::uint8_t* to) {
   const std::uint8_t* source = from + firstBit / 8;
   const int shift = static_cast<int>(firstBit % 8);

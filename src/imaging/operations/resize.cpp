@@ -1,3 +1,5 @@
+#include "imaging/operations/resize.h"
+
 #include <algorithm>
 #include <cmath>
 #include <string>
@@ -5,14 +7,14 @@
 #include <vector>
 
 #include "foundation/Failure.h"
-#include "imaging/operations/operations.h"
-#include "imaging/operations/working_form.h"
+#include "imaging/operations/pix.h"
 
 namespace orvane {
 namespace {
 
 // Which source pixels, with which weights, make each target pixel along one axis. The weights of
-// one target pixel sum to 1.
+// one target pixel sum to 1. Computed here because Leptonica positions pixels to 1/16: its area
+// mapping is up to 8 levels off, and between 0.7 and 1 it interpolates instead.
 class AxisMap {
  public:
   struct Part {
@@ -41,7 +43,7 @@ class AxisMap {
   }
 
  private:
-  // Every source pixel counts with the share of the target pixel that it covers.
+  // The weight of a source pixel is the share of the target pixel that it covers.
   void addArea(double from, double to) {
     const auto first = static_cast<std::uint32_t>(from);
     firsts_.push_back(first);
@@ -90,7 +92,7 @@ void writeRow(const std::vector<float>& samples, Raster& page, std::uint32_t y) 
   }
 }
 
-// One target row out of source rows that are already mixed along the other axis.
+// Makes a target row from source rows that are already mixed along the other axis.
 void mixAcross(const std::vector<float>& source, const AxisMap& columns, std::size_t channels,
                std::vector<float>& target) {
   const auto width = static_cast<std::uint32_t>(target.size() / channels);

@@ -1,5 +1,3 @@
-#include "imaging/operations/operations.h"
-
 #include <bit>
 #include <cmath>
 #include <functional>
@@ -8,7 +6,12 @@
 #include <numbers>
 
 #include "imaging/Random.h"
+#include "imaging/operations/crop.h"
 #include "imaging/operations/drawn_page.h"
+#include "imaging/operations/finishing_filter.h"
+#include "imaging/operations/resize.h"
+#include "imaging/operations/rotate.h"
+#include "imaging/operations/skew.h"
 #include "imaging/raster/conversion.h"
 #include "support/TempStation.h"
 #include "support/command.h"
@@ -94,7 +97,7 @@ std::vector<Raster> samplePages() {
   return {gray, colour};
 }
 
-TEST(Finish, SharpensGrayAndColourAsTheSameConvolutionDoesElsewhere) {
+TEST(FinishingFilter, SharpensGrayAndColourAsTheSameConvolutionDoesElsewhere) {
   for (const auto& [strength, halfWidth] : {std::pair{0.3, 1}, {1.0, 2}, {0.0, 1}, {0.5, 10}}) {
     const int side = 2 * halfWidth + 1;
     std::string kernel = std::to_string(side) + "x" + std::to_string(side) + ":";
@@ -103,9 +106,9 @@ TEST(Finish, SharpensGrayAndColourAsTheSameConvolutionDoesElsewhere) {
       kernel.append(" ").append(std::to_string(centre - strength / (side * side)));
     }
     for (const Raster& page : samplePages()) {
-      expectAsMadeBy("convert", " -virtual-pixel Edge -morphology Convolve '" + kernel + "' pam:-",
-                     page,
-                     finish(page, static_cast<float>(strength), static_cast<short>(halfWidth)), 1);
+      expectAsMadeBy(
+          "convert", " -virtual-pixel Edge -morphology Convolve '" + kernel + "' pam:-", page,
+          finishingFilter(page, static_cast<float>(strength), static_cast<short>(halfWidth)), 1);
     }
   }
 }
@@ -129,7 +132,7 @@ Raster pageOf(const std::vector<unsigned>& rows) {
   return page;
 }
 
-TEST(Finish, TakesAwaySpecksThatStandAlone) {
+TEST(FinishingFilter, TakesAwaySpecksThatStandAlone) {
   const std::pair<std::vector<unsigned>, std::vector<unsigned>> cases[] = {
       {{0b1000000010000001, 0b0000000000100001, 0b0001000000000000},
        {0b0000000000000001, 0b0000000000000001, 0b0000000000000000}},
@@ -140,14 +143,14 @@ TEST(Finish, TakesAwaySpecksThatStandAlone) {
       {{0b1001001001010000}, {0b0001001001000000}}};  // four others within ten pixels spare a speck
   for (const auto& [rows, clean] : cases) {
     Raster page = pageOf(rows);
-    EXPECT_EQ(finish(page, 0.3f, 1).pixels, pageOf(clean).pixels);
+    EXPECT_EQ(finishingFilter(page, 0.3f, 1).pixels, pageOf(clean).pixels);
     page.model = ColourModel::MinIsBlack;
     for (std::uint8_t& byte : page.pixels) byte = static_cast<std::uint8_t>(~byte);
-    EXPECT_EQ(finish(page, 0.3f, 1).pixels, pageOf(clean).pixels);
+    EXPECT_EQ(finishingFilter(page, 0.3f, 1).pixels, pageOf(clean).pixels);
   }
 }
 
-TEST(Finish, TellsPepperFromTheDotsOfADitheredGray) {
+TEST(FinishingFilter, TellsPepperFromTheDotsOfADitheredGray) {
   const std::string diffused = "-dither FloydSteinberg -remap pattern:gray50";
   const std::string strewn = "xc: +noise Random -channel G -separate -negate -threshold ";
   const struct {
@@ -171,7 +174,7 @@ TEST(Finish, TellsPepperFromTheDotsOfADitheredGray) {
       return count;
     };
     const Raster dots = toBilevel(page);
-    const double left = static_cast<double>(ink(finish(dots, 0.3f, 1))) / ink(dots);
+    const double left = static_cast<double>(ink(finishingFilter(dots, 0.3f, 1))) / ink(dots);
     EXPECT_TRUE(left >= least && left <= most) << drawing << ": " << left << " of " << ink(dots);
   }
 }
@@ -195,9 +198,9 @@ TEST(Operations, RefuseWhatTheyCannotDoWithATextThatSaysWhy) {
       {[&] { rotate(gray, nan); }, "angle"},
       {[&] { rotate(blank(1, 1, 200000, 1), 45); }, "too large"},
       {[&] { straighten(gray, HUGE_VAL); }, "angle"},
-      {[&] { finish(gray, nan, 1); }, "strength"},
-      {[&] { finish(gray, 1.5f, 1); }, "strength"},
-      {[&] { finish(gray, 0.3f, 0); }, "half-width"}};
+      {[&] { finishingFilter(gray, nan, 1); }, "strength"},
+      {[&] { finishingFilter(gray, 1.5f, 1); }, "strength"},
+      {[&] { finishingFilter(gray, 0.3f, 0); }, "half-width"}};
   for (const auto& [call, text] : refusals) {
     EXPECT_THAT(failureOf(call), testing::HasSubstr(text));
   }
@@ -208,7 +211,7 @@ TEST(Operations, WorkOnTheSmallestAndOnOddlyShapedPages) {
     for (const Raster& page : {blank(8, 1, width, height), blank(1, 1, width, height)}) {
       EXPECT_EQ(measureSkew(page), 0.0);
       EXPECT_EQ(straighten(page, 3.0).pixels.size(), page.pixels.size());
-      EXPECT_EQ(finish(page, 1.0f, 60).pixels.size(), page.pixels.size());
+      EXPECT_EQ(finishingFilter(page, 1.0f, 60).pixels.size(), page.pixels.size());
       EXPECT_EQ(resize(page, 2, 2).width, 2u);
       EXPECT_GE(rotate(page, 1.0).height, height);
     }
