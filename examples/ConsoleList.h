@@ -2,7 +2,7 @@
 
 #include <iostream>
 
-#include "foundation/ProgressList.h"
+#include "foundation/WindowServices.h"
 #include "foundation/utf8_text.h"
 
 namespace example {

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "foundation/Failure.h"
-#include "foundation/numbers.h"
+#include "foundation/plain_text.h"
 
 namespace orvane {
 namespace {
@@ -30,6 +30,27 @@ std::wstring Field::text() const {
 std::int16_t Field::toInt16() const {
   if (const auto* real = std::get_if<double>(&value_)) return orvane::toInt16(*real);
   return orvane::toInt16(std::wstring_view(text()));
+}
+
+void Recordset::Open(BatchStore* activeConnection, const std::wstring& source, bool readOnly) {
+  Close();
+  if (activeConnection == nullptr || !activeConnection->isOpen()) {
+    throw Failure("there is no open connection to the database");
+  }
+  rows_ = activeConnection->query(source, readOnly);
+}
+
+int Recordset::RecordCount() const {
+  if (!rows_) throw Failure("the recordset is closed");
+  return static_cast<int>(rows_->size());
+}
+
+const Field& Recordset::Fields(const std::wstring& name) const {
+  if (!rows_ || rows_->empty()) throw Failure("the recordset has no current record");
+  for (const Field& field : rows_->front()) {
+    if (asciiLowerCase(field.name()) == asciiLowerCase(name)) return field;
+  }
+  throw Failure(L"there is no field " + name);
 }
 
 }  // namespace orvane

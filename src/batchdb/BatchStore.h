@@ -3,13 +3,14 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
 namespace orvane {
 
-/// One value of a row, under the name of its column.
+/// One value of a row, with the name of its column.
 class Field {
  public:
   /// NULL, a whole number, a real number or a text.
@@ -23,8 +24,8 @@ class Field {
   /// The value as a text. Throws Failure for NULL.
   std::wstring text() const;
 
-  /// The value as a 16-bit whole number, a half going to the even neighbour; a text must be a
-  /// number as a whole. Throws Failure for NULL, for no number and for one out of range.
+  /// The value as a 16-bit whole number, a half rounded to the even neighbour; the whole of a text
+  /// must be a number. Throws Failure for NULL, for a text that is no number and out of range.
   std::int16_t toInt16() const;
 
  private:
@@ -34,8 +35,8 @@ class Field {
 
 using Row = std::vector<Field>;
 
-/// What the program needs of a database: one connection to one file. Every operation but `isOpen`
-/// throws Failure with the store's own text.
+/// One connection to one database file. Every operation but `isOpen` throws Failure with the
+/// store's own text.
 class BatchStore {
  public:
   virtual ~BatchStore() = default;
@@ -47,8 +48,8 @@ class BatchStore {
   /// True between a successful `open` and the end of the object.
   virtual bool isOpen() const = 0;
 
-  /// Runs one statement without a time-out of its own and drops any result. Each `?` in `sql`
-  /// stands for one of `values`, in their order. That no row matches is no failure.
+  /// Runs one statement and drops any result. Each `?` in `sql` stands for one of `values`, in
+  /// their order. It is no failure when no row matches.
   virtual void execute(const std::wstring& sql, const std::vector<std::wstring>& values = {}) = 0;
 
   /// Runs a query and returns all its rows. A leading "select top N", in any letter case, means the
@@ -60,5 +61,29 @@ class BatchStore {
 
 /// Makes a store that is not open yet.
 using BatchStoreFactory = std::function<std::unique_ptr<BatchStore>()>;
+
+/// The rows of a query, held by the caller and independent of the connection they came from. The
+/// same object can be opened again.
+class Recordset {
+ public:
+  /// Runs the query on `activeConnection`. Throws Failure when that is null or not open, or when
+  /// the query fails; the recordset is closed then.
+  void Open(BatchStore* activeConnection, const std::wstring& source, bool readOnly);
+
+  bool IsOpen() const { return rows_.has_value(); }
+
+  /// Drops the rows.
+  void Close() { rows_.reset(); }
+
+  /// The number of rows. Throws Failure when the recordset is closed.
+  int RecordCount() const;
+
+  /// A field of the first row, by its name in any letter case. Throws Failure when there is no row
+  /// or no such field.
+  const Field& Fields(const std::wstring& name) const;
+
+ private:
+  std::optional<std::vector<Row>> rows_;
+};
 
 }  // namespace orvane

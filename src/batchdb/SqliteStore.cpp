@@ -1,55 +1,19 @@
 #include "batchdb/SqliteStore.h"
 
-#include <algorithm>
 #include <cerrno>
+#include <regex>
 #include <sqlite3.h>
-#include <string>
-#include <string_view>
 #include <sys/stat.h>
 #include <thread>
 #include <utility>
 
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
-#include "foundation/letter_case.h"
 #include "foundation/path_text.h"
+#include "foundation/plain_text.h"
 #include "foundation/utf8_text.h"
 
 namespace orvane {
-namespace {
-
-/// A query that begins with "select top N", in any letter case, in the form that SQLite knows:
-/// without the clause and with "limit N" at its end. Any other statement comes back as it is.
-std::wstring withLimitForTop(const std::wstring& sql);
-
-constexpr std::wstring_view kBlanks = L" \t\r\n";
-
-// Takes the next word, up to a blank, off the front of `text`.
-std::wstring_view takeWord(std::wstring_view& text) {
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-  const std::wstring_view word = text.substr(0, text.find_first_of(kBlanks));
-  text.remove_prefix(word.size());
-  return word;
-}
-
-bool isNumber(std::wstring_view word) {
-  return !word.empty() && word.find_first_not_of(L"0123456789") == word.npos;
-}
-
-std::wstring withLimitForTop(const std::wstring& sql) {
-  std::wstring_view rest = sql;
-  const std::wstring_view select = takeWord(rest);
-  if (asciiLowerCase(select) != L"select" || asciiLowerCase(takeWord(rest)) != L"top") return sql;
-  const std::wstring_view count = takeWord(rest);
-  if (!isNumber(count)) return sql;
-
-  rest = rest.substr(0, rest.find_last_not_of(L" \t\r\n;") + 1);
-  return std::wstring(select).append(rest).append(L" limit ").append(count);
-}
-
-constexpr auto kStep = std::chrono::milliseconds(20);
-
-}  // namespace
 
 LockWait::LockWait(LockPatience patience) : patience_(std::move(patience)) {}
 
@@ -75,13 +39,22 @@ bool LockWait::waitOneStep() {
   if (Clock::now() - wait_->begin >= longest) return false;
   windowServices().yield();
   if (isStopRequested() && !wait_->beganAfterStop) return false;
-  std::this_thread::sleep_for(kStep);
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
   return true;
 }
 
 namespace {
 
 constexpr int kLargestValue = 64 << 20;  // bytes; a larger one in the file fails the query
+
+// SQLite has no "select top N": the clause becomes "limit N" at the end of the query.
+std::wstring withLimitForTop(const std::wstring& sql) {
+  static const std::wregex top(LR"(\s*select\s+top\s+(\d+)(?=\s))", std::regex::icase);
+  std::wsmatch match;
+  if (!std::regex_search(sql, match, top, std::regex_constants::match_continuous)) return sql;
+  const std::wstring rest = match.suffix();
+  return L"select " + std::wstring(trimmed(rest, L" \t\r\n;")) + L" limit " + match.str(1);
+}
 
 Failure sqliteFailure(sqlite3* connection) {
   return Failure(sqlite3_errmsg(connection));
@@ -142,10 +115,9 @@ void SqliteStore::open(const std::wstring& path) {
   path_ = nativePath(path).native();
   sqlite3* handle = nullptr;
   const int result = sqlite3_open_v2(path_.c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr);
-  Connection connection(handle);  // SQLite gives a handle also when it reports a failure
+  Connection connection(handle);  // SQLite returns a handle even after a failure
   if (result != SQLITE_OK) throw sqliteFailure(handle);
-  // SQLite opens a file that it may not write for reading, and so it would stay for this
-  // connection.
+  // SQLite opens a file without write permission for reading only, for as long as it is open.
   if (sqlite3_db_readonly(handle, "main") == 1) throw Failure(sqlite3_errstr(SQLITE_READONLY));
   sqlite3_limit(handle, SQLITE_LIMIT_LENGTH, kLargestValue);
   lockWait_.installIn(handle);
@@ -153,7 +125,7 @@ void SqliteStore::open(const std::wstring& path) {
   identity_ = identityOfFile();
   connection_ = std::move(connection);
   try {
-    execute(L"select count(*) from sqlite_master");  // SQLite reads nothing of a file before
+    execute(L"select count(*) from sqlite_master");  // the first statement reads the file
   } catch (const Failure&) {
     connection_.reset();
     throw;
@@ -179,11 +151,11 @@ std::vector<Row> SqliteStore::query(const std::wstring& sql, bool readOnly,
   return rows;
 }
 
-// An open file lives on when its name is given to another one; what is done to it then is lost.
-SqliteStore::FileIdentity SqliteStore::identityOfFile() const {
+// A file that was replaced stays open under no name; what is written to it is lost.
+FileIdentity SqliteStore::identityOfFile() const {
   struct stat status {};
   if (stat(path_.c_str(), &status) != 0) throw systemFailure(errno);
-  return {status.st_dev, status.st_ino};
+  return identityOf(status);
 }
 
 SqliteStore::Statement SqliteStore::prepare(const std::wstring& sql) {

@@ -5,27 +5,28 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 #include "batchdb/BatchStore.h"
+#include "foundation/FileDescriptor.h"
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace orvane {
 
 /// How long a statement waits for a lock that another program holds.
 struct LockPatience {
   std::chrono::milliseconds longest = std::chrono::minutes(10);
-  /// The longest wait when a stop was asked for before it began: the last batch still gets its
-  /// state beside a scanning station that writes now and then.
+  /// The longest wait of a statement that begins after a stop was requested: the last batch still
+  /// gets its state while a scanning station writes now and then.
   std::chrono::milliseconds longestAfterStop = std::chrono::seconds(5);
-  /// True once a stop was asked for, which ends a wait that is going on. May be empty.
+  /// True once a stop was requested, which ends the current wait. May be empty.
   std::function<bool()> isStopRequested;
 };
 
-/// The waiting of one connection: yields to the window's events until the lock is free, a stop is
-/// asked for, or the time is over. The statement fails then with SQLite's "database is locked".
+/// The waiting of one connection: handles the window's events until the lock is free, a stop is
+/// requested, or the time is over. Then the statement fails with SQLite's "database is locked".
 class LockWait {
  public:
   explicit LockWait(LockPatience patience);
@@ -33,7 +34,7 @@ class LockWait {
   /// Makes the statements of `connection` wait. The object must live as long as the connection.
   void installIn(sqlite3* connection);
 
-  /// The next wait is the first one of a new statement, which has the whole time before it.
+  /// The next wait belongs to a new statement and has the whole time.
   void beginStatement() { wait_.reset(); }
 
  private:
@@ -51,18 +52,10 @@ class LockWait {
   std::optional<Wait> wait_;
 };
 
-}  // namespace orvane
-
-struct sqlite3;
-struct sqlite3_stmt;
-
-namespace orvane {
-
 /// A store in one SQLite file.
 ///
-/// A lock that another program holds is waited for with the window alive, as long as the patience
-/// says; then the statement fails with SQLite's "database is locked". A statement also fails when
-/// the file at the path is no longer the one that was opened.
+/// A statement waits for a lock of another program as long as the patience allows, while the window
+/// stays alive. A statement fails when the file at the path is no longer the one that was opened.
 class SqliteStore : public BatchStore {
  public:
   explicit SqliteStore(LockPatience patience = {});
@@ -84,19 +77,13 @@ class SqliteStore : public BatchStore {
   using Connection = std::unique_ptr<sqlite3, Close>;
   using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
 
-  struct FileIdentity {
-    dev_t device;
-    ino_t node;
-    bool operator==(const FileIdentity&) const = default;
-  };
-
   FileIdentity identityOfFile() const;
   Statement prepare(const std::wstring& sql);
   bool step(const Statement& statement) const;
 
   std::string path_;
   FileIdentity identity_{};
-  LockWait lockWait_;  // before the connection, which uses it to its end
+  LockWait lockWait_;  // declared before the connection, which uses it
   Connection connection_;
 };
 

@@ -7,7 +7,7 @@
 #include "batchdb/SqliteStore.h"
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/numbers.h"
+#include "foundation/plain_text.h"
 #include "foundation/program.h"
 
 namespace orvane {
@@ -18,7 +18,7 @@ namespace mdlDataBase {
 namespace {
 
 BatchStoreFactory storeFactory;
-std::function<bool()> stopTest;  // of the run that is going on
+std::function<bool()> stopTest;  // of the current run
 
 bool isStopRequested() {
   return stopTest && stopTest();
@@ -71,7 +71,7 @@ bool OpenConnection() {
 bool OpenRecordset(Recordset& rs, const std::wstring& sSql, bool bReadOnly) {
   try {
     if (rs.IsOpen()) rs.Close();
-    // Without a connection the open goes on to fail and tells so in a box of its own.
+    // Without a connection `Open` fails and shows a box of its own.
     BatchStore* const activeConnection = EnsureConnection(false) ? gConnection.get() : nullptr;
     rs.Open(activeConnection, sSql, bReadOnly);
     return true;
@@ -94,7 +94,7 @@ bool UpdateBatchInfo(const std::wstring& sBatchID, const std::wstring& sBatchSta
 bool AddBatchRemark(const std::wstring& sBatchID, const std::wstring& sRemark) {
   try {
     if (!EnsureConnection(false)) return false;
-    // A failing batch comes back at once; a writer would go to the disk and wait for readers.
+    // A failing batch is tried again at once; a write would wait for the disk and for readers.
     const auto rowsToChange =
         gConnection->query(L"select top 1 * from T_BatchInfo where BatchId =? and Remark is not ?",
                            true, {sBatchID, sRemark});

@@ -2,7 +2,6 @@
 
 #include <exception>
 
-#include "docops/mdlDocumentHelper.h"
 #include "export/SaveAsDocument.h"
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
@@ -12,7 +11,7 @@
 namespace orvane {
 namespace {
 
-// What a wrapper makes of a failure that reaches it: the empty result, without a word.
+// The result of `operation`, or an empty one after a failure, without a log line.
 template <typename Operation>
 auto orNothing(Operation operation) -> decltype(operation()) {
   try {

@@ -5,15 +5,14 @@
 #include <memory>
 #include <string>
 
-#include "docops/DispatchObject.h"
+#include "docops/mdlDocumentHelper.h"
 #include "imaging/ImagingInstances.h"
 
 namespace orvane {
 
-/// The document operations behind one interface, with the six imaging instances that they work on.
-/// A host makes one, sets `gBatchFolder`, and calls; nothing is kept between calls. The operations
-/// yield to the window's events, so two of them must not overlap. No operation throws: a failure
-/// that reaches one becomes false or an empty text.
+/// The document operations with the six imaging instances that they use. A host makes one, sets
+/// `gBatchFolder` and calls them; nothing is kept between calls. The operations handle the window's
+/// events, so two of them must not overlap. None throws: a failure becomes false or an empty text.
 class DocumentHelper {
  public:
   /// In the order of `ImagingInstances`.
@@ -21,7 +20,7 @@ class DocumentHelper {
 
   /// With six instances of this system.
   DocumentHelper();
-  /// With instances of the host's choice.
+  /// With instances that the host supplies.
   explicit DocumentHelper(Engines engines) : engines_(std::move(engines)) {}
 
   /// As `mdlDocumentHelper::MergeDocument`. An absent list is nullptr.
@@ -40,10 +39,10 @@ class DocumentHelper {
   /// As `mdlDocumentHelper::DeletePage`.
   bool DeletePage(const std::wstring& sFileName, std::int16_t iPageNum);
 
-  /// As `mdlDocumentHelper::DeleteDocumentEx`. The instances are left alone.
+  /// As `mdlDocumentHelper::DeleteDocumentEx`. The instances are not used.
   bool DeleteDocumentForDocumentID(const std::wstring& sDocumentID);
 
-  /// As `mdlDocumentHelper::MakeOnlyOneFileName`. The instances are left alone.
+  /// As `mdlDocumentHelper::MakeOnlyOneFileName`. The instances are not used.
   std::wstring MakeOnlyOneFileName(const std::wstring& sDocumentID, std::int16_t iStartIndex = 2);
 
   /// Writes a reduced copy of the first page of an image file, as JPEG, to `sFilePath` + "_B".

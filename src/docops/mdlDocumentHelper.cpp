@@ -7,15 +7,14 @@
 
 #include "docstore/Document.h"
 #include "docstore/ScanTree.h"
-#include "docstore/page_list_text.h"
 #include "export/ScanTreeGuard.h"
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/ansi_text.h"
-#include "foundation/disk_sync.h"
+#include "foundation/durable_file.h"
 #include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/numbers.h"
+#include "foundation/plain_text.h"
 #include "foundation/program.h"
 #include "imaging/ImagingInstances.h"
 
@@ -35,7 +34,7 @@ void requireDocumentName(const std::wstring& name) {
 std::vector<std::wstring> pagesOf(const std::wstring& sDocumentID) {
   const std::wstring list = existingPath(GetDocDataPath(sDocumentID));
   if (mdlFolderAndFile::fileSystem().FileExists(list) &&
-      withoutOuterSpaces(fromAnsi(mdlFolderAndFile::fileSystem().ReadFile(list))).empty()) {
+      trimmed(fromAnsi(mdlFolderAndFile::fileSystem().ReadFile(list)), L" ").empty()) {
     return {};
   }
   Document document;

@@ -4,11 +4,10 @@
 #include <utility>
 
 #include "docstore/ScanTree.h"
-#include "docstore/page_list_text.h"
 #include "foundation/ansi_text.h"
 #include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/numbers.h"
+#include "foundation/plain_text.h"
 
 namespace orvane {
 
@@ -40,14 +39,14 @@ bool Document::SaveDocument() {
     return failInLog(L"InitDocument-文档名【" + sDocName_ + L"】文档路径不存在");
   }
   return withFailuresLogged(L"SaveDocument-", [&] {
-    // Under the name that it was read by, so that no second one comes to lie beside a DOC.DAT.
+    // Under the spelling that is on the disk, so that a DOC.DAT gets no second file beside it.
     const std::wstring dataFile = existingPath(GetDocDataPath(sDocName_));
     const std::wstring backupFile = existingPath(dataFile + L"bak");
     try {
       writePages(dataFile, backupFile);
     } catch (const std::exception&) {
-      // A data file that is there is the old one, which never moved: a write that fails leaves
-      // none. A rename would begin with its deletion.
+      // A failed write leaves no data file, so an existing one is the old one, which never moved. A
+      // rename would begin by deleting it.
       if (!FileExist(dataFile)) RenameFile(backupFile, dataFile);
       throw;
     }
@@ -56,7 +55,7 @@ bool Document::SaveDocument() {
 }
 
 void Document::writePages(const std::wstring& dataFile, const std::wstring& backupFile) const {
-  RenameFile(dataFile, backupFile);  // a document that is new has nothing to rename
+  RenameFile(dataFile, backupFile);  // fails for a new document, which has nothing to rename
   fileSystem().WriteFile(dataFile, toAnsiStrict(pageListText(pages())));
   if (FileExist(dataFile)) {
     FileDelete(backupFile);
@@ -89,11 +88,7 @@ Document::PageList& Document::pages() {
   return const_cast<PageList&>(std::as_const(*this).pages());
 }
 
-}  // namespace orvane
-
-// The operations of Document that change its page list, in memory only.
-
-namespace orvane {
+// The operations below change the page list in memory only.
 
 bool Document::AddPage(const std::wstring& sPageName, std::int16_t iInsertTo) {
   return withFailuresLogged(L"AddPage-", [&] {
@@ -118,7 +113,7 @@ bool Document::RemovePage(std::int16_t iPageIndex) {
 
 bool Document::MovePage(std::int16_t iSourcePageNum, std::int16_t iInsertBefore) {
   return withFailuresLogged(L"MovePage-", [&] {
-    // In front of its own successor a page stands already; the two change places instead.
+    // A page is in front of its successor already; the two are exchanged instead.
     if (iInsertBefore - iSourcePageNum == 1) std::swap(iSourcePageNum, iInsertBefore);
     const std::wstring name = pages()[static_cast<std::size_t>(indexOf(iSourcePageNum))];
     indexOf(iInsertBefore);  // refuses a wrong position before anything has changed

@@ -11,17 +11,18 @@
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
 
-/// How the operations of a Document report a failure.
-
 namespace orvane {
 
-/// Logs one line and gives false.
+// How the operations of a Document report a failure.
+
+/// Logs one line and returns false.
 inline bool failInLog(const std::wstring& text) {
   mdlFolderAndFile::LogWrite(text, L"Document");
   return false;
 }
 
-/// The answer of `operation`; a failure in it becomes one line, `prefix` and its text, and false.
+/// The result of `operation`. A failure in it is logged as one line, `prefix` and its text, and
+/// gives false.
 template <typename Operation>
 bool withFailuresLogged(const std::wstring& prefix, Operation operation) {
   try {
@@ -32,45 +33,46 @@ bool withFailuresLogged(const std::wstring& prefix, Operation operation) {
 }
 
 /// One scanned document of the current batch: its name, its folder and the ordered list of its page
-/// names, which `Doc.dat` holds on the disk. Positions count from 1.
+/// names, which is stored in `Doc.dat`. Positions count from 1.
 ///
-/// Every operation but the two properties catches its failures: it logs one line with the source
-/// "Document" and gives false, or what is said with it. Nothing is open between two calls.
+/// Every operation except `PageCount` and `DocName` catches its failures: it logs one line with the
+/// source "Document" and returns false, or the value named in its comment. No file is open between
+/// two calls.
 class Document {
  public:
-  /// Reads the page list. Name and folder are set whatever happens. False for a missing `Doc.dat`,
-  /// which leaves the list as it was, and for one with nothing but spaces in it. A byte pair of the
-  /// file that is no character becomes U+FFFD.
+  /// Reads the page list. Name and folder are set in every case. False for a missing `Doc.dat`,
+  /// which leaves the list as it was, and for one that has only spaces. A byte pair of the file
+  /// that is no character becomes U+FFFD.
   bool LoadDocument(const std::wstring& sDocName);
 
-  /// Begins a document without pages. The disk learns of it through `SaveDocument`.
+  /// Begins a document without pages. `SaveDocument` writes it to the disk.
   bool CreateDocument(const std::wstring& sDocName);
 
-  /// Writes the page list. The old file stands aside as `Doc.datbak` meanwhile and is put back when
-  /// the save fails, as it does for a name that code page 936 cannot hold.
+  /// Writes the page list. The old file is kept as `Doc.datbak` meanwhile and restored when the
+  /// save fails, for example for a name that code page 936 cannot represent.
   bool SaveDocument();
 
-  /// The name of a page, without folder and extension; empty, and not logged, for a position that
-  /// is none.
+  /// The name of a page, without folder and extension. Empty, and not logged, for a position out of
+  /// range.
   std::wstring GetPage(std::int16_t iPageIndex) const;
 
   /// Appends a page name (`iInsertTo` negative) or inserts it in front of the existing page at
-  /// `iInsertTo`. Any name goes in, an empty or equal one too.
+  /// `iInsertTo`. Any name is accepted, also an empty or equal one.
   bool AddPage(const std::wstring& sPageName, std::int16_t iInsertTo = -1);
 
-  /// Moves a page in front of another existing page. In front of its own successor means that the
-  /// two change places.
+  /// Moves a page in front of another existing page. In front of its own successor, the two are
+  /// exchanged.
   bool MovePage(std::int16_t iSourcePageNum, std::int16_t iInsertBefore);
 
   /// Removes the page at a position.
   bool RemovePage(std::int16_t iPageIndex);
 
-  /// Removes every page of exactly this name. Gives the text "True", also when there was none, or
+  /// Removes every page of exactly this name. Returns the text "True", also when there was none, or
   /// "False" after a failure.
   std::wstring RemovePageForName(const std::wstring& sPageName);
 
-  /// The number of pages. Throws Failure as long as there is no list: until `CreateDocument` has
-  /// run or `LoadDocument` has found a `Doc.dat`.
+  /// The number of pages. Throws Failure until `CreateDocument` has run or `LoadDocument` has found
+  /// a `Doc.dat`.
   std::int16_t PageCount() const;
 
   /// The name last given to `LoadDocument` or `CreateDocument`.

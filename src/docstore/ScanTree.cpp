@@ -1,9 +1,23 @@
 #include "docstore/ScanTree.h"
 
+#include <cerrno>
+#include <cstdint>
+#include <limits>
+
+#include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
+#include "foundation/ansi_text.h"
 #include "foundation/existing_path.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/plain_text.h"
 
 namespace orvane {
+namespace {
+
+constexpr wchar_t kTerminator = L'$';
+constexpr int kMostSeparators = std::numeric_limits<std::int16_t>::max();
+
+}  // namespace
 
 std::wstring gBatchFolder;
 
@@ -24,6 +38,37 @@ bool isDocument(const std::wstring& sDocName) {
   const std::optional<std::wstring> dataFile = entryInAnyCase(folder, L"Doc.dat");
   if (dataFile) FileDescriptor::openRegularFile(folder + *dataFile);
   return dataFile.has_value();
+}
+
+void readPageList(const std::wstring& sDocName, std::optional<std::vector<std::wstring>>& pages) {
+  FileSystemObject& files = mdlFolderAndFile::fileSystem();
+  const std::wstring dataFile = existingPath(GetDocDataPath(sDocName));
+  if (!files.FileExists(dataFile)) {
+    throw Failure(L"文档名【" + sDocName + L"】找不到当前文档的数据文件【Doc.dat】");
+  }
+  pages.emplace();
+  const std::wstring content = fromAnsi(files.ReadFile(dataFile));
+  const std::wstring_view text = trimmed(content, L" ");
+  if (text.empty()) throw Failure(L"文档名【" + sDocName + L"】 数据文件为空");
+  appendPages(text, *pages);
+}
+
+void appendPages(std::wstring_view text, std::vector<std::wstring>& pages) {
+  int separators = 0;
+  std::size_t begin = 0;
+  for (std::size_t end = text.find(kTerminator); end != text.npos;
+       end = text.find(kTerminator, begin)) {
+    if (++separators > kMostSeparators) throw systemFailure(EOVERFLOW);
+    const std::wstring_view item = text.substr(begin, end - begin);
+    if (!trimmed(item, L" ").empty()) pages.emplace_back(item);
+    begin = end + 1;
+  }
+}
+
+std::wstring pageListText(const std::vector<std::wstring>& pages) {
+  std::wstring text;
+  for (const std::wstring& page : pages) text += page + kTerminator;
+  return text;
 }
 
 }  // namespace orvane

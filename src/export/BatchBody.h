@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "batchdb/Recordset.h"
+#include "batchdb/BatchStore.h"
 #include "export/RunHost.h"
 #include "export/RunReport.h"
 #include "export/ScanTreeGuard.h"

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/numbers.h"
+#include "foundation/plain_text.h"
 #include "settings/ExportSettings.h"
 
 namespace orvane {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "export/RunProgress.h"
-#include "foundation/ProgressList.h"
+#include "foundation/WindowServices.h"
 #include "imaging/ImagingInstances.h"
 #include "settings/ExportSettings.h"
 

@@ -1,6 +1,6 @@
 #include "export/RunOutPutBatch.h"
 
-#include "batchdb/Recordset.h"
+#include "batchdb/BatchStore.h"
 #include "batchdb/mdlDataBase.h"
 #include "export/BatchBody.h"
 #include "export/OutputNaming.h"

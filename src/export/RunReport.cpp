@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "foundation/Failure.h"
-#include "foundation/local_time.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 #include "foundation/utf8_text.h"

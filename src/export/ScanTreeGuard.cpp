@@ -7,8 +7,8 @@
 
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
-#include "export/resolved_place.h"
 #include "foundation/Failure.h"
+#include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/path_text.h"
 #include "foundation/program.h"
@@ -59,18 +59,15 @@ bool isFolderName(const std::wstring& name) {
          name.find_first_of(kForbidden) == std::wstring::npos;
 }
 
-HeldFolder::HeldFolder(const std::wstring& path) : folder_(path, O_PATH | O_DIRECTORY) {
-  struct stat status {};
-  if (fstat(folder_.number(), &status) != 0) throw systemFailure(errno, path);
-  identity_ = {status.st_dev, status.st_ino};
-}
+HeldFolder::HeldFolder(const std::wstring& path)
+    : folder_(path, O_PATH | O_DIRECTORY), identity_(identityOf(folder_.status())) {}
 
 void HeldFolder::requireAt(const std::wstring& path) const {
   struct stat status {};
   if (stat(nativePath(path).c_str(), &status) != 0) {
     throw Failure(L"输出文件夹无法访问：" + description(systemFailure(errno, path)));
   }
-  if (FileIdentity{status.st_dev, status.st_ino} != identity_) {
+  if (identityOf(status) != identity_) {
     throw Failure(L"输出文件夹已不是原来的那一个，不能导出：" + path);
   }
 }
@@ -103,7 +100,7 @@ std::optional<FileIdentity> OutputGuard::check(const std::wstring& file) const {
   if (!isThere && errno != ENOENT && errno != ENOTDIR) throw systemFailure(errno, file);
   if (!isDirectlyInFolder(file) || (isThere && S_ISLNK(status.st_mode))) checkPlace(file);
   if (!isThere) return std::nullopt;
-  return FileIdentity{status.st_dev, status.st_ino};
+  return identityOf(status);
 }
 
 bool OutputGuard::isDirectlyInFolder(const std::wstring& file) const {

@@ -6,9 +6,9 @@
 #include <utility>
 
 #include "foundation/Failure.h"
-#include "foundation/disk_sync.h"
-#include "foundation/letter_case.h"
+#include "foundation/durable_file.h"
 #include "foundation/path_text.h"
+#include "foundation/plain_text.h"
 
 namespace orvane {
 namespace {

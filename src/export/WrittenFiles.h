@@ -12,14 +12,9 @@
 #include <utility>
 #include <vector>
 
-namespace orvane {
+#include "foundation/FileDescriptor.h"
 
-/// Which file stands under a name.
-struct FileIdentity {
-  dev_t device = 0;
-  ino_t inode = 0;
-  bool operator==(const FileIdentity&) const = default;
-};
+namespace orvane {
 
 /// What a run has written: every file, with the batch that wrote it; and of the batch under way all
 /// that has to reach a disk before its new state may be recorded.

@@ -26,6 +26,10 @@ Failure systemFailure(int error, std::wstring_view path) {
   return Failure(toUtf8(path) + ": " + errorText(error));
 }
 
+Failure fileFailure(std::wstring_view path, std::string_view reason) {
+  return Failure(toUtf8(path) + ": " + std::string(reason));
+}
+
 std::wstring description(const std::exception& failure) {
   if (dynamic_cast<const std::bad_alloc*>(&failure) != nullptr ||
       dynamic_cast<const std::length_error*>(&failure) != nullptr) {

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -12,9 +11,27 @@
 
 namespace orvane {
 
+namespace {
+
+int openedFile(const std::wstring& path, int flags, mode_t mode) {
+  return open(nativePath(path).c_str(), flags | O_CLOEXEC, mode);
+}
+
+}  // namespace
+
 FileDescriptor::FileDescriptor(const std::wstring& path, int flags, mode_t mode)
-    : number_(open(nativePath(path).c_str(), flags | O_CLOEXEC, mode)), path_(path) {
-  if (number_ < 0) throw systemFailure(errno, path);
+    : number_(openedFile(path, flags, mode)), path_(path) {
+  if (number_ >= 0) return;
+  if (errno == ELOOP && (flags & O_NOFOLLOW) != 0) {
+    throw fileFailure(path, "the name is a symbolic link");
+  }
+  throw systemFailure(errno, path);
+}
+
+std::optional<FileDescriptor> FileDescriptor::tryToOpen(const std::wstring& path, int flags) {
+  const int number = openedFile(path, flags, 0666);
+  if (number < 0) return std::nullopt;
+  return FileDescriptor(number, path);
 }
 
 FileDescriptor::~FileDescriptor() {
@@ -27,11 +44,16 @@ FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept
 FileDescriptor FileDescriptor::openRegularFile(const std::wstring& path) {
   // Without O_NONBLOCK the opening of a pipe would wait for a writer.
   FileDescriptor file(existingPath(path), O_RDONLY | O_NONBLOCK);
-  struct stat status {};
-  if (fstat(file.number_, &status) != 0) throw systemFailure(errno, path);
-  if (S_ISDIR(status.st_mode)) throw systemFailure(EISDIR, path);
-  if (!S_ISREG(status.st_mode)) throw systemFailure(EINVAL, path);
+  const mode_t mode = file.status().st_mode;
+  if (S_ISDIR(mode)) throw systemFailure(EISDIR, path);
+  if (!S_ISREG(mode)) throw systemFailure(EINVAL, path);
   return file;
+}
+
+struct stat FileDescriptor::status() const {
+  struct stat status {};
+  if (fstat(number_, &status) != 0) throw systemFailure(errno, path_);
+  return status;
 }
 
 std::size_t FileDescriptor::read(char* buffer, std::size_t capacity) const {
@@ -57,9 +79,11 @@ void FileDescriptor::sync() const {
   if (fsync(number_) != 0) throw systemFailure(errno, path_);
 }
 
+// A close can be the first call to report a lost write. A duplicate is closed first for that.
 void FileDescriptor::close() {
-  // Linux has closed the file also when it reports a failure; EINTR is none.
-  if (::close(std::exchange(number_, -1)) != 0 && errno != EINTR) throw systemFailure(errno, path_);
+  const int second = dup(number_);
+  if (second < 0 || (::close(second) != 0 && errno != EINTR)) throw systemFailure(errno, path_);
+  ::close(std::exchange(number_, -1));
 }
 
 }  // namespace orvane

@@ -12,7 +12,7 @@
 
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
-#include "foundation/atomic_file.h"
+#include "foundation/durable_file.h"
 #include "foundation/existing_path.h"
 #include "foundation/path_text.h"
 
@@ -108,10 +108,7 @@ void copyBytes(const FileDescriptor& source, const FileDescriptor& target) {
 void FileSystemObject::CopyFile(const std::wstring& source, const std::wstring& target) {
   if (IsSamePlace(source, target)) throw systemFailure(EEXIST, target);
   const FileDescriptor in = FileDescriptor::openRegularFile(source);
-  struct stat status {};
-  if (fstat(in.number(), &status) != 0) throw systemFailure(errno, source);
-
-  FileDescriptor out(target, O_WRONLY | O_CREAT | O_TRUNC, status.st_mode & 0777);
+  FileDescriptor out(target, O_WRONLY | O_CREAT | O_TRUNC, in.status().st_mode & 0777);
   try {
     copyBytes(in, out);
     out.close();

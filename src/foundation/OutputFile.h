@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
@@ -9,11 +8,11 @@
 
 #include "foundation/Bytes.h"
 #include "foundation/Failure.h"
+#include "foundation/FileDescriptor.h"
 
 namespace orvane {
 
-/// Which file stands under a name, and how it was left: enough to notice that another hand changed
-/// or replaced it.
+/// The identity and state of a file: enough to notice that another program changed or replaced it.
 struct FileStamp {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
@@ -22,24 +21,21 @@ struct FileStamp {
   bool operator==(const FileStamp&) const = default;
 };
 
-/// The failure of what stands in a file: "<path>: <reason>".
-Failure fileFailure(std::wstring_view path, std::string_view reason);
-
-/// A regular file under work. All system calls of the containers are made here; each is checked,
-/// and a failed one throws Failure "<path>: <strerror>". The object closes its file; a file that
-/// was created here and not yet closed by `close` is removed with it.
+/// A regular file that a container reads or writes. All system calls of the containers are made
+/// here; each is checked, and a failed one throws Failure "<path>: <strerror>". The destructor
+/// closes the file, and removes one that was created here and not closed by `close`.
 class OutputFile {
  public:
-  /// Creates `path` anew. An older name is removed first and the new file made exclusively, so that
-  /// a symbolic or hard link under that name never leads a write into another file.
+  /// Creates `path`. An older file is removed first and the new one created exclusively, so that a
+  /// symbolic or hard link under that name never leads a write into another file.
   static OutputFile createAnew(const std::wstring& path);
   /// Creates `path`; fails when the name is taken.
   static OutputFile createExclusively(const std::wstring& path);
-  /// Opens `path` to write to it; nothing when it is missing. A symbolic link, a file with a second
-  /// hard link and everything that is no regular file throw Failure.
+  /// Opens `path` to write to it; nothing when it does not exist. Throws Failure for a symbolic
+  /// link, a file with a second hard link and anything but a regular file.
   static std::optional<OutputFile> openToAppend(const std::wstring& path);
-  /// Opens `path` for reading, in order to replace it by a FileReplacement later: through links and
-  /// in the scan tree by any letter case. A file with a second hard link throws Failure, for the
+  /// Opens `path` for reading, to be replaced by a FileReplacement later: through links, and in the
+  /// scan tree by any letter case. Throws Failure for a file with a second hard link, because the
   /// other name would keep the old content.
   static OutputFile openToReplace(const std::wstring& path);
   /// Opens `path` for reading, through links.
@@ -49,35 +45,32 @@ class OutputFile {
   OutputFile& operator=(OutputFile&&) = delete;
   ~OutputFile();
 
-  const std::wstring& path() const { return path_; }
-  /// The file as it stands now.
+  const std::wstring& path() const { return file_.path(); }
+  /// The file as it is now.
   FileStamp stamp() const;
   std::uint64_t size() const { return stamp().size; }
 
-  /// Writes the parts one behind another, beginning at `offset`.
+  /// Writes the parts one after another from `offset` on.
   void write(std::uint64_t offset, std::span<const ByteView> parts);
   void write(std::uint64_t offset, ByteView bytes) { write(offset, std::span(&bytes, 1)); }
-  /// Fills `into` from `offset`; a file that ends before throws Failure.
+  /// Fills `into` from `offset`. Throws Failure when the file ends before that.
   void read(std::uint64_t offset, std::span<std::uint8_t> into) const;
   /// Copies a range of `source` to `offset`, piece by piece.
   void copy(const OutputFile& source, std::uint64_t from, std::uint64_t length,
             std::uint64_t offset);
 
-  /// Cuts the file back to `size`, as part of undoing: a failure is not told.
+  /// Cuts the file back to `size` as part of undoing; a failure is not reported.
   void cutBack(std::uint64_t size) noexcept;
-  /// Closes the file; a created file stays from here on. A failure is told while the file is still
-  /// open.
+  /// Closes the file; a created one is kept from here on. A failure is reported while the file is
+  /// still open.
   void close();
 
  private:
-  OutputFile(std::wstring path, int flags, bool created);
-  void requireRegularFile() const;
+  OutputFile(const std::wstring& path, int flags, bool created);
   void requireOneHardLink() const;
 
-  std::wstring path_;
-  std::filesystem::path native_;
-  int descriptor_ = -1;
-  bool removeAtEnd_ = false;
+  FileDescriptor file_;
+  bool removeAtEnd_;
 };
 
 }  // namespace orvane

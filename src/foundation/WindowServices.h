@@ -6,8 +6,8 @@ namespace orvane {
 
 enum class BoxIcon { None, Critical };
 
-/// What the lower floors ask of the window system. The program entry installs one; without one a
-/// box goes to standard error and the rest does nothing.
+/// What code below the window asks of the window system. The program entry installs one; without
+/// one a box is written to standard error and the rest does nothing.
 class WindowServices {
  public:
   virtual ~WindowServices() = default;
@@ -27,5 +27,24 @@ WindowServices& windowServices();
 
 /// Installs `services` (not owned); nullptr brings the fallback back.
 void installWindowServices(WindowServices* services);
+
+/// The run's report to the operator: `listProcessLog` of the window.
+class ProgressList {
+ public:
+  virtual ~ProgressList() = default;
+
+  /// Adds a line at the end.
+  virtual void addItem(std::wstring_view line) = 0;
+
+  /// Adds a line at the end that reports a failure. `reason` is a few lines of text, or empty. A
+  /// list that keeps no reasons adds the line alone.
+  virtual void addFailure(std::wstring_view line, std::wstring_view /*reason*/) { addItem(line); }
+
+  /// Removes all lines.
+  virtual void clear() = 0;
+
+  /// Redraws the list at once.
+  virtual void refresh() = 0;
+};
 
 }  // namespace orvane

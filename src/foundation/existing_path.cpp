@@ -2,13 +2,15 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <deque>
 #include <filesystem>
 #include <optional>
 #include <sys/stat.h>
+#include <system_error>
 
 #include "foundation/Failure.h"
-#include "foundation/letter_case.h"
 #include "foundation/path_text.h"
+#include "foundation/plain_text.h"
 #include "foundation/program.h"
 
 namespace orvane {
@@ -24,7 +26,7 @@ bool liesInScanTree(const std::wstring& path) {
                                     path.find_first_of(kSeparators, root.size()) == root.size());
 }
 
-// A path that cannot be looked at counts as there: whoever uses it will tell why.
+// A path that cannot be looked at counts as existing: its use will fail and say why.
 bool isThere(const std::wstring& path) {
   struct stat status {};
   return lstat(nativePath(path).c_str(), &status) == 0 || errno != ENOENT;
@@ -55,6 +57,20 @@ std::optional<std::wstring> listedName(const std::wstring& folder, const std::ws
 fs::path plain(const std::wstring& pathText) {
   const fs::path path = nativePath(pathText).lexically_normal();
   return path.has_filename() ? path : path.parent_path();
+}
+
+constexpr int kMaxLinks = 40;  // the system's own limit
+
+bool isLink(const fs::path& place, const std::wstring& path) {
+  std::error_code error;
+  const fs::file_status status = fs::symlink_status(place, error);
+  if (status.type() == fs::file_type::none) throw systemFailure(error.value(), path);
+  return status.type() == fs::file_type::symlink;
+}
+
+bool isSameFolder(const fs::path& a, const fs::path& b) {
+  std::error_code ignored;  // what does not exist has no identity but its name
+  return a == b || fs::equivalent(a, b, ignored);
 }
 
 }  // namespace
@@ -99,6 +115,38 @@ bool isOneEntryInAnyCase(const std::wstring& path, const std::wstring& otherPath
     folder += name == L"\\" ? name : name + L"\\";
   }
   return true;
+}
+
+fs::path resolvedPlace(const std::wstring& path) {
+  // A process whose working directory was removed has none; an absolute path does not need it.
+  const fs::path native = nativePath(existingPath(path));
+  const fs::path whole = native.is_absolute() ? native : fs::current_path() / native;
+  std::deque<fs::path> rest(whole.begin(), whole.end());
+  fs::path place = "/";
+  int links = 0;
+  while (!rest.empty()) {
+    const fs::path part = rest.front();
+    rest.pop_front();
+    if (part.empty() || part == ".") continue;
+    if (part == "..") {
+      place = place.parent_path();
+      continue;
+    }
+    place /= part;  // "/" starts again
+    if (!isLink(place, path)) continue;
+    if (++links > kMaxLinks) throw systemFailure(ELOOP, path);
+    const fs::path target = fs::read_symlink(place);
+    place = place.parent_path();
+    rest.insert(rest.begin(), target.begin(), target.end());
+  }
+  return place;
+}
+
+bool liesWithin(const fs::path& place, const fs::path& folder) {
+  for (fs::path level = place;; level = level.parent_path()) {
+    if (isSameFolder(level, folder)) return true;
+    if (level == level.root_path()) return false;
+  }
 }
 
 }  // namespace orvane

@@ -12,8 +12,7 @@
 #include "foundation/WindowServices.h"
 #include "foundation/ansi_text.h"
 #include "foundation/existing_path.h"
-#include "foundation/letter_case.h"
-#include "foundation/local_time.h"
+#include "foundation/plain_text.h"
 #include "foundation/program.h"
 
 // The operations of mdlFolderAndFile on path texts.

@@ -1,5 +1,6 @@
 #include "foundation/program.h"
 
+#include <ctime>
 #include <filesystem>
 #include <malloc.h>
 
@@ -33,6 +34,20 @@ void keepFreedMemory() {
   constexpr int kMegabyte = 1 << 20;
   mallopt(M_MMAP_THRESHOLD, 32 * kMegabyte);  // the most that glibc allows; an A4 page takes 26
   mallopt(M_TRIM_THRESHOLD, 128 * kMegabyte);
+}
+
+std::wstring localTime(const char* format) {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts{};
+  tzset();  // localtime_r need not notice a changed time zone
+  localtime_r(&now, &parts);
+  char digits[32];
+  const std::size_t length = std::strftime(digits, sizeof digits, format, &parts);
+  return {digits, digits + length};
+}
+
+std::wstring timeStamp() {
+  return localTime("%Y-%m-%d %H:%M:%S");
 }
 
 }  // namespace orvane

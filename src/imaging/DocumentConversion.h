@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "foundation/ProgressList.h"
+#include "foundation/WindowServices.h"
 #include "imaging/ImagingInstances.h"
 
 namespace orvane {

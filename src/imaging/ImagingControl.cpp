@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "foundation/Failure.h"
-#include "foundation/atomic_file.h"
+#include "foundation/durable_file.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 #include "foundation/utf8_text.h"

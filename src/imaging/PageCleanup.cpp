@@ -6,9 +6,8 @@
 
 #include "foundation/Failure.h"
 #include "foundation/ansi_text.h"
-#include "foundation/local_time.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/numbers.h"
+#include "foundation/plain_text.h"
 #include "foundation/program.h"
 #include "imaging/mdlBatchAutoProcessStep.h"
 #include "imaging/mdlImageProcess.h"

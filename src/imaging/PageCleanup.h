@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "foundation/ProgressList.h"
+#include "foundation/WindowServices.h"
 #include "imaging/ImagingInstances.h"
 
 namespace orvane {

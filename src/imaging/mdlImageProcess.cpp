@@ -5,7 +5,7 @@
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/numbers.h"
+#include "foundation/plain_text.h"
 #include "foundation/program.h"
 #include "imaging/ImagingInstances.h"
 #include "imaging/save_steps.h"

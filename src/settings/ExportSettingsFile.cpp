@@ -6,7 +6,7 @@
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/numbers.h"
+#include "foundation/plain_text.h"
 #include "foundation/program.h"
 #include "settings/mdlINI.h"
 

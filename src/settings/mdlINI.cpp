@@ -4,7 +4,7 @@
 #include <exception>
 
 #include "foundation/ansi_text.h"
-#include "foundation/atomic_file.h"
+#include "foundation/durable_file.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "settings/profile_file.h"
 

@@ -3,22 +3,18 @@
 #include <optional>
 #include <vector>
 
+#include "foundation/plain_text.h"
+
 namespace orvane {
 namespace {
 
 // Blanks, "=", ";" and the quotes lie below 0x40, where no second byte of a pair can be, so they
 // can be looked for byte by byte. "]" and the letters cannot.
-constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kSpaces = " \t";
 
 bool isLeadByte(char c) {
   const auto byte = static_cast<unsigned char>(c);
   return byte >= 0x81 && byte <= 0xFE;
-}
-
-std::string_view trimmed(std::string_view text) {
-  const std::size_t begin = text.find_first_not_of(kBlanks);
-  if (begin == text.npos) return {};
-  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
 }
 
 std::string lowerCase(std::string_view text) {
@@ -34,7 +30,7 @@ std::string lowerCase(std::string_view text) {
 }
 
 bool isSameName(std::string_view a, std::string_view b) {
-  return lowerCase(trimmed(a)) == lowerCase(trimmed(b));
+  return lowerCase(trimmed(a, kSpaces)) == lowerCase(trimmed(b, kSpaces));
 }
 
 // One line of a file: `begin` to `end` without its line end, `next` where the line behind begins.
@@ -50,7 +46,7 @@ std::vector<Line> linesOf(std::string_view content) {
     const std::size_t next = newLine == content.npos ? content.size() : newLine + 1;
     std::size_t end = newLine == content.npos ? content.size() : newLine;
     if (end > begin && content[end - 1] == '\r') --end;
-    lines.push_back({begin, end, next, trimmed(content.substr(begin, end - begin))});
+    lines.push_back({begin, end, next, trimmed(content.substr(begin, end - begin), kSpaces)});
     begin = next;
   }
   return lines;
@@ -111,7 +107,7 @@ std::string_view withoutQuotes(std::string_view value) {
 std::string profileValue(std::string_view content, std::string_view section, std::string_view key) {
   const std::optional<Line> line = find(content, section, key).keyLine;
   if (!line) return {};
-  return std::string(withoutQuotes(trimmed(line->text.substr(line->text.find('=') + 1))));
+  return std::string(withoutQuotes(trimmed(line->text.substr(line->text.find('=') + 1), kSpaces)));
 }
 
 std::string withProfileValue(std::string_view content, std::string_view section,

@@ -3,7 +3,7 @@
 #include <QAbstractItemView>
 #include <QAccessible>
 
-#include "foundation/ProgressList.h"
+#include "foundation/WindowServices.h"
 #include "window/LineModel.h"
 
 namespace orvane {

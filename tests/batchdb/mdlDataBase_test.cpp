@@ -6,7 +6,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 
-#include "batchdb/Recordset.h"
+#include "batchdb/BatchStore.h"
 #include "batchdb/SqliteStore.h"
 #include "foundation/Failure.h"
 #include "support/RecordingWindow.h"

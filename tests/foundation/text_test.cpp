@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/Failure.h"
-#include "foundation/numbers.h"
+#include "foundation/plain_text.h"
 #include "support/TempStation.h"
 
 namespace orvane::test {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/ProgressList.h"
+#include "foundation/WindowServices.h"
 #include "imaging/ImagingInstances.h"
 #include "imaging/RecordingEngine.h"
 #include "support/RecordingWindow.h"

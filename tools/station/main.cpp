@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "batchdb/Recordset.h"
+#include "batchdb/BatchStore.h"
 #include "batchdb/SqliteStore.h"
 #include "foundation/Failure.h"
 #include "foundation/InstanceGuard.h"

@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "docstore/ScanTree.h"
-#include "docstore/page_list_text.h"
 #include "export/ScanTreeGuard.h"
 #include "foundation/Failure.h"
 #include "foundation/existing_path.h"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "foundation/OutputFile.h"
-#include "foundation/atomic_file.h"
+#include "foundation/durable_file.h"
 #include "imaging/pdf/PdfFile.h"
 #include "imaging/pdf/PdfLayout.h"
 #include "imaging/pdf/pdf_head.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/atomic_file.h"
+#include "foundation/durable_file.h"
 #include "imaging/raster/page_choice.h"
 #include "imaging/tiff/TiffFile.h"
 #include "imaging/tiff/TiffForm.h"

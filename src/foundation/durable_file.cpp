@@ -1,31 +1,25 @@
-#include "foundation/atomic_file.h"
+#include "foundation/durable_file.h"
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <fcntl.h>
+#include <future>
+#include <linux/magic.h>
+#include <sys/vfs.h>
 #include <system_error>
 #include <unistd.h>
 
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
+#include "foundation/WindowServices.h"
+#include "foundation/existing_path.h"
 #include "foundation/path_text.h"
 
 namespace orvane {
 namespace {
 
 namespace fs = std::filesystem;
-
-// The end of the links that begin at `path`; there need not be a file.
-fs::path withLinksFollowed(fs::path path) {
-  constexpr int kMostLinks = 40;  // as many as the platform itself follows
-  for (int i = 0; i < kMostLinks; ++i) {
-    std::error_code isNoLink;
-    const fs::path target = fs::read_symlink(path, isNoLink);
-    if (isNoLink) break;
-    path = path.parent_path() / target;
-  }
-  return path;
-}
 
 // The status of the file to be replaced; nothing when there is none.
 std::optional<struct stat> statusOfReplaceable(const fs::path& file, const std::wstring& path) {
@@ -52,44 +46,51 @@ fs::path freeNameIn(const fs::path& folder) {
   throw systemFailure(EEXIST, pathText(folder / stem));
 }
 
-struct stat statusOf(const FileDescriptor& file, const std::wstring& path) {
-  struct stat status {};
-  if (fstat(file.number(), &status) != 0) throw systemFailure(errno, path);
-  return status;
-}
-
 // Only what differs is set: some file systems refuse the calls, whatever they would set.
 void takeOverOwnerAndMode(const FileDescriptor& file, const struct stat& old,
                           const std::wstring& path) {
-  struct stat fresh = statusOf(file, path);
+  struct stat fresh = file.status();
   if (fresh.st_uid != old.st_uid || fresh.st_gid != old.st_gid) {
-    // Only a privileged user can give a file away, but its owner can give it to his groups.
+    // Only a privileged user can change the owner, but the owner can choose one of his groups.
     if (fchown(file.number(), old.st_uid, old.st_gid) != 0 &&
         (errno != EPERM || fchown(file.number(), static_cast<uid_t>(-1), old.st_gid) != 0) &&
         errno != EPERM) {
       throw systemFailure(errno, path);
     }
-    fresh = statusOf(file, path);
+    fresh = file.status();
   }
   constexpr mode_t kPermissions = 07777;
   if (((fresh.st_mode ^ old.st_mode) & kPermissions) == 0) return;
   if (fchmod(file.number(), old.st_mode & kPermissions) != 0) throw systemFailure(errno, path);
 }
 
-// Makes the rename itself last; the content is safe already, so a failure changes nothing.
+// Makes the rename durable. The content is safe already, so a failure is ignored.
 void syncFolder(const fs::path& folder) {
-  const int number =
-      open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (number < 0) return;
-  fsync(number);
-  close(number);
+  const auto opened = FileDescriptor::tryToOpen(pathText(folder), O_RDONLY | O_DIRECTORY);
+  if (opened) fsync(opened->number());
+}
+
+std::future<void> started(const std::function<void()>& sync) {
+  try {
+    return std::async(std::launch::async, sync);
+  } catch (const std::system_error&) {  // no thread to be had
+    return std::async(std::launch::deferred, sync);
+  }
+}
+
+// The error of `sync`, a system call on a descriptor, or 0. EACCES also for a file that may be
+// written but not read.
+template <typename Sync>
+int errorOf(Sync sync, const std::wstring& path) {
+  const auto opened = FileDescriptor::tryToOpen(path, O_RDONLY | O_NONBLOCK);
+  return opened && sync(opened->number()) == 0 ? 0 : errno;
 }
 
 }  // namespace
 
 FileReplacement::FileReplacement(const std::wstring& path)
     : path_(path),
-      target_(withLinksFollowed(nativePath(path))),
+      target_(resolvedPlace(path)),
       old_(statusOfReplaceable(target_, path)),
       temporary_(freeNameIn(target_.parent_path())),
       temporaryPath_(pathText(temporary_)) {
@@ -117,6 +118,35 @@ void replaceFile(const std::wstring& path, std::string_view bytes) {
   file.writeAll(bytes);
   file.close();
   replacement.commit();
+}
+
+void syncBesideWindow(const std::function<void()>& sync) {
+  constexpr auto kStep = std::chrono::milliseconds(20);
+  std::future<void> done = started(sync);
+  while (done.wait_for(kStep) == std::future_status::timeout) windowServices().yield();
+  done.get();
+}
+
+bool syncsFilesOnly(const std::wstring& path) {
+  struct statfs status {};
+  if (statfs(nativePath(path).c_str(), &status) != 0) throw systemFailure(errno, path);
+  return status.f_type == FUSE_SUPER_MAGIC;
+}
+
+void syncDiskOf(const std::wstring& folder) {
+  const int error = errorOf(syncfs, folder);
+  if (error == EACCES) {
+    sync();
+  } else if (error != 0) {
+    throw systemFailure(error, folder);
+  }
+}
+
+void syncEntry(const std::wstring& path) {
+  const int error = errorOf(fsync, path);
+  if (error != 0 && error != EACCES && error != EINVAL && error != ENOTSUP) {
+    throw systemFailure(error, path);
+  }
 }
 
 }  // namespace orvane

@@ -1,18 +1,23 @@
-#include "foundation/numbers.h"
+#include "foundation/plain_text.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cwctype>
 #include <limits>
-#include <string>
+#include <locale.h>
 
 #include "foundation/Failure.h"
-#include "foundation/letter_case.h"
 
 namespace orvane {
 namespace {
 
-constexpr std::wstring_view kBlanks = L" \t\r\n";
+template <typename View>
+View withoutOuter(View text, View blanks) {
+  const std::size_t begin = text.find_first_not_of(blanks);
+  if (begin == text.npos) return {};
+  return text.substr(begin, text.find_last_not_of(blanks) - begin + 1);
+}
 
 struct Reading {
   double value = 0;
@@ -48,17 +53,11 @@ Reading readNumber(std::wstring_view text) {
   return {value, static_cast<std::size_t>(end - characters.data())};
 }
 
-std::wstring_view withoutLeadingBlanks(std::wstring_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-  return text;
-}
-
 // The number that the whole of `text` is, outer blanks aside.
 double wholeNumber(std::wstring_view text) {
-  const std::wstring_view trimmed = withoutLeadingBlanks(text);
-  const Reading reading = readNumber(trimmed);
-  const bool isRestBlank = trimmed.find_first_not_of(kBlanks, reading.length) == trimmed.npos;
-  if (reading.length == 0 || !isRestBlank) {
+  const std::wstring_view number = trimmed(text);
+  const Reading reading = readNumber(number);
+  if (reading.length == 0 || reading.length < number.size()) {
     throw Failure(L"not a number: \"" + std::wstring(text) + L"\"");
   }
   return reading.value;
@@ -66,8 +65,30 @@ double wholeNumber(std::wstring_view text) {
 
 }  // namespace
 
+std::wstring_view trimmed(std::wstring_view text, std::wstring_view blanks) {
+  return withoutOuter(text, blanks);
+}
+
+std::string_view trimmed(std::string_view text, std::string_view blanks) {
+  return withoutOuter(text, blanks);
+}
+
+std::wstring asciiLowerCase(std::wstring_view text) {
+  std::wstring result(text);
+  for (wchar_t& c : result) {
+    if (c >= L'A' && c <= L'Z') c += L'a' - L'A';
+  }
+  return result;
+}
+
+wchar_t upperCase(wchar_t character) {
+  static const locale_t letters = newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t{});
+  const auto code = static_cast<wint_t>(character);
+  return static_cast<wchar_t>(letters == locale_t{} ? towupper(code) : towupper_l(code, letters));
+}
+
 double numericPrefix(std::wstring_view text) {
-  return readNumber(withoutLeadingBlanks(text)).value;
+  return readNumber(trimmed(text)).value;
 }
 
 std::int16_t toInt16(double value) {
@@ -83,8 +104,7 @@ std::int16_t toInt16(std::wstring_view text) {
 }
 
 bool toBoolean(std::wstring_view text) {
-  const std::wstring_view begin = withoutLeadingBlanks(text);
-  const std::wstring word = asciiLowerCase(begin.substr(0, begin.find_last_not_of(kBlanks) + 1));
+  const std::wstring word = asciiLowerCase(trimmed(text));
   if (word == L"true") return true;
   if (word == L"false") return false;
   return wholeNumber(word) != 0;
