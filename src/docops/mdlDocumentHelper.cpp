@@ -21,6 +21,10 @@
 namespace orvane::mdlDocumentHelper {
 namespace {
 
+void logFailure(const std::wstring& message) {
+  mdlFolderAndFile::LogWrite(L"DocumentHelper-" + message, kApplicationTitle);
+}
+
 std::wstring documentIdOf(const DispatchObject* item) {
   if (item == nullptr) throw Failure("an item of the list is no object");
   return item->property(L"DocumentID");
@@ -30,7 +34,7 @@ void requireDocumentName(const std::wstring& name) {
   if (!isFolderName(name)) throw Failure(name + L": cannot name a document");
 }
 
-// A document may be listed with no page; `Document` refuses to load the empty list.
+// A document may have an empty list, which `Document` refuses to load.
 std::vector<std::wstring> pagesOf(const std::wstring& sDocumentID) {
   const std::wstring list = existingPath(GetDocDataPath(sDocumentID));
   if (mdlFolderAndFile::fileSystem().FileExists(list) &&
@@ -49,9 +53,9 @@ std::vector<std::wstring> pagesOf(const std::wstring& sDocumentID) {
 }
 
 /// The document that a merge makes. A folder is a document only through its `Doc.dat`, so the pages
-/// come first, under names that are free in the folder, and the page list last, in one step: a run
-/// sees the older document of that name, or none, until it sees the new one. What was added before
-/// a failure goes with the object.
+/// are written first, under names that are free in the folder, and the page list last, in one step:
+/// a run sees the older document of that name, or none, until it sees the new one. The destructor
+/// removes what was added before a failure.
 class MergedDocument {
  public:
   explicit MergedDocument(const std::wstring& sNewDocumentID)
@@ -71,8 +75,7 @@ class MergedDocument {
   MergedDocument(const MergedDocument&) = delete;
   MergedDocument& operator=(const MergedDocument&) = delete;
 
-  /// Adds the pages of a document after those that are there. A page listed twice is one file,
-  /// listed twice.
+  /// Appends the pages of a document. A page that is listed twice becomes one file, listed twice.
   void add(const std::wstring& sDocumentID, const std::vector<std::wstring>& pages) {
     std::map<std::wstring, std::wstring> copied;
     for (const std::wstring& page : pages) {
@@ -83,7 +86,7 @@ class MergedDocument {
     }
   }
 
-  /// Brings the pages to the disk and lists them; the pages of an older document are deleted.
+  /// Syncs the pages to the disk and lists them. The pages of an older document are deleted.
   void finish() {
     for (const std::wstring& file : unlistedFiles_) syncEntry(file);
     syncEntry(folder_);
@@ -100,11 +103,11 @@ class MergedDocument {
     try {
       files().DeleteFile(file);
     } catch (const std::exception&) {
-      // No list names it, so it is in nobody's way.
+      // No list names it, so it is never read.
     }
   }
 
-  // Under the names that they have on the disk: no new page may be taken for one of them later.
+  // Under their spelling on the disk, so that no new page is taken for one of them later.
   void noteOldPages(const std::vector<std::wstring>& pages) {
     for (const std::wstring& page : pages) {
       const std::wstring file = existingPath(folder_ + page + L".tif");
@@ -170,8 +173,7 @@ bool MergeDocument(ImagingEngine& /*ImgControl*/, ImagingEngine& ImgPageCount,
     merge(sNewDocumentID, documentIdOf((*aryMergedDoc)[0]), documentIdOf((*aryMergedDoc)[1]));
     return mdlFolderAndFile::FileExist(GetDocDataPath(sNewDocumentID));
   } catch (const std::exception& failure) {
-    mdlFolderAndFile::LogWrite(L"DocumentHelper-MergeDocument-" + description(failure),
-                               kApplicationTitle);
+    logFailure(L"MergeDocument-" + description(failure));
     return false;
   }
 }
@@ -184,14 +186,10 @@ bool MergeDocumentFor奇偶排序(const std::wstring& /*sNewDocumentID*/,
 
 namespace {
 
-// The picture stays: it is less than ClearControl.
+// Keeps the picture, unlike ClearControl.
 void unload(ImagingEngine& ImgDelete) {
   ImgDelete.SourceFile(L"");
   ImgDelete.Refresh();
-}
-
-void logFailure(const std::wstring& message) {
-  mdlFolderAndFile::LogWrite(L"DocumentHelper-" + message, kApplicationTitle);
 }
 
 }  // namespace

@@ -33,6 +33,18 @@ std::optional<struct stat> statusOf(const std::wstring& path) {
 
 using Listing = std::unique_ptr<DIR, int (*)(DIR*)>;
 
+// The next entry of a folder other than "." and ".."; null after the last one.
+const dirent* nextEntry(const Listing& listing, const std::wstring& path) {
+  for (;;) {
+    errno = 0;
+    const dirent* const entry = readdir(listing.get());
+    if (entry == nullptr && errno != 0) throw systemFailure(errno, path);
+    if (entry == nullptr) return nullptr;
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") return entry;
+  }
+}
+
 bool mayBeFolder(const Listing& listing, const dirent& entry) {
   if (entry.d_type != DT_UNKNOWN && entry.d_type != DT_LNK) return entry.d_type == DT_DIR;
   struct stat status {};
@@ -63,7 +75,7 @@ void FileSystemObject::CreateFolder(const std::wstring& path) {
 }
 
 void FileSystemObject::DeleteFile(const std::wstring& path) {
-  // Whether a file may go is decided by its folder's permissions, never by its own.
+  // The permissions of the folder decide, not those of the file.
   if (unlink(nativePath(path).c_str()) != 0) throw systemFailure(errno, path);
 }
 
@@ -71,25 +83,15 @@ std::vector<std::wstring> FileSystemObject::SubFolders(const std::wstring& path)
   const Listing listing(opendir(nativePath(existingPath(path)).c_str()), closedir);
   if (!listing) throw systemFailure(errno, path);
   std::vector<std::wstring> names;
-  for (;;) {
-    errno = 0;
-    const dirent* entry = readdir(listing.get());
-    if (entry == nullptr && errno != 0) throw systemFailure(errno, path);
-    if (entry == nullptr) break;
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != ".." && mayBeFolder(listing, *entry)) {
-      names.push_back(entryText(name));
-    }
+  while (const dirent* entry = nextEntry(listing, path)) {
+    if (mayBeFolder(listing, *entry)) names.push_back(entryText(entry->d_name));
   }
   std::sort(names.begin(), names.end());
   return names;
 }
 
-}  // namespace orvane
+// Content.
 
-// The operations of FileSystemObject that move bytes.
-
-namespace orvane {
 namespace {
 
 constexpr std::size_t kLargestTextFile = std::size_t{64} << 20;
@@ -143,18 +145,13 @@ void FileSystemObject::AppendFile(const std::wstring& path, std::string_view byt
   file.close();
 }
 
-}  // namespace orvane
+// Removal of folders. Every step uses the descriptor of the parent folder and never a path, so a
+// link that is created meanwhile cannot lead the removal out of the folder.
 
-// DeleteFolder. Every step goes through the descriptor of the folder above it and never through a
-// path, so no link that is put in place meanwhile can lead the removal out of the folder.
-
-namespace orvane {
 namespace {
 
-using Listing = std::unique_ptr<DIR, int (*)(DIR*)>;
-
 // Opens a folder, never a link to one, and gives its owner the right to list and change it: a
-// folder that is read-only must go as well.
+// read-only folder is removed too.
 Listing openForRemoval(int parent, const char* name, const std::wstring& path) {
   constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
   int folder = openat(parent, name, kFlags);
@@ -171,7 +168,8 @@ Listing openForRemoval(int parent, const char* name, const std::wstring& path) {
   }
   struct stat status {};
   if (fstat(folder, &status) == 0 && (status.st_mode & S_IRWXU) != S_IRWXU) {
-    fchmod(folder, status.st_mode | S_IRWXU);  // a folder of another owner shows at its first entry
+    fchmod(folder,
+           status.st_mode | S_IRWXU);  // for a folder of another owner the first removal fails
   }
   return listing;
 }
@@ -186,15 +184,8 @@ void removeEntry(int folder, const char* name, const std::wstring& path) {
 
 void removeTree(int parent, const char* name, const std::wstring& path) {
   const Listing listing = openForRemoval(parent, name, path);
-  const int folder = dirfd(listing.get());
-  for (;;) {
-    errno = 0;
-    const dirent* entry = readdir(listing.get());
-    if (entry == nullptr && errno != 0) throw systemFailure(errno, path);
-    if (entry == nullptr) break;
-    const std::string_view entryName = entry->d_name;
-    if (entryName == "." || entryName == "..") continue;
-    removeEntry(folder, entry->d_name, path + L"\\" + entryText(entryName));
+  while (const dirent* entry = nextEntry(listing, path)) {
+    removeEntry(dirfd(listing.get()), entry->d_name, path + L"\\" + entryText(entry->d_name));
   }
   if (unlinkat(parent, name, AT_REMOVEDIR) != 0) throw systemFailure(errno, path);
 }
@@ -210,7 +201,7 @@ bool isLinkToFolder(const std::string& native) {
 
 void FileSystemObject::DeleteFolder(const std::wstring& path) {
   std::string native = nativePath(path).native();
-  // A separator at the end would make the platform follow a link.
+  // With a separator at the end the platform would follow a link.
   while (native.size() > 1 && native.back() == '/') native.pop_back();
   if (!isLinkToFolder(native)) {
     removeTree(AT_FDCWD, native.c_str(), path);

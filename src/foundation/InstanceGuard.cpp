@@ -13,7 +13,7 @@ namespace orvane {
 
 InstanceGuard::InstanceGuard(const std::wstring& folder) {
   const std::wstring file = folder + L"\\Orvane.lock";
-  // The file may be another user's, who alone can write it.
+  // The last attempt is for a file that only another user can write.
   const std::pair<const std::wstring&, int> attempts[] = {
       {folder, O_RDONLY | O_DIRECTORY}, {file, O_RDWR | O_CREAT}, {file, O_RDONLY}};
   std::wstring reasons;

@@ -13,7 +13,7 @@ class NoWindow : public WindowServices {
   void showBox(std::wstring_view text, std::wstring_view title, BoxIcon) override {
     std::string line = toUtf8(title) + ": " + toUtf8(text) + "\n";
     for (char& c : line) {
-      if (c == '\r') c = '\n';  // the boxes part their lines by a carriage return
+      if (c == '\r') c = '\n';  // the line separator of the boxes
     }
     std::fputs(line.c_str(), stderr);
   }

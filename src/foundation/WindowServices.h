@@ -22,10 +22,10 @@ class WindowServices {
   virtual void showBusyPointer(bool busy) = 0;
 };
 
-/// The installed services, or the fallback for a program without a window.
+/// The installed services, or the fallback of a program without a window.
 WindowServices& windowServices();
 
-/// Installs `services` (not owned); nullptr brings the fallback back.
+/// Installs `services` (not owned); nullptr restores the fallback.
 void installWindowServices(WindowServices* services);
 
 /// The run's report to the operator: `listProcessLog` of the window.

@@ -21,8 +21,8 @@ class Converter {
   Converter(const Converter&) = delete;
   Converter& operator=(const Converter&) = delete;
 
-  // Converts until the input ends or meets something that is no character of the source or has no
-  // place in the target; returns the number of bytes of `input` that were converted.
+  // Converts up to the end of the input, or up to a sequence that is no character of the source or
+  // does not exist in the target. Returns the number of bytes of `input` that were converted.
   std::size_t convert(std::string_view input, std::string& output) {
     char* in = const_cast<char*>(input.data());  // iconv takes char** and changes only the pointer
     std::size_t inLeft = input.size();
@@ -55,8 +55,8 @@ void appendWide(std::wstring& text, const std::string& bytes) {
   bytes.copy(reinterpret_cast<char*>(text.data() + oldSize), bytes.size());
 }
 
-// The length of what cannot be decoded at the front of `bytes`: a pair that has the form of one but
-// is no character, or a single byte. A byte that no pair can end in is left for the text to come.
+// The length of the malformed sequence at the front of `bytes`: a pair in the form of a character
+// that is none, or a single byte. A byte that cannot end a pair belongs to the text after it.
 std::size_t malformedLength(std::string_view bytes) {
   if (bytes.size() < 2) return 1;
   const auto lead = static_cast<unsigned char>(bytes[0]);
@@ -66,7 +66,7 @@ std::size_t malformedLength(std::string_view bytes) {
   return isPair ? 2 : 1;
 }
 
-// "U+1F600": the character itself could not stand in the log either.
+// "U+1F600": the log cannot show the character itself.
 std::wstring codePointName(wchar_t character) {
   char digits[9];
   const int length = std::snprintf(digits, sizeof digits, "%04X", static_cast<unsigned>(character));

@@ -15,9 +15,11 @@
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
 
-// The operations of mdlFolderAndFile on path texts.
+namespace orvane {
 
-namespace orvane::mdlFolderAndFile {
+std::unique_ptr<FileSystemObject> gFileSystem;
+
+namespace mdlFolderAndFile {
 namespace {
 
 std::vector<std::wstring> splitAtBackslash(const std::wstring& path) {
@@ -36,6 +38,13 @@ bool hasDot(const std::wstring& text) {
 }
 
 }  // namespace
+
+FileSystemObject& fileSystem() {
+  if (!gFileSystem) gFileSystem = std::make_unique<FileSystemObject>();
+  return *gFileSystem;
+}
+
+// Path texts.
 
 bool MakeFolderPath(const std::wstring& sPath) {
   if (sPath.empty()) throw systemFailure(ENOENT);
@@ -66,13 +75,8 @@ std::wstring FileExtension(const std::wstring& sPath) {
   return sPath.substr(sPath.rfind(L'.') + 1);  // without a dot: npos + 1 is 0, so the whole
 }
 
-}  // namespace orvane::mdlFolderAndFile
+// Files and folders.
 
-namespace orvane {
-
-std::unique_ptr<FileSystemObject> gFileSystem;
-
-namespace mdlFolderAndFile {
 namespace {
 
 bool failInBox(const std::wstring& text, std::wstring_view title) {
@@ -86,11 +90,6 @@ std::wstring failureOfTwoPaths(const std::exception& failure, const std::wstring
 }
 
 }  // namespace
-
-FileSystemObject& fileSystem() {
-  if (!gFileSystem) gFileSystem = std::make_unique<FileSystemObject>();
-  return *gFileSystem;
-}
 
 bool FolderExist(const std::wstring& sPath) {
   try {
@@ -133,7 +132,7 @@ bool FolderDelete(const std::wstring& sPath) {
 bool DialogFileCopy(const std::wstring& sSource, const std::wstring& sTarget) {
   try {
     const std::wstring target = existingPath(sTarget);
-    // A copy onto itself would begin with the deletion of the only original.
+    // A copy onto itself would begin by deleting the only original.
     if (fileSystem().IsSamePlace(sSource, target)) throw systemFailure(EEXIST, sTarget);
     MakeFolderPath(target);
     while (fileSystem().FileExists(target)) fileSystem().DeleteFile(target);
@@ -162,14 +161,11 @@ bool RenameFile(const std::wstring& sSource, const std::wstring& sTarget) {
   }
 }
 
-}  // namespace mdlFolderAndFile
+// The log.
 
-}  // namespace orvane
-
-namespace orvane::mdlFolderAndFile {
 namespace {
 
-// An entry is one line whatever is in it: names from the disk can hold a line end.
+// An entry is always one line, but names on the disk can contain line ends.
 std::wstring inOneLine(std::wstring text) {
   for (wchar_t& c : text) {
     if (c == L'\r' || c == L'\n') c = L' ';
@@ -182,7 +178,7 @@ std::wstring entry(const std::wstring& sMessage, const std::wstring& sSource) {
          inOneLine(sMessage) + L"\r\n\r\n";
 }
 
-// A step that fails is skipped: the log is the last place where a failure is told.
+// Skips a step that fails: there is no other place to report a failure of the log.
 template <typename Step>
 void attempt(Step step) noexcept {
   try {
@@ -247,8 +243,8 @@ std::wstring logFileOfToday() {
   return logFolder() + L"\\" + localTime("%Y%m%d") + L".log";
 }
 
-// A night of failures makes a file of any size, so that only its end is read. No byte of a Chinese
-// character is a line end.
+// Reads only the end of the file, which can have any size. No byte of a Chinese character is a line
+// end.
 std::wstring readLog(const std::wstring& sLogFile, std::size_t most) {
   const FileDescriptor file = FileDescriptor::openRegularFile(sLogFile);
   const off_t size = lseek(file.number(), 0, SEEK_END);
@@ -272,4 +268,5 @@ std::wstring readLog(const std::wstring& sLogFile, std::size_t most) {
   return text;
 }
 
-}  // namespace orvane::mdlFolderAndFile
+}  // namespace mdlFolderAndFile
+}  // namespace orvane

@@ -9,15 +9,15 @@
 
 namespace orvane {
 
-/// The module's file-system object: made at first use, living to the end of the process.
+/// The module's file-system object: made at first use and kept to the end of the process.
 extern std::unique_ptr<FileSystemObject> gFileSystem;
 
-/// The path and file utilities. Unless said otherwise an operation tells a failure in a box with
-/// one OK button and no icon, and answers false; nothing is logged. Paths are path texts; what is
-/// in the scan tree is found in any letter case (see existing_path.h).
+/// The path and file utilities. Unless said otherwise an operation shows a failure in a box with
+/// one OK button and no icon, and returns false; nothing is logged. Paths are path texts; files in
+/// the scan tree are found in any letter case (see existing_path.h). For one thread only.
 namespace mdlFolderAndFile {
 
-/// `gFileSystem`, made now if this is its first use.
+/// `gFileSystem`, made if this is its first use.
 FileSystemObject& fileSystem();
 
 /// True when the folder exists.
@@ -29,13 +29,13 @@ bool FileExist(const std::wstring& sPath);
 /// Deletes a file, a read-only one too, then yields. A failure is silent.
 bool FileDelete(const std::wstring& sPath);
 
-/// Deletes a folder with all that is in it, read-only items too, then yields. Symbolic links are
+/// Deletes a folder with all its contents, read-only items too, then yields. Symbolic links are
 /// removed and never followed. A failure is silent.
 bool FolderDelete(const std::wstring& sPath);
 
 /// Copies a file: makes the target's folders, removes an older target (read-only ones too), copies,
-/// yields. What was done before a failure stays done. A copy of a file onto itself, in whatever
-/// spelling and through whatever links, is refused before anything is done.
+/// yields. The steps before a failure are not undone. A copy of a file onto itself, in any spelling
+/// and through any links, is refused before the first step.
 bool DialogFileCopy(const std::wstring& sSource, const std::wstring& sTarget);
 
 /// `DialogFileCopy`, then `FileDelete` of the source, whose result counts.
@@ -55,7 +55,7 @@ std::wstring ParentPath(const std::wstring& sPath, const std::wstring& sSeparato
 /// `sPath` with one `\` added unless it already ends in one.
 std::wstring AppendBackslash(const std::wstring& sPath);
 
-/// The text behind the last "." (the whole of `sPath` when there is none).
+/// The text after the last "." (the whole of `sPath` when there is none).
 std::wstring FileExtension(const std::wstring& sPath);
 
 /// The program's one diagnostic channel: appends an entry to `sLogFile`, or to the file of the day
@@ -64,9 +64,8 @@ std::wstring FileExtension(const std::wstring& sPath);
 void LogWrite(const std::wstring& sMessage, const std::wstring& sSource, bool bShowBox = false,
               const std::wstring& sLogFile = {});
 
-/// Collects the messages that `LogWrite` is given while it lives, so that the operator can be told
-/// the reason of a failure where it shows. It keeps the last few. One within another takes the
-/// messages of its own life to itself.
+/// Collects the messages of `LogWrite` during its life, so that a failure can be shown with its
+/// reason. It keeps the last few. While a nested one lives, only that one collects.
 class LogCapture {
  public:
   LogCapture();
@@ -83,10 +82,10 @@ class LogCapture {
   std::deque<std::wstring> messages_;
 };
 
-/// The log file of the day, a path text; it need not exist.
+/// The path text of the day's log file, which need not exist.
 std::wstring logFileOfToday();
 
-/// The last entries of a log, up to `most` bytes of the file, with `\n` as line end and without the
+/// The last entries of a log, up to `most` bytes of the file, with `\n` as line end and without
 /// empty lines. Throws Failure when it cannot be read.
 std::wstring readLog(const std::wstring& sLogFile, std::size_t most);
 

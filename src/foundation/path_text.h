@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-/// The edge to the file system. Inside the program a path is text with `\` as separator, joined
-/// plainly and never normalised; only these functions know the native form as well.
+/// The boundary to the file system. Inside the program a path is a text with `\` as separator,
+/// joined without normalisation; only these functions know the native form.
 ///
 /// A byte of a native name that is not UTF-8, and a `\` that is part of a native name, travel as
 /// one code point each from U+DC00 up (U+DC00 + byte), so that every name on the disk has exactly

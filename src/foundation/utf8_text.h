@@ -3,19 +3,19 @@
 #include <string>
 #include <string_view>
 
-/// The edge to UTF-8, the encoding of Qt, SQLite and platform messages.
+/// Conversion from and to UTF-8, the encoding of Qt, SQLite and platform messages.
 namespace orvane {
 
 /// Decodes UTF-8. Each malformed byte becomes U+FFFD.
 std::wstring fromUtf8(std::string_view bytes);
 
-/// Decodes UTF-8, asking `malformedByte` what stands for each byte that belongs to no character.
+/// Decodes UTF-8; `malformedByte` gives the character for each byte that belongs to none.
 std::wstring fromUtf8(std::string_view bytes, wchar_t (*malformedByte)(unsigned char));
 
 /// Encodes to UTF-8. A code point that is no character (a lone surrogate) becomes U+FFFD.
 std::string toUtf8(std::wstring_view text);
 
-/// True for the code points that UTF-8 can hold: up to U+10FFFF without the surrogates.
+/// True for the code points that UTF-8 can encode: up to U+10FFFF without the surrogates.
 constexpr bool isUnicodeScalar(wchar_t character) {
   const auto value = static_cast<unsigned long>(character);
   return value < 0xD800 || (value > 0xDFFF && value <= 0x10FFFF);

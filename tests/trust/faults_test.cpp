@@ -198,6 +198,21 @@ TEST_F(HostFaults, LeaveAllOfTheOldOrAllOfTheNewAndNothingInTheWay) {
   }
 }
 
+TEST_F(HostFaults, ADocumentThatCannotBeDeletedOrNamedForWantOfMemoryIsLogged) {
+  const std::wstring name(20000, L'x');  // large enough for the watch over allocations
+  DocumentHelper helper;
+  const std::pair<const char*, std::function<bool()>> operations[] = {
+      {"DeleteDocumentEx-Err:", [&] { return !helper.DeleteDocumentForDocumentID(name); }},
+      {"MakeOnlyOneFileName-", [&] { return helper.MakeOnlyOneFileName(name).empty(); }}};
+  for (const auto& [prefix, fails] : operations) {
+    armFaults(station.scan("").c_str(), kMemory, Fault::Fail, 1);
+    EXPECT_TRUE(fails());
+    disarmFaults();
+    EXPECT_EQ(station.takeLog(),
+              std::string("Orvane成果导出:DocumentHelper-") + prefix + "Cannot allocate memory\n");
+  }
+}
+
 TEST(Calls, AnAddedPageOpensItsFileOnce) {
   const TempStation station;
   station.shell("mkdir out && convert -size 40x30 gradient: -depth 8 in.tif");
