@@ -1,6 +1,9 @@
 #include "imaging/lzw/LzwEncoder.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 
 #include "imaging/raster/bit_streams.h"
 
@@ -14,105 +17,109 @@ constexpr std::uint32_t kLastCode = 4094;
 constexpr unsigned kFirstWidth = 9;
 constexpr unsigned kLastWidth = 12;
 
-constexpr std::uint32_t kCodeMask = 0xFFF;
-constexpr unsigned kKeyShift = 12;
-constexpr std::uint32_t kEmpty = 0xFFFFFFFF;
+// The width of the code that is written when `next` is the next free code.
+unsigned codeWidth(std::size_t next) {
+  return std::min(static_cast<unsigned>(std::bit_width(next)), kLastWidth);
+}
 
-// A key: the last byte, whether the sequence before it is a single byte, and how many slots were
-// taken on the way from the first one. With the slot's place it tells the sequence for sure.
-constexpr unsigned kSingleShift = 8;
-constexpr std::uint32_t kProbeStep = 1u << 9;
-constexpr std::uint32_t kMostProbes = 32;
-
-// The first slot looked at is place * 5 + spread of the byte: with an odd spread, runs of one byte
-// come round to a slot again only after all of them.
-constexpr std::uint32_t kSpread = 0x1A35;
-
-// Codes in their growing width. Plain numbers only, so that they stay in registers.
-class CodeWriter {
- public:
-  explicit CodeWriter(std::uint8_t* out) : out_(out) {}
-
-  void clear() {
-    putBits(kClearCode);
-    width_ = kFirstWidth;
-    next_ = kFirstFree;
-  }
-
-  // Writes a code; both sides then know one more sequence.
-  void put(std::uint32_t code) {
-    putBits(code);
-    ++next_;
-    if (next_ == 1u << width_ && width_ < kLastWidth) ++width_;
-  }
-
-  // The code of the sequence that becomes known with the next `put`.
-  std::uint32_t next() const { return next_; }
-  bool full() const { return next_ > kLastCode; }
-
-  // Writes the end; answers where the output ends.
-  std::uint8_t* finish() {
-    putBits(kEndCode);
-    return pendingCount_ == 0 ? out_ : out_ + 1;
-  }
-
- private:
-  void putBits(std::uint32_t bits) {
-    pendingCount_ += width_;
-    pending_ |= std::uint64_t{bits} << (64 - pendingCount_);
-    storeBigEndian64(out_, pending_);
-    out_ += pendingCount_ / 8;
-    pending_ <<= pendingCount_ / 8 * 8;
-    pendingCount_ %= 8;
-  }
-
-  std::uint8_t* out_;
-  std::uint64_t pending_ = 0;
-  unsigned pendingCount_ = 0;
-  unsigned width_ = kFirstWidth;
-  std::uint32_t next_ = kFirstFree;
-};
-
-// A code a byte at the most, and the clear codes.
+// At most one code of 12 bits for each byte, and the clear codes.
 constexpr std::size_t mostOutput(std::size_t stripBytes) {
   return stripBytes + stripBytes / 2 + stripBytes / 1024 + 64;
 }
 
 }  // namespace
 
-LzwEncoder::LzwEncoder() {
-  for (std::uint32_t byte = 0; byte < 256; ++byte) entries_[kSlots + byte] = byte;
-}
-
-Bytes LzwEncoder::encode(ByteView strip) {
-  if (output_.size() < mostOutput(strip.size())) output_.resize(mostOutput(strip.size()));
-  CodeWriter codes(output_.data());
-  const auto begin = [&] {
-    codes.clear();
-    std::fill_n(entries_.begin(), kSlots, kEmpty);
-  };
-  begin();
-  std::uint32_t sequence = kSlots + strip[0];
-  for (const std::uint8_t byte : strip.subspan(1)) {
-    std::uint32_t place = (sequence * 5 + (2u * byte + 1) * kSpread) % kSlots;
-    std::uint32_t key = byte | sequence / kSlots << kSingleShift;
-    const std::uint32_t lastKey = key + kMostProbes * kProbeStep;
-    while (entries_[place] >> kKeyShift != key && entries_[place] != kEmpty && key != lastKey) {
-      place = (place + 1) % kSlots;
-      key += kProbeStep;
-    }
-    if (entries_[place] >> kKeyShift == key) {
-      sequence = place;
-      continue;
-    }
-    // Where the search was given up the new sequence is not kept: it will only not be used.
-    if (entries_[place] == kEmpty) entries_[place] = key << kKeyShift | codes.next();
-    codes.put(entries_[sequence] & kCodeMask);
-    if (codes.full()) begin();
-    sequence = kSlots + byte;
+// The sequences of bytes that the codes of one strip stand for.
+struct LzwEncoder::Dictionary {
+  // A place for each pair of a byte and the code of the sequence before it.
+  static constexpr std::size_t placeOf(std::size_t code, std::size_t byte) {
+    return byte << kLastWidth | code;
   }
-  codes.put(entries_[sequence] & kCodeMask);
-  return Bytes(output_.data(), codes.finish());
+  static constexpr std::size_t codeOf(std::size_t place) { return place % (1u << kLastWidth); }
+
+  // By place: the code of the longer sequence less the byte, or 0 where it has no code yet.
+  std::array<std::uint16_t, 256 << kLastWidth> steps{};
+
+  // The places of the longer sequences, by their codes; for as many codes as have been given.
+  std::array<std::uint32_t, 1 << kLastWidth> places;
+
+  Bytes output;  // kept from strip to strip
+  BitPen pen;
+};
+
+// One strip at work. The numbers that change with each byte are kept apart from the dictionary, so
+// that they stay in registers.
+class LzwEncoder::StripEncoder {
+ public:
+  StripEncoder(Dictionary& dictionary, ByteView strip)
+      : dictionary_(dictionary), sequence_(strip.empty() ? 0 : strip[0]) {
+    Bytes& output = dictionary_.output;
+    output.resize(std::max(output.size(), mostOutput(strip.size())));
+    dictionary_.pen = BitPen(output.data());
+    dictionary_.pen.put(kClearCode, kFirstWidth);
+  }
+
+  // The step leads from the byte to the sequence to go on with: the longer one, or the byte alone
+  // where the longer one becomes known only now. So there is no branch here that depends on the
+  // data, which the processor would often predict wrongly.
+  void take(std::size_t byte) {
+    const std::size_t place = Dictionary::placeOf(sequence_, byte);
+    const std::size_t step = dictionary_.steps[place];
+    const std::size_t isNew = step == 0 ? 1 : 0;
+    dictionary_.steps[place] = static_cast<std::uint16_t>(step + isNew * (next_ - byte));
+    dictionary_.places[next_] = static_cast<std::uint32_t>(place);
+    sequence_ = byte + step;
+    next_ += isNew;
+    if (next_ > kLastCode) [[unlikely]] {
+      writeCodes(dictionary_, next_);
+      dictionary_.pen.put(kClearCode, kLastWidth);
+      next_ = kFirstFree;
+    }
+  }
+
+  Bytes finish() {
+    dictionary_.places[next_++] = static_cast<std::uint32_t>(sequence_);
+    writeCodes(dictionary_, next_);
+    dictionary_.pen.put(kEndCode, codeWidth(next_));
+    return Bytes(dictionary_.output.data(), dictionary_.pen.end());
+  }
+
+ private:
+  // Each longer sequence became known when the code of the one before it was due. Writes these
+  // codes and forgets the sequences.
+  static void writeCodes(Dictionary& dictionary, std::size_t next) {
+    BitPen pen = dictionary.pen;
+    for (std::size_t code = kFirstFree; code < next; ++code) {
+      const std::uint32_t place = dictionary.places[code];
+      pen.put(static_cast<std::uint32_t>(Dictionary::codeOf(place)), codeWidth(code));
+      dictionary.steps[place] = 0;
+    }
+    dictionary.pen = pen;
+  }
+
+  Dictionary& dictionary_;
+  std::size_t sequence_;  // the code of the bytes taken since the last code
+  std::size_t next_ = kFirstFree;
+};
+
+LzwEncoder::LzwEncoder() : dictionaries_(std::make_unique<std::array<Dictionary, 2>>()) {}
+
+LzwEncoder::~LzwEncoder() = default;
+
+std::array<Bytes, 2> LzwEncoder::encode(const std::array<ByteView, 2>& strips) {
+  const auto& [left, right] = strips;
+  StripEncoder leftEncoder((*dictionaries_)[0], left);
+  StripEncoder rightEncoder((*dictionaries_)[1], right);
+  const std::size_t both = std::min(left.size(), right.size());
+  for (std::size_t i = 1; i < both; ++i) {
+    leftEncoder.take(left[i]);
+    rightEncoder.take(right[i]);
+  }
+  const std::size_t alone = std::max<std::size_t>(both, 1);
+  for (std::size_t i = alone; i < left.size(); ++i) leftEncoder.take(left[i]);
+  for (std::size_t i = alone; i < right.size(); ++i) rightEncoder.take(right[i]);
+  return {left.empty() ? Bytes() : leftEncoder.finish(),
+          right.empty() ? Bytes() : rightEncoder.finish()};
 }
 
 }  // namespace orvane

@@ -1,9 +1,11 @@
 #include "imaging/lzw/lossless.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "foundation/WindowServices.h"
 #include "imaging/lzw/LzwEncoder.h"
@@ -14,19 +16,30 @@
 namespace orvane {
 namespace {
 
-/// True for forms whose samples are quantities of whole bytes, so that differences of neighbours
-/// are small: all 8 and 16-bit ones but palettes.
-bool suitsHorizontalPredictor(const Raster& raster);
+// Small enough for readers that decode strip by strip, or several at once; large enough for the
+// LZW dictionary, which starts empty in each strip, to fill several times.
+constexpr std::size_t kStripBytes = std::size_t{128} << 10;
 
-/// Puts `rows` rows from `top` on into `out` as a TIFF file holds them: 16-bit samples in `order`.
-/// `out` has room for them.
-void copyRows(const Raster& raster, std::uint32_t top, std::uint32_t rows, SampleOrder order,
-              std::uint8_t* out);
+// An image of the raster's form, divided into strips that are still empty.
+EncodedImage inEmptyStrips(const Raster& raster, Compression compression) {
+  EncodedImage image = encodedFormOf(raster);
+  const std::size_t rows = std::max<std::size_t>(kStripBytes / raster.rowBytes(), 1);
+  image.compression = compression;
+  image.rowsPerStrip = static_cast<std::uint32_t>(std::min<std::size_t>(rows, raster.height));
+  image.strips.resize((raster.height - 1) / image.rowsPerStrip + 1);
+  return image;
+}
 
-/// As `copyRows`, each sample being its difference from the same sample of the pixel to its left
-/// (TIFF 6.0 section 14). For forms that suit it.
-void differenceRows(const Raster& raster, std::uint32_t top, std::uint32_t rows, SampleOrder order,
-                    std::uint8_t* out);
+// The rows of one strip of an image.
+struct Rows {
+  std::uint32_t top;
+  std::uint32_t count;
+};
+
+Rows rowsOfStrip(const EncodedImage& image, std::size_t strip) {
+  const auto top = static_cast<std::uint32_t>(strip * image.rowsPerStrip);
+  return {top, std::min(image.rowsPerStrip, image.height - top)};
+}
 
 bool needsSwap(const Raster& raster, SampleOrder order) {
   const bool machineIsLittle = std::endian::native == std::endian::little;
@@ -43,6 +56,21 @@ template <bool kSwap>
 void store16(std::uint8_t* samples, std::size_t index, std::uint16_t value) {
   if constexpr (kSwap) value = swapBytes(value);
   std::memcpy(samples + 2 * index, &value, sizeof value);
+}
+
+// Puts the rows into `samples` as a TIFF file holds them: 16-bit samples in `order`.
+void copySamples(const Raster& raster, Rows rows, SampleOrder order, Bytes& samples) {
+  const ByteView in(raster.row(rows.top), rows.count * raster.rowBytes());
+  samples.assign(in.begin(), in.end());
+  if (!needsSwap(raster, order)) return;
+  for (std::size_t i = 0; i < in.size() / 2; ++i)
+    store16<true>(samples.data(), i, load16(in.data(), i));
+}
+
+// True for forms whose samples are quantities of whole bytes, so that differences of neighbours
+// are small: all 8 and 16-bit ones except palettes.
+bool suitsHorizontalPredictor(const Raster& raster) {
+  return raster.bitsPerSample >= 8 && raster.model != ColourModel::Palette;
 }
 
 void differenceRow8(const std::uint8_t* in, std::uint8_t* out, std::size_t samples,
@@ -63,85 +91,46 @@ void differenceRow16(const std::uint8_t* in, std::uint8_t* out, std::size_t samp
   }
 }
 
-bool suitsHorizontalPredictor(const Raster& raster) {
-  return raster.bitsPerSample >= 8 && raster.model != ColourModel::Palette;
-}
-
-void copyRows(const Raster& raster, std::uint32_t top, std::uint32_t rows, SampleOrder order,
-              std::uint8_t* out) {
-  const std::size_t size = rows * raster.rowBytes();
-  const std::uint8_t* in = raster.row(top);
-  if (!needsSwap(raster, order)) {
-    std::memcpy(out, in, size);
-    return;
-  }
-  for (std::size_t i = 0; i < size / 2; ++i) store16<true>(out, i, load16(in, i));
-}
-
-void differenceRows(const Raster& raster, std::uint32_t top, std::uint32_t rows, SampleOrder order,
-                    std::uint8_t* out) {
+// As `copySamples`, each sample being its difference from the same sample of the pixel to its left
+// (TIFF 6.0 section 14).
+void differenceSamples(const Raster& raster, Rows rows, SampleOrder order, Bytes& samples) {
   const bool swap = needsSwap(raster, order);
+  const auto differenceRow = raster.bitsPerSample == 8 ? differenceRow8
+                             : swap                    ? differenceRow16<true>
+                                                       : differenceRow16<false>;
   const std::size_t perPixel = raster.samplesPerPixel;
-  const std::size_t samples = raster.width * perPixel;
-  for (std::uint32_t y = top; y < top + rows; ++y, out += raster.rowBytes()) {
-    const std::uint8_t* in = raster.row(y);
-    if (raster.bitsPerSample == 8) {
-      differenceRow8(in, out, samples, perPixel);
-    } else if (swap) {
-      differenceRow16<true>(in, out, samples, perPixel);
-    } else {
-      differenceRow16<false>(in, out, samples, perPixel);
-    }
+  samples.resize(rows.count * raster.rowBytes());
+  for (std::uint32_t y = 0; y < rows.count; ++y) {
+    differenceRow(raster.row(rows.top + y), samples.data() + y * raster.rowBytes(),
+                  raster.width * perPixel, perPixel);
   }
-}
-
-// Small enough for readers that decode strip by strip, or several at once; large enough for the
-// LZW table, which begins anew with each strip, to fill some times.
-constexpr std::size_t kStripBytes = std::size_t{128} << 10;
-
-std::uint32_t rowsPerStrip(const Raster& raster) {
-  const std::size_t rows = std::max<std::size_t>(kStripBytes / raster.rowBytes(), 1);
-  return static_cast<std::uint32_t>(std::min<std::size_t>(rows, raster.height));
-}
-
-// An image of the raster whose strips `encodeRows(top, rows)` makes.
-template <typename EncodeRows>
-EncodedImage inStrips(const Raster& raster, Compression compression, EncodeRows encodeRows) {
-  EncodedImage image = encodedFormOf(raster);
-  image.compression = compression;
-  image.rowsPerStrip = rowsPerStrip(raster);
-  image.strips.reserve((raster.height - 1) / image.rowsPerStrip + 1);
-  for (std::uint32_t top = 0; top < raster.height;) {
-    const std::uint32_t rows = std::min(image.rowsPerStrip, raster.height - top);
-    image.strips.push_back(encodeRows(top, rows));
-    top += rows;
-  }
-  return image;
 }
 
 }  // namespace
 
 EncodedImage encodeUncompressed(const Raster& raster, SampleOrder order) {
-  return inStrips(raster, Compression::None, [&](std::uint32_t top, std::uint32_t rows) {
-    Bytes strip(rows * raster.rowBytes());
-    copyRows(raster, top, rows, order, strip.data());
-    return strip;
-  });
+  EncodedImage image = inEmptyStrips(raster, Compression::None);
+  for (std::size_t i = 0; i < image.strips.size(); ++i) {
+    copySamples(raster, rowsOfStrip(image, i), order, image.strips[i]);
+  }
+  return image;
 }
 
 EncodedImage encodeLzw(const Raster& raster, SampleOrder order) {
-  const bool predictor = suitsHorizontalPredictor(raster);
-  const auto prepareRows = predictor ? differenceRows : copyRows;
+  EncodedImage image = inEmptyStrips(raster, Compression::Lzw);
+  image.horizontalPredictor = suitsHorizontalPredictor(raster);
+  const auto prepare = image.horizontalPredictor ? differenceSamples : copySamples;
   LzwEncoder encoder;
-  Bytes samples;
-  EncodedImage image =
-      inStrips(raster, Compression::Lzw, [&](std::uint32_t top, std::uint32_t rows) {
-        samples.resize(rows * raster.rowBytes());
-        prepareRows(raster, top, rows, order, samples.data());
-        windowServices().yield();  // a colour page takes a fifth of a second
-        return encoder.encode(samples);
-      });
-  image.horizontalPredictor = predictor;
+  Bytes left, right;
+  for (std::size_t i = 0; i < image.strips.size(); i += 2) {
+    const bool isPair = i + 1 < image.strips.size();
+    prepare(raster, rowsOfStrip(image, i), order, left);
+    if (isPair) prepare(raster, rowsOfStrip(image, i + 1), order, right);
+    windowServices().yield();  // a colour page takes a tenth of a second
+    auto [leftStrip, rightStrip] = encoder.encode({left, isPair ? ByteView(right) : ByteView()});
+    image.strips[i] = std::move(leftStrip);
+    if (isPair) image.strips[i + 1] = std::move(rightStrip);
+  }
   return image;
 }
 

@@ -90,42 +90,72 @@ class BitReader {
   unsigned ready_ = 0;
 };
 
-/// Collects bits, filling each byte from its highest bit on. The caller makes room before it puts.
-class BitWriter {
+/// Puts bits into memory that has room for them, filling each byte from its highest bit on. A few
+/// numbers only: a local copy stays in registers.
+class BitPen {
  public:
-  /// Makes room for `bytes` more bytes of output.
-  void reserve(std::size_t bytes) {
-    const std::size_t needed = size_ + bytes + 2 * sizeof(std::uint64_t);
-    if (needed > data_.size()) data_.resize(needed + data_.size() / 2);
-  }
+  BitPen() = default;
+  explicit BitPen(std::uint8_t* out) : out_(out) {}
 
-  /// Adds the `count` low bits of `bits`, whose others are 0; 1 to 32 of them. Whole bytes go out
-  /// at once: that is cheaper than to ask each time whether a word is full.
+  /// Adds the `count` low bits of `bits`, whose others are 0; 1 to 32 of them. Stores 8 bytes at
+  /// once: that is cheaper than to ask each time whether a word is full.
   void put(std::uint32_t bits, unsigned count) {
     pendingCount_ += count;
     pending_ |= std::uint64_t{bits} << (64 - pendingCount_);
-    storeBigEndian64(data_.data() + size_, pending_);
-    size_ += pendingCount_ / 8;
+    storeBigEndian64(out_, pending_);
+    out_ += pendingCount_ / 8;
     pending_ <<= pendingCount_ / 8 * 8;
     pendingCount_ %= 8;
   }
 
-  std::size_t bitCount() const { return size_ * 8 + pendingCount_; }
+  std::uint8_t* wholeBytesEnd() const { return out_; }
+  unsigned pendingCount() const { return pendingCount_; }  ///< bits after the last whole byte
+
+  /// The end of the output with the last byte filled up with zeros.
+  std::uint8_t* end() const { return out_ + (pendingCount_ + 7) / 8; }
+
+  /// Goes on at another place, to which the whole bytes have been moved.
+  void moveTo(std::uint8_t* out) { out_ = out; }
+
+ private:
+  std::uint8_t* out_ = nullptr;
+  std::uint64_t pending_ = 0;  ///< the bits after the whole bytes, from the highest one on
+  unsigned pendingCount_ = 0;
+};
+
+/// A pen with memory of its own, for which the caller makes room before it puts.
+class BitWriter {
+ public:
+  /// Makes room for `bytes` more bytes of output.
+  void reserve(std::size_t bytes) {
+    const std::size_t size = wholeBytes();
+    const std::size_t needed = size + bytes + 2 * sizeof(std::uint64_t);
+    if (needed <= data_.size()) return;
+    data_.resize(needed + data_.size() / 2);
+    pen_.moveTo(data_.data() + size);
+  }
+
+  void put(std::uint32_t bits, unsigned count) { pen_.put(bits, count); }
+
+  std::size_t bitCount() const { return wholeBytes() * 8 + pen_.pendingCount(); }
 
   /// Fills the last byte with zeros and hands the bytes over.
   Bytes take() {
-    data_.resize(size_ + (pendingCount_ + 7) / 8);
-    size_ = 0;
-    pending_ = 0;
-    pendingCount_ = 0;
+    data_.resize(static_cast<std::size_t>(pen_.end() - data_.data()));
+    pen_ = BitPen();
     return std::move(data_);
   }
 
+  /// For a caller who puts with a copy of the pen, and then assigns the copy.
+  BitPen& pen() { return pen_; }
+
  private:
+  std::size_t wholeBytes() const {
+    return static_cast<std::size_t>(pen_.wholeBytesEnd() - data_.data());
+  }
+
   Bytes data_;
-  std::size_t size_ = 0;       ///< whole bytes of output in `data_`
-  std::uint64_t pending_ = 0;  ///< the bits behind them, from the highest one on
-  unsigned pendingCount_ = 0;
+  BitPen pen_;
 };
 
 }  // namespace orvane
