@@ -39,7 +39,7 @@ bool LockWait::waitOneStep() {
   if (Clock::now() - wait_->begin >= longest) return false;
   windowServices().yield();
   if (isStopRequested() && !wait_->beganAfterStop) return false;
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  std::this_thread::sleep_for(patience_.step);
   return true;
 }
 

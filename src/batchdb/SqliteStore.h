@@ -22,7 +22,8 @@ struct LockPatience {
   /// gets its state while a scanning station writes now and then.
   std::chrono::milliseconds longestAfterStop = std::chrono::seconds(5);
   /// True once a stop was requested, which ends the current wait. May be empty.
-  std::function<bool()> isStopRequested;
+  std::function<bool()> isStopRequested = {};
+  std::chrono::milliseconds step = std::chrono::milliseconds(20);  ///< between two attempts
 };
 
 /// The waiting of one connection: handles the window's events until the lock is free, a stop is

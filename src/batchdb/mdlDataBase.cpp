@@ -109,7 +109,7 @@ bool AddBatchRemark(const std::wstring& sBatchID, const std::wstring& sRemark) {
 std::optional<WaitingBatches> waitingBatches() {
   constexpr std::chrono::milliseconds none(0);
   try {
-    SqliteStore store({.longest = none, .longestAfterStop = none, .isStopRequested = {}});
+    SqliteStore store({.longest = none, .longestAfterStop = none});
     store.open(databaseFile());
     Recordset sums;
     sums.Open(&store,

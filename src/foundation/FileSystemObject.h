@@ -15,8 +15,8 @@ class FileSystemObject {
  public:
   virtual ~FileSystemObject() = default;
 
-  /// True for a folder or a link to one, false for a path that does not exist. When neither can be
-  /// told it throws Failure with the reason alone.
+  /// True for a folder or a link to one, false for a path that does not exist. When neither is
+  /// certain it throws Failure with the reason alone.
   virtual bool FolderExists(const std::wstring& path);
 
   /// True for a regular file or a link to one. Throws as `FolderExists` does.
@@ -42,7 +42,7 @@ class FileSystemObject {
   virtual void CopyFile(const std::wstring& source, const std::wstring& target);
 
   /// The names of the direct sub-folders and links to folders, in ascending order. An entry whose
-  /// kind cannot be told (a link to a missing target, one that was removed meanwhile) is included:
+  /// kind is unknown (a link to a missing target, one that was removed meanwhile) is included:
   /// its use will fail and say why.
   virtual std::vector<std::wstring> SubFolders(const std::wstring& path);
 

@@ -1,4 +1,4 @@
-// The one connection beside the program: its proof, its single retry, its boxes and log lines.
+// The program's one connection: its test, its single retry, its boxes and log lines.
 
 #include "batchdb/mdlDataBase.h"
 
@@ -27,7 +27,7 @@ class BatchDatabase : public testing::Test {
   BatchDatabase() { gConnection.reset(); }
   ~BatchDatabase() override { setBatchStoreFactory({}); }
 
-  // Makes Orvane.dll anew, another file, with rows of name, state, date, pages and remark.
+  // Replaces Orvane.dll by another file with rows of name, state, date, pages and remark.
   void makeDatabase(const std::string& rows) const {
     station.shell("sqlite3 fresh " +
                   quoted("create table T_BatchInfo (BatchID text, BatchState text, CreateDate "
@@ -42,7 +42,7 @@ class BatchDatabase : public testing::Test {
     if (!OpenRecordset(rs, kQuery, true)) return L"failed";
     return rs.RecordCount() == 0 ? L"none" : rs.Fields(L"BatchID").text();
   }
-  // Each of these texts stands in a box since the last call, and in the log.
+  // Since the last call, each of these texts was shown in a box and written to the log.
   void expectTold(const std::vector<std::string>& texts) {
     const std::string source = "Orvane成果导出[mdlDataBase]";
     std::string boxes, log;
@@ -83,9 +83,9 @@ TEST_F(BatchDatabase, AnAbsentFileCostsTwoBoxesAQueryAndOneAnUpdate) {
   expectTold({kOpenFailed, kOpenFailed});
   EXPECT_EQ(station.shell("ls"), "Log\n");
 
-  makeDatabase("('B1','完成扫描','2022-04-11',3,null)");  // the station has it now
+  makeDatabase("('B1','完成扫描','2022-04-11',3,null)");  // the file exists now
   EXPECT_EQ(oldestBatch(), L"B1");
-  makeDatabase("('B7','完成扫描','2022-04-11',3,null)");  // another one: opened without a word
+  makeDatabase("('B7','完成扫描','2022-04-11',3,null)");  // another file: opened without a message
   EXPECT_EQ(oldestBatch(), L"B7");
   expectTold({});
   station.shell("rm Orvane.dll");
@@ -116,17 +116,17 @@ TEST_F(BatchDatabase, ALockIsWaitedForWithTheWindowAliveUntilItIsFreeOrTheOperat
     int freeAt, stopAt;  // the yield in which it happens, or never
     int yields;          // or any number
   } waits[] = {{10min, 10min, 3, -1, 3},
-               {100ms, 10min, -1, -1, -1},
+               {40ms, 10min, -1, -1, -1},
                {10min, 10min, -1, 3, 3},
-               {10min, 100ms, -1, 0, -1}};  // the operator had pressed stop before
+               {10min, 40ms, -1, 0, -1}};  // stop was pressed before
   for (const auto& wait : waits) {
+    makeDatabase("('B1','完成扫描','2022-04-11',3,null)");
     for (const auto& [run, prefix] : statements) {
       SCOPED_TRACE(prefix + std::to_string(&wait - waits));
-      makeDatabase("('B1','完成扫描','2022-04-11',3,null)");
       bool stop = wait.stopAt == 0;
       setBatchStoreFactory([&] {
         return std::make_unique<SqliteStore>(
-            LockPatience{wait.longest, wait.longestAfterStop, [&stop] { return stop; }});
+            LockPatience{wait.longest, wait.longestAfterStop, [&stop] { return stop; }, 1ms});
       });
       ASSERT_TRUE(EnsureConnection(false));
       SqliteStore scanningStation;
@@ -134,7 +134,7 @@ TEST_F(BatchDatabase, ALockIsWaitedForWithTheWindowAliveUntilItIsFreeOrTheOperat
       scanningStation.execute(L"begin exclusive");
       window.yields = 0;
       window.onYield = [&] {
-        EXPECT_FALSE(waitingBatches());  // does not wait itself, nor disturb the one who does
+        EXPECT_FALSE(waitingBatches());  // neither waits nor disturbs the waiting statement
         if (window.yields == wait.freeAt) scanningStation.execute(L"commit");
         if (window.yields == wait.stopAt) stop = true;
       };
@@ -186,7 +186,7 @@ TEST_F(BatchDatabase, ARemarkThatIsThereAlreadyIsNotWrittenAgain) {
             "失败！\n失败！\n");
 }
 
-// A store that says it is open but fails: its proof, or the reading of its state behind the proof.
+// A store that claims to be open but fails: at its test, or when its state is read after the test.
 class DeadStore : public BatchStore {
  public:
   explicit DeadStore(bool failsProof) : failsProof_(failsProof) {}

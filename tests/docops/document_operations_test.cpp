@@ -43,7 +43,7 @@ class DocumentOperations : public testing::Test {
     for (const Item& item : items) list.push_back(&item);
     return mdlDocumentHelper::MergeDocument(engine, pageCount, target, &list);
   }
-  // What lies in the scan tree, with the bytes of every file.
+  // The paths in the scan tree and the bytes of every file.
   std::string scanTree() const {
     return station.shell("cd Batchs; find . | sort; grep -rH '' . | sort");
   }
@@ -60,7 +60,7 @@ TEST_F(DocumentOperations, AMergedDocumentHoldsThePagesOfBothInTheirOrder) {
   EXPECT_TRUE(merge(L"新", {L"D1", L"D2", L"absent"}));
   EXPECT_THAT(pageCount.calls, ElementsAre("SourceFile", "Refresh", "Picture"));
   EXPECT_TRUE(engine.calls.empty());
-  // D2's page b finds its name taken; D1's a stands twice.
+  // The name of D2's page b is taken; D1 lists a twice.
   EXPECT_EQ(station.shell("cd Batchs/B1/新; grep -H '' *"),
             "Doc.dat:a$b$a$b_2$c$\na.tif:1a\nb.tif:1b\nb_2.tif:2b\nc.tif:2c\n");
   station.shell("rm -r Batchs/B1/新");
@@ -72,7 +72,7 @@ TEST_F(DocumentOperations, AnOlderDocumentIsReplacedByAWholeOneOrKept) {
   station.shell("mv Batchs/B1/D2/c.tif .");
   const std::string before = scanTree();
   EXPECT_FALSE(merge(L"Old", {L"D1", L"D2"}));
-  EXPECT_EQ(window.boxes.size(), 1U);  // the copy tells its failure
+  EXPECT_EQ(window.boxes.size(), 1U);  // the copy shows its failure
   EXPECT_EQ(scanTree(), before);
   station.shell("mv c.tif Batchs/B1/D2");
   EXPECT_TRUE(merge(L"Old", {L"D2", L"D1"}));
@@ -219,14 +219,14 @@ class Component : public testing::Test {
     return owned;
   }
   // The calls of every instance, which are forgotten, but for the leading calls of a reset.
-  std::vector<Calls> callsBehindReset() {
+  std::vector<Calls> callsAfterReset() {
     std::vector<Calls> all;
     for (RecordingEngine* engine : engines) {
       Calls calls = std::exchange(engine->calls, {});
       EXPECT_GE(calls.size(), 3U);
-      const auto behind = calls.begin() + std::min<std::ptrdiff_t>(3, std::ssize(calls));
-      EXPECT_EQ(Calls(calls.begin(), behind), (Calls{"SourceFile", "Refresh", "Picture"}));
-      all.emplace_back(behind, calls.end());
+      const auto rest = calls.begin() + std::min<std::ptrdiff_t>(3, std::ssize(calls));
+      EXPECT_EQ(Calls(calls.begin(), rest), (Calls{"SourceFile", "Refresh", "Picture"}));
+      all.emplace_back(rest, calls.end());
     }
     return all;
   }
@@ -247,7 +247,7 @@ TEST_F(Component, EveryOperationOnPagesResetsAllInstancesFirst) {
       [&] { return helper.Terminate(), false; }};
   for (const auto& operation : operations) {
     EXPECT_FALSE(operation());
-    callsBehindReset();
+    callsAfterReset();
   }
   helper.DeleteDocumentForDocumentID(L"D");
   EXPECT_EQ(helper.MakeOnlyOneFileName(L"D"), L"D");
@@ -263,7 +263,7 @@ TEST_F(Component, EveryOperationOnPagesResetsAllInstancesFirst) {
 TEST_F(Component, AThumbnailThatFailsCleansUpWithoutAWord) {
   engines[Crop]->throwsAt = "ResizeImage";
   EXPECT_FALSE(helper.CreateThumbnailImage(L"\\x.tif", 4));
-  const std::vector<Calls> calls = callsBehindReset();
+  const std::vector<Calls> calls = callsAfterReset();
   EXPECT_THAT(calls[Control], ElementsAre("PageNumber 1", "SourceFile \\x.tif", "CopyDIB",
                                           "SourceFile", "Picture"));
   EXPECT_THAT(calls[Crop], ElementsAre("hDIB 77", "ResizeImage 250 150", "SourceFile", "Picture"));

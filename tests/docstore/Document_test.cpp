@@ -23,7 +23,7 @@ class DocumentTest : public testing::Test {
     gBatchFolder.clear();
     gFileSystem.reset();
   }
-  // The pages with a "|" behind each.
+  // The pages, each followed by "|".
   std::string pages() const {
     std::string pages;
     for (std::int16_t i = 1; i <= document.PageCount(); ++i) {
@@ -52,8 +52,8 @@ TEST_F(DocumentTest, LoadsWhatStandsInFrontOfEachTerminator) {
     station.write(dataFile, bytes);
     EXPECT_TRUE(document.LoadDocument(L"D1")) << bytes;
     EXPECT_EQ(pages(), expected) << bytes;
-    const auto behind = static_cast<std::int16_t>(document.PageCount() + 1);
-    EXPECT_EQ(document.GetPage(0) + document.GetPage(behind), L"");
+    const auto after = static_cast<std::int16_t>(document.PageCount() + 1);
+    EXPECT_EQ(document.GetPage(0) + document.GetPage(after), L"");
   }
   EXPECT_EQ(station.takeLog(), "");
 }

@@ -88,7 +88,7 @@ TEST_F(FileOperations, CopyAndMoveMakeFoldersAndReplaceTheTarget) {
   station.shell("for f in a/b/new.tif old.tif sub/b.tif; do cmp $f same || exit 1; done");
   EXPECT_FALSE(fs::exists(station.native("source.tif")));
 
-  // A copy that worked with a delete that failed: both files stay, and nothing is told.
+  // The copy succeeds and the delete fails: both files stay, without a box.
   station.shell("mkdir fixed; echo c > fixed/c.tif; chmod 555 fixed");
   {
     const AsOrdinaryUser user;

@@ -13,12 +13,12 @@
 
 // The skew is the angle at which the ink, summed along parallel lines, changes most abruptly from
 // line to line (W. Postl's criterion): across lines of text full and empty sums alternate. Both the
-// rows and the columns of the page are tried, for vertical text and for pages that lie on their
+// rows and the columns of the page are tried, for vertical text and for pages scanned on their
 // side. A signature, a stamp or a few words have such an angle too, which says nothing of the page:
 // the lines at the angle must add up to more than the width of the page.
 //
 // Leptonica's own search (pixFindSkewSweepAndSearch on the same ink) is up to 0.2 degrees off, and
-// its confidence does not tell a page of text from a signature.
+// its confidence does not separate a page of text from a signature.
 
 namespace orvane {
 namespace {

@@ -30,7 +30,7 @@ struct Mark {
   double y;
 };
 
-/// The marks of every drawn page as they lie on a straight one: left, right, top, bottom.
+/// The marks of every drawn page before it is turned: left, right, top, bottom.
 inline constexpr std::array<Mark, 4> kMarks{
     {{55.5, 438.5}, {564.5, 438.5}, {310.5, 55.5}, {310.5, 821.5}}};
 
@@ -75,7 +75,7 @@ inline std::string drawn(Drawing drawing) {
   return {};
 }
 
-/// A gray page drawn by ImageMagick, noise and all, that lies turned to the left by `skew` degrees.
+/// A gray page with noise, drawn by ImageMagick and turned to the left by `skew` degrees.
 /// With `darkBed` the sheet is smaller than the scan, and black is around it.
 inline Raster drawnPage(Drawing drawing, double skew, bool darkBed = false) {
   const std::string gray =

@@ -47,8 +47,8 @@ std::string pamOf(const Raster& page) {
   return pam;
 }
 
-// Whether a changed page is what a tool of netpbm or ImageMagick makes of `page`, given before its
-// file and, for the latter, with options behind it. With `tolerance` levels a sample may differ.
+// Expects `changed` to be what a tool of netpbm or ImageMagick makes of `page`: `tool` is the
+// command before the file, `options` what follows it. A sample may differ by `tolerance` levels.
 void expectAsMadeBy(const std::string& tool, const std::string& options, const Raster& page,
                     const Raster& changed, int tolerance = 0) {
   SCOPED_TRACE(tool + options + " at " + std::to_string(page.bitsPerPixel()) + " bits");
