@@ -85,9 +85,7 @@ std::wstring pageNumberMask(const std::wstring& txtLiuShui) {
 }
 
 std::wstring pageNumberText(std::int16_t pageIndex, const std::wstring& mask) {
-  std::wstring number = std::to_wstring(pageIndex);
-  if (number.size() >= mask.size()) return number;
-  return std::wstring(mask.size() - number.size(), L'0') + number;
+  return zeroFilled(pageIndex, mask.size());
 }
 
 std::wstring outputExtension(std::int16_t SaveFileType) {

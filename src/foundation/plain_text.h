@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -19,6 +20,10 @@ std::wstring asciiLowerCase(std::wstring_view text);
 
 /// The capital of a letter of any script; any other character as it is.
 wchar_t upperCase(wchar_t character);
+
+/// The digits of a number from 0 on, filled with "0" on the left to a length of `width`. A longer
+/// number keeps all its digits.
+std::wstring zeroFilled(int number, std::size_t width);
 
 /// Reads a number from the front of `text`: leading blanks are skipped, reading stops at the first
 /// character that cannot continue a decimal number (sign, digits, one point, an exponent). Without

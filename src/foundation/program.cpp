@@ -1,5 +1,6 @@
 #include "foundation/program.h"
 
+#include <chrono>
 #include <ctime>
 #include <filesystem>
 #include <malloc.h>
@@ -37,7 +38,8 @@ void keepFreedMemory() {
 }
 
 std::wstring localTime(const char* format) {
-  const std::time_t now = std::time(nullptr);
+  // Unlike std::time, which lags behind other programs by up to a clock tick.
+  const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   std::tm parts{};
   tzset();  // localtime_r need not notice a changed time zone
   localtime_r(&now, &parts);

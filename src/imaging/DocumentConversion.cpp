@@ -6,6 +6,7 @@
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"
+#include "foundation/plain_text.h"
 #include "imaging/mdlImageProcess.h"
 #include "imaging/save_steps.h"
 
@@ -51,11 +52,6 @@ void requireOtherFile(const std::wstring& source, const std::wstring& target) {
   if (mdlFolderAndFile::fileSystem().IsSamePlace(source, target)) {
     throw systemFailure(EEXIST, target);
   }
-}
-
-std::wstring pageNumber(int page) {
-  std::wstring digits = std::to_wstring(page);
-  return digits.size() < 3 ? std::wstring(3 - digits.size(), L'0') + digits : digits;
 }
 
 }  // namespace
@@ -133,7 +129,7 @@ bool DocumentConversion::SaveAsPage(const std::wstring& PageFilePath, std::int16
     const int pages = pageCount(PageFilePath);
     for (int page = 1; page <= pages; ++page) {
       savePage(PageFilePath, page, SaveFileType, CompressionType,
-               SaveRootPath + L"\\" + pageNumber(page) + extensionOf(SaveFileType));
+               SaveRootPath + L"\\" + zeroFilled(page, 3) + extensionOf(SaveFileType));
     }
     endPages();
     return true;
