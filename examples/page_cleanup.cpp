@@ -8,7 +8,6 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "imaging/ImagingControl.h"
 #include "imaging/PageCleanup.h"
-#include "imaging/mdlBatchAutoProcessStep.h"
 
 int main(int argc, char** argv) {
   const example::Station station(argc, argv);

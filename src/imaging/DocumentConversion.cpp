@@ -8,7 +8,6 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/plain_text.h"
 #include "imaging/mdlImageProcess.h"
-#include "imaging/save_steps.h"
 
 namespace orvane {
 namespace {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/Failure.h"
+#include "foundation/WindowServices.h"
 #include "foundation/durable_file.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
@@ -37,14 +38,14 @@ auto ImagingControl::guarded(const std::wstring& path, Operation operation) {
 template <typename Operation>
 void ImagingControl::change(Operation operation) {
   guarded([&] {
-    Raster& pixels = loaded().changeablePixels();
+    Examined<Raster>& held = loaded().holdPixels();
     try {
-      pixels = operation(std::move(pixels));
+      held.value = operation(std::move(held.value));
     } catch (...) {
-      if (pixels.pixels.empty()) page_.reset();
+      if (held.value.pixels.empty()) page_.reset();
       throw;
     }
-    noteDamage();
+    note(held.data);
   });
 }
 
@@ -53,30 +54,30 @@ LoadedPage& ImagingControl::loaded() {
   return *page_;
 }
 
-void ImagingControl::noteDamage() {
-  if (!page_) return;
-  if (!page_->damage()) return logEarlyEnd();
-  imagError_ = kDamagedData;
-  damage_ = fromUtf8(*page_->damage());
-}
-
-// What a bitmap of another instance loses here, its page has not lost.
-void ImagingControl::logProfileLeftOut() const {
-  if (page_->profileLeftOut().empty() || page_->number() == 0) return;
-  mdlFolderAndFile::LogWrite(L"ICC配置文件未保留:" + sourceFile_ + L"--第" +
-                                 std::to_wstring(page_->number()) + L"页--" +
-                                 page_->profileLeftOut(),
-                             kApplicationTitle);
+void ImagingControl::note(const DataState& data) {
+  if (data.damage) {
+    imagError_ = kDamagedData;
+    damage_ = fromUtf8(*data.damage);
+  } else if (data.earlyEnd) {
+    logEarlyEnd(*data.earlyEnd);
+  }
 }
 
 // Nothing that was scanned is missing, so the page is not damaged; but its file promises more.
-void ImagingControl::logEarlyEnd() {
-  if (!page_->earlyEnd() || std::exchange(earlyEndIsLogged_, true)) return;
-  const auto [codedRows, promisedRows] = *page_->earlyEnd();
+void ImagingControl::logEarlyEnd(const EarlyEnd& earlyEnd) {
+  if (std::exchange(earlyEndIsLogged_, true)) return;
   mdlFolderAndFile::LogWrite(L"图像数据提前结束:" + sourceFile_ + L"--第" +
                                  std::to_wstring(page_->number()) + L"页--应有 " +
-                                 std::to_wstring(promisedRows) + L" 行，实有 " +
-                                 std::to_wstring(codedRows) + L" 行，其余按空白输出",
+                                 std::to_wstring(earlyEnd.promisedRows) + L" 行，实有 " +
+                                 std::to_wstring(earlyEnd.codedRows) + L" 行，其余按空白输出",
+                             kApplicationTitle);
+}
+
+// A bitmap of another instance can lose its profile here; its page still has it.
+void ImagingControl::logProfileLeftOut(const std::wstring& reason) const {
+  if (reason.empty() || page_->number() == 0) return;
+  mdlFolderAndFile::LogWrite(L"ICC配置文件未保留:" + sourceFile_ + L"--第" +
+                                 std::to_wstring(page_->number()) + L"页--" + reason,
                              kApplicationTitle);
 }
 
@@ -115,44 +116,43 @@ void ImagingControl::Picture(ImagePicture* picture) {
 void ImagingControl::SaveFile() {
   guarded(sourceFile_.empty() ? targetFile_ : sourceFile_, [&] {
     loaded();
-    if (!saveMultiPage_ && targetIsSource()) {
-      saveOverSource();
-    } else {
-      saveTo(targetFile_);
-    }
-    noteDamage();
-    logProfileLeftOut();
+    const bool overSource = !saveMultiPage_ && targetIsSource();
+    const Findings found = overSource ? saveOverSource() : saveTo(targetFile_);
+    note(found.data);
+    logProfileLeftOut(found.profileLeftOut);
   });
 }
 
-void ImagingControl::saveTo(const std::wstring& path) {
-  switch (settings_.outputType) {
-    case kSaveTiff:
-    case kSaveTiffBilevel:
-    case kSaveTiffMultiBit:
+ImagingControl::Findings ImagingControl::saveTo(const std::wstring& path) {
+  Findings found;
+  const auto image = [&](SampleOrder order) {
+    EncodedPage page = encodePage(*page_, settings_, order, [] { windowServices().yield(); });
+    found = {std::move(page.data), std::move(page.profileLeftOut)};
+    return std::move(page.image);
+  };
+  switch (containerOf(settings_.outputType)) {
+    case Container::Tiff:
       if (saveMultiPage_) {
-        tiffFile_.append(
-            path, [this](SampleOrder order) { return encodeForTiff(*page_, settings_, order); });
+        tiffFile_.append(path, image);
       } else {
-        tiffFile_.create(path, encodeForTiff(*page_, settings_, SampleOrder::LittleEndian));
+        tiffFile_.create(path, image(SampleOrder::LittleEndian));
       }
-      return;
-    case kSavePdf:
+      break;
+    case Container::Pdf:
       if (saveMultiPage_) {
-        pdfFile_.append(path, encodeForPdf(*page_, settings_));
+        pdfFile_.append(path, image(SampleOrder::BigEndian));
       } else {
-        pdfFile_.create(path, encodeForPdf(*page_, settings_));
+        pdfFile_.create(path, image(SampleOrder::BigEndian));
       }
-      return;
-    case kSaveJpeg:
+      break;
+    case Container::Jpeg:
       if (saveMultiPage_ && mdlFolderAndFile::FileExist(path)) {
         throw Failure(path + L": a JPEG file holds one page, no page can be added");
       }
-      writeJpegFile(path, encodeForJpeg(*page_, settings_));
-      return;
-    default:
-      throw Failure("no file form has the code " + std::to_string(settings_.outputType));
+      writeJpegFile(path, image(SampleOrder::BigEndian));
+      break;
   }
+  return found;
 }
 
 bool ImagingControl::targetIsSource() const {
@@ -160,16 +160,18 @@ bool ImagingControl::targetIsSource() const {
          mdlFolderAndFile::fileSystem().IsSamePlace(sourceFile_, targetFile_);
 }
 
-// The source is only given up for a finished file with all that could be in it. It keeps the name
-// that it was loaded by, which can be another spelling of the target's: exfat-fuse breaks down when
-// a file that is open under one spelling is replaced under another.
-void ImagingControl::saveOverSource() {
+// The source is only replaced by a finished file that holds the whole page. It keeps the name that
+// it was loaded by, which can be another spelling of the target's: exfat-fuse breaks down when a
+// file that is open under one spelling is replaced under another.
+ImagingControl::Findings ImagingControl::saveOverSource() {
   const OutputFile old = OutputFile::openToReplace(sourceFile_);
   FileReplacement replacement(old.path());
-  saveTo(replacement.temporaryPath());
-  if (page_->damage())
-    throw fileFailure(sourceFile_, *page_->damage() + "; the file is not replaced");
+  Findings found = saveTo(replacement.temporaryPath());
+  std::optional<std::string> damage = found.data.damage;
+  if (!damage && imagError_ == kDamagedData) damage = toUtf8(damage_);  // met before this save
+  if (damage) throw fileFailure(sourceFile_, *damage + "; the file is not replaced");
   replacement.commit();
+  return found;
 }
 
 void ImagingControl::CropImage(std::int32_t left, std::int32_t top, std::int32_t width,
@@ -184,8 +186,9 @@ void ImagingControl::RotateImage(double angle) {
 
 void ImagingControl::DeskewFirstStep() {
   guarded([&] {
-    skew_ = measureSkew(loaded().changeablePixels(), page_->resolution());
-    noteDamage();
+    const Examined<Raster>& held = loaded().holdPixels();
+    skew_ = measureSkew(held.value, page_->resolution());
+    note(held.data);
   });
 }
 
@@ -201,9 +204,10 @@ void ImagingControl::FinishingFilter(float strength, std::int16_t halfWidth) {
 
 std::int32_t ImagingControl::CopyDIB() {
   return guarded([&] {
-    Bitmap bitmap{loaded().pixels(), page_->resolution(), page_->iccProfile().bytes};
-    noteDamage();
-    return bitmapHandles().put(std::move(bitmap));
+    Examined<Raster> copy = loaded().pixels();
+    note(copy.data);
+    return bitmapHandles().put(
+        {std::move(copy.value), page_->resolution(), page_->iccProfile().bytes});
   });
 }
 

@@ -19,8 +19,8 @@ enum ImagErrorCode : std::int32_t {
   kDamagedData = 2,  ///< the page's image data is damaged; what could be decoded was used
 };
 
-/// The imaging instance of this system. It ties the layers together: what is loaded (LoadedPage),
-/// its encoding (encode_page), and the files it goes to (containers).
+/// The imaging instance of this system. It joins what is loaded (LoadedPage), its encoding
+/// (encode_page), and the files that it is written to (TiffFile, PdfFile, JPEG).
 class ImagingControl final : public ImagingEngine {
  public:
   ImagingControl() = default;
@@ -73,17 +73,23 @@ class ImagingControl final : public ImagingEngine {
     return guarded(sourceFile_, operation);
   }
 
-  /// Replaces the page's pixels by what an operation makes of them. One that throws after it has
-  /// taken them leaves the instance without a page.
+  /// Replaces the page's pixels by the result of an operation. If the operation throws after it has
+  /// taken them, the instance is left without a page.
   template <typename Operation>
   void change(Operation operation);
 
+  /// What a save met, apart from the image.
+  struct Findings {
+    DataState data;
+    std::wstring profileLeftOut;
+  };
+
   LoadedPage& loaded();
-  void noteDamage();
-  void logProfileLeftOut() const;
-  void logEarlyEnd();
-  void saveTo(const std::wstring& path);
-  void saveOverSource();
+  void note(const DataState& data);
+  void logEarlyEnd(const EarlyEnd& earlyEnd);
+  void logProfileLeftOut(const std::wstring& reason) const;
+  Findings saveTo(const std::wstring& path);
+  Findings saveOverSource();
   bool targetIsSource() const;
 
   std::wstring sourceFile_;

@@ -8,87 +8,102 @@
 
 namespace orvane {
 
+void DataState::add(DataState later) {
+  if (later.damage) damage = std::move(later.damage);
+  if (later.earlyEnd) earlyEnd = later.earlyEnd;
+}
+
 LoadedPage::LoadedPage(const std::wstring& path, std::int32_t pageNumber)
     : file_(std::in_place, path, pageNumber),
       resolution_(file_->info().resolution),
       number_(pageNumber) {}
 
 LoadedPage::LoadedPage(Bitmap&& bitmap)
-    : changed_(std::move(bitmap.pixels)),
+    : held_({std::move(bitmap.pixels), {}}),
       resolution_(bitmap.resolution),
-      iccProfile_({std::move(bitmap.iccProfile), {}}) {}
+      bitmapProfile_(std::move(bitmap.iccProfile)) {}
 
 std::uint32_t LoadedPage::width() const {
-  return changed_ ? changed_->width : file_->info().width;
+  return held_ ? held_->value.width : file_->info().width;
 }
 
 std::uint32_t LoadedPage::height() const {
-  return changed_ ? changed_->height : file_->info().height;
+  return held_ ? held_->value.height : file_->info().height;
 }
 
 std::uint16_t LoadedPage::bitsPerPixel() const {
-  return changed_ ? changed_->bitsPerPixel() : file_->info().bitsPerPixel;
+  return held_ ? held_->value.bitsPerPixel() : file_->info().bitsPerPixel;
 }
 
-Group4Copy LoadedPage::checkedGroup4(EncodedImage strips, Group4Form form) {
+PageProfile LoadedPage::iccProfile() const {
+  return file_ ? file_->iccProfile() : PageProfile{bitmapProfile_, {}};
+}
+
+namespace {
+
+struct ExaminedStrips {
+  Group4Copy copy;
+  DataState data;
+};
+
+ExaminedStrips examined(EncodedImage strips, Group4Form form) {
   const std::uint32_t promisedRows = strips.height;
   Group4Copy copy = copyGroup4(std::move(strips), form);
-  damage_ = copy.damage;
-  earlyEnd_ = earlyEndOf(copy.codedRows, promisedRows);
-  return copy;
+  DataState data{copy.damage, earlyEndOf(copy.codedRows, promisedRows)};
+  return {std::move(copy), std::move(data)};
 }
 
-std::optional<EncodedImage> LoadedPage::group4Copy(Group4Form form) {
-  if (changed_ || !file_->info().storedUpright) return std::nullopt;
+}  // namespace
+
+Examined<std::optional<EncodedImage>> LoadedPage::group4Copy(Group4Form form) const {
+  if (held_ || !file_->info().storedUpright) return {};
   std::optional<EncodedImage> strips = file_->group4Strips();
-  if (!strips || strips->photometric > Photometric::MinIsBlack) return std::nullopt;
-  return checkedGroup4(*std::move(strips), form).image;
+  if (!strips || strips->photometric > Photometric::MinIsBlack) return {};
+  ExaminedStrips walked = examined(*std::move(strips), form);
+  return {std::move(walked.copy.image), std::move(walked.data)};
 }
 
-std::optional<EncodedImage> LoadedPage::transcodedJpeg(JpegFactors factors) {
-  if (changed_) return std::nullopt;
+Examined<std::optional<EncodedImage>> LoadedPage::transcodedJpeg(JpegFactors factors) const {
+  if (held_) return {};
   const std::optional<EncodedImage> strips = file_->jpegStrips();
-  if (!strips) return std::nullopt;
+  if (!strips) return {};
   try {
-    return transcodeJpeg(*strips, factors);
+    return {transcodeJpeg(*strips, factors), {}};
   } catch (const Failure& damage) {
-    damage_ = damage.what();
-    return std::nullopt;
+    return {std::nullopt, {damage.what(), {}}};
   }
 }
 
-const PageProfile& LoadedPage::iccProfile() {
-  if (!iccProfile_) iccProfile_ = file_->iccProfile();
-  return *iccProfile_;
+Examined<Raster> LoadedPage::pixels() const {
+  return held_ ? *held_ : decode();
 }
 
-Raster LoadedPage::pixels() {
-  return changed_ ? *changed_ : decode();
+Examined<Raster>& LoadedPage::holdPixels() {
+  if (!held_) held_ = decode();
+  return *held_;
 }
 
-Raster& LoadedPage::changeablePixels() {
-  if (!changed_) changed_ = decode();
-  return *changed_;
-}
-
-// libtiff lets some damage of Group 4 data pass; the walk over its codes does not. And libtiff
-// takes an early end for damage; the walk tells how many rows it may be asked for.
-Raster LoadedPage::decode() {
+// libtiff accepts some damaged Group 4 data; the walk over its codes does not. libtiff also takes
+// an early end for damage; the walk tells how many rows can be decoded.
+Examined<Raster> LoadedPage::decode() const {
   StripRows codedRows;
+  DataState data;
   if (std::optional<EncodedImage> strips = file_->group4Strips()) {
-    codedRows = checkedGroup4(*std::move(strips), Group4Form::Strips).codedRows;
+    ExaminedStrips walked = examined(*std::move(strips), Group4Form::Strips);
+    codedRows = std::move(walked.copy.codedRows);
+    data = std::move(walked.data);
   }
   DecodedPage decoded = file_->decode(codedRows);
-  if (decoded.damage) damage_ = std::move(decoded.damage);
-  if (decoded.earlyEnd) earlyEnd_ = decoded.earlyEnd;
-  return std::move(decoded.raster);
+  data.add({std::move(decoded.damage), decoded.earlyEnd});
+  return {std::move(decoded.raster), std::move(data)};
 }
 
 void checkPage(const std::wstring& path) {
-  LoadedPage page(path, 1);
-  const bool copied = page.group4Copy(Group4Form::Strips) || page.transcodedJpeg(JpegFactors{});
-  if (!copied && !page.damage()) page.pixels();
-  if (page.damage()) throw Failure(path + L": " + fromUtf8(*page.damage()));
+  const LoadedPage page(path, 1);
+  auto copy = page.group4Copy(Group4Form::Strips);
+  if (!copy.value && !copy.data.damage) copy = page.transcodedJpeg(JpegFactors{});
+  if (!copy.value && !copy.data.damage) copy.data = page.pixels().data;
+  if (copy.data.damage) throw Failure(path + L": " + fromUtf8(*copy.data.damage));
 }
 
 }  // namespace orvane

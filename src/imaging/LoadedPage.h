@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "imaging/BitmapHandles.h"
 #include "imaging/group4/group4.h"
@@ -14,13 +13,30 @@
 
 namespace orvane {
 
-/// The page that an instance holds: untouched as it lies in its file, or pixels that an operation
-/// has changed. A page that is only re-saved is never turned to pixels when its strips will do.
+/// The state of a page's image data, as far as it was read.
+struct DataState {
+  std::optional<std::string> damage;  ///< why the data is damaged, in UTF-8
+  std::optional<EarlyEnd> earlyEnd;   ///< where it ends properly before the last row
+
+  /// Adds what a later reading found; where both found something, the later finding counts.
+  void add(DataState later);
+};
+
+/// A value that was made of a page's image data, with the state of that data.
+template <typename Value>
+struct Examined {
+  Value value;
+  DataState data;
+};
+
+/// The page that an instance holds: a page of a file, as it is stored there, or pixels. A page that
+/// is only saved again is not decoded if its strips can be copied. Reading changes nothing in the
+/// object; it shares no state with other pages.
 class LoadedPage {
  public:
   /// A page of a file. Throws Failure as TiffPage does.
   LoadedPage(const std::wstring& path, std::int32_t pageNumber);
-  /// A bitmap taken over from another instance.
+  /// A bitmap of another instance.
   explicit LoadedPage(Bitmap&& bitmap);
 
   std::uint32_t width() const;
@@ -31,47 +47,32 @@ class LoadedPage {
   /// The number of the page in its file, from 1; 0 for a bitmap of another instance.
   std::int32_t number() const { return number_; }
 
-  /// A copy of the page's own Group 4 strips, when nothing has changed it and they allow it (see
-  /// copyGroup4). Damage in them is noted, and an early end.
-  std::optional<EncodedImage> group4Copy(Group4Form form);
+  /// A copy of the page's own Group 4 strips; nothing if the page is held as pixels or its strips
+  /// cannot be copied (see copyGroup4).
+  Examined<std::optional<EncodedImage>> group4Copy(Group4Form form) const;
 
-  /// The page as a JPEG save without a turn through its pixels, when nothing has changed it and its
-  /// own JPEG strips allow it. Damage in them is noted.
-  std::optional<EncodedImage> transcodedJpeg(JpegFactors factors);
+  /// The page as a JPEG save, made of its own JPEG strips (see transcodeJpeg); nothing if the page
+  /// is held as pixels, its strips do not allow it, or they are damaged.
+  Examined<std::optional<EncodedImage>> transcodedJpeg(JpegFactors factors) const;
 
-  /// The pixels, for a reader that keeps them: decoded anew from the file, or a copy of the changed
-  /// ones. Damage met on the way is noted, and an early end.
-  Raster pixels();
+  /// The pixels: decoded from the file, or a copy of those that are held.
+  Examined<Raster> pixels() const;
 
-  /// The pixels, to be changed in place.
-  Raster& changeablePixels();
+  /// Decodes the page unless that has been done, and holds its pixels from then on. The caller may
+  /// change them.
+  Examined<Raster>& holdPixels();
 
   /// The page's ICC profile, which describes its samples as they were loaded.
-  const PageProfile& iccProfile();
-
-  /// Notes why the page goes out without its profile; empty when it has none, or keeps it.
-  void noteProfileLeftOut(std::wstring reason) { profileLeftOut_ = std::move(reason); }
-  const std::wstring& profileLeftOut() const { return profileLeftOut_; }
-
-  /// Why the page's image data is damaged, as far as it has been looked at.
-  const std::optional<std::string>& damage() const { return damage_; }
-
-  /// Where the page's image data ends before its last row without being damaged, as far as it has
-  /// been looked at. The rows that were never coded are paper.
-  const std::optional<EarlyEnd>& earlyEnd() const { return earlyEnd_; }
+  PageProfile iccProfile() const;
 
  private:
-  Raster decode();
-  Group4Copy checkedGroup4(EncodedImage strips, Group4Form form);
+  Examined<Raster> decode() const;
 
   std::optional<TiffPage> file_;
-  std::optional<Raster> changed_;
+  std::optional<Examined<Raster>> held_;
   Resolution resolution_;
-  std::optional<PageProfile> iccProfile_;  ///< read when it is first asked for
-  std::wstring profileLeftOut_;
+  Bytes bitmapProfile_;
   std::int32_t number_ = 0;
-  std::optional<std::string> damage_;
-  std::optional<EarlyEnd> earlyEnd_;
 };
 
 /// Reads the first page of an image file as an export does, and writes nothing: strips that would

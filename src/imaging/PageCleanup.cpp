@@ -9,7 +9,6 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
-#include "imaging/mdlBatchAutoProcessStep.h"
 #include "imaging/mdlImageProcess.h"
 
 namespace orvane {

@@ -1,13 +1,37 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "foundation/WindowServices.h"
 #include "imaging/ImagingInstances.h"
 
+/// The settings of the page clean-up. A host sets them before it calls `ImageDocProcess`; nothing
+/// in the program does. With the start values a page is only filtered and saved again.
+namespace orvane::mdlBatchAutoProcessStep {
+
+/// "向右旋转90度", "向左旋转90度", "向右旋转180度" or "向左旋转180度"; any other text turns
+/// nothing.
+inline std::wstring AutoRotate;
+
+/// Straighten the page.
+inline bool AutoDeskew = false;
+
+/// Pixels cut off at each edge of the straightened page.
+struct CropMargins {
+  bool Used = false;
+  std::int16_t Left = 0;
+  std::int16_t Up = 0;
+  std::int16_t Right = 0;
+  std::int16_t Bottom = 0;
+};
+inline CropMargins AutoCrop;
+
+}  // namespace orvane::mdlBatchAutoProcessStep
+
 namespace orvane {
 
-/// The page clean-up of `frmMain`: a cleaned copy of a file of one or more pages, under the
+/// The page clean-up of `frmMain`: makes a cleaned copy of a file of one or more pages, under the
 /// settings of `mdlBatchAutoProcessStep`.
 class PageCleanup {
  public:
@@ -31,8 +55,8 @@ class PageCleanup {
   ProgressList& listProcessLog_;
 };
 
-/// Adds an entry with a time stamp, and an empty line behind it, to the text file `FileName`, which
-/// is created when it is missing. Never fails outward.
+/// Adds an entry with a time stamp, followed by an empty line, to the text file `FileName`, which
+/// is created if it is missing. A failure is ignored.
 void WriteBatchErrorLog(const std::wstring& Message, const std::wstring& FileName);
 
 }  // namespace orvane

@@ -1,55 +1,50 @@
 #include "imaging/encode_page.h"
 
-#include <string>
 #include <utility>
 
 #include "foundation/Failure.h"
 #include "imaging/group4/group4.h"
-#include "imaging/jpeg/jpeg.h"
+#include "imaging/lzw/lossless.h"
 #include "imaging/raster/conversion.h"
 
 namespace orvane {
 namespace {
 
-// Strips that are whole are copied. A damaged page goes through its pixels, so that the damage is
-// noted and what can be read of it is kept, and so does one whose codes other readers take
-// differently.
-EncodedImage encodeBilevel(LoadedPage& page, Group4Form form) {
-  if (std::optional<EncodedImage> copy = page.group4Copy(form)) return *std::move(copy);
-  return encodeGroup4(toBilevel(page.pixels()));
+template <typename Encode>
+Examined<EncodedImage> encodePixels(const LoadedPage& page, Encode encode) {
+  Examined<Raster> pixels = page.pixels();
+  return {encode(std::move(pixels.value)), std::move(pixels.data)};
 }
 
-EncodedImage withResolution(EncodedImage image, const Resolution& resolution) {
-  image.resolution = resolution;
-  return image;
+// The copy, or without one the encoded pixels. A damaged page goes through its pixels, so that what
+// can be read of it is kept; so does one whose codes other readers read differently.
+template <typename Encode>
+Examined<EncodedImage> copyOrPixels(const LoadedPage& page,
+                                    Examined<std::optional<EncodedImage>> copy, Encode encode) {
+  if (copy.value) return {*std::move(copy.value), std::move(copy.data)};
+  Examined<EncodedImage> encoded = encodePixels(page, encode);
+  copy.data.add(std::move(encoded.data));
+  return {std::move(encoded.value), std::move(copy.data)};
 }
 
-enum class Target { Tiff, Jpeg, Pdf };
-
-// The page's profile goes with every image whose samples it still describes, if the target can hold
-// it.
-EncodedImage withProfile(LoadedPage& page, EncodedImage image, Target target) {
-  const auto& [profile, leftOut] = page.iccProfile();
-  std::wstring misfit = leftOut;
-  if (!profile.empty()) misfit = iccMisfit(profile, image.photometric);
-  if (!profile.empty() && misfit.empty() && target == Target::Pdf) misfit = iccMisfitInPdf(profile);
-  if (misfit.empty()) image.iccProfile = profile;
-  page.noteProfileLeftOut(std::move(misfit));
-  return image;
+Examined<EncodedImage> encodeBilevel(const LoadedPage& page, Group4Form form) {
+  return copyOrPixels(page, page.group4Copy(form),
+                      [](Raster&& pixels) { return encodeGroup4(toBilevel(std::move(pixels))); });
 }
 
-EncodedImage encodeAsJpeg(LoadedPage& page, JpegFactors factors) {
-  if (auto transcoded = page.transcodedJpeg(factors)) return *std::move(transcoded);
-  return withResolution(encodeJpeg(toGrayOrRgb8(page.pixels()), factors, page.resolution()),
-                        page.resolution());
+Examined<EncodedImage> encodeAsJpeg(const LoadedPage& page, JpegFactors factors) {
+  return copyOrPixels(page, page.transcodedJpeg(factors), [&](Raster&& pixels) {
+    return encodeJpeg(toGrayOrRgb8(std::move(pixels)), factors, page.resolution());
+  });
 }
 
-EncodedImage encodeTiff(LoadedPage& page, const SaveSettings& settings, SampleOrder order) {
+Examined<EncodedImage> encodeForTiff(const LoadedPage& page, const SaveSettings& settings,
+                                     SampleOrder order, const std::function<void()>& pause) {
   switch (settings.tiffCompression) {
     case kTiffNone:
-      return encodeUncompressed(page.pixels(), order);
+      return encodePixels(page, [&](Raster&& pixels) { return encodeUncompressed(pixels, order); });
     case kTiffLzw:
-      return encodeLzw(page.pixels(), order);
+      return encodePixels(page, [&](Raster&& pixels) { return encodeLzw(pixels, order, pause); });
     case kTiffGroup4:
       return encodeBilevel(page, Group4Form::Strips);
     case kTiffJpeg:
@@ -59,10 +54,12 @@ EncodedImage encodeTiff(LoadedPage& page, const SaveSettings& settings, SampleOr
   }
 }
 
-EncodedImage encodePdf(LoadedPage& page, const SaveSettings& settings) {
+Examined<EncodedImage> encodeForPdf(const LoadedPage& page, const SaveSettings& settings) {
   switch (settings.pdfCompression) {
     case kPdfNone:
-      return encodeUncompressed(toPdfForm(page.pixels()), SampleOrder::BigEndian);
+      return encodePixels(page, [](Raster&& pixels) {
+        return encodeUncompressed(toPdfForm(std::move(pixels)), SampleOrder::BigEndian);
+      });
     case kPdfGroup4:
       return encodeBilevel(page, Group4Form::OneStream);
     case kPdfJpeg:
@@ -72,24 +69,63 @@ EncodedImage encodePdf(LoadedPage& page, const SaveSettings& settings) {
   }
 }
 
-}  // namespace
-
-EncodedImage encodeForTiff(LoadedPage& page, const SaveSettings& settings, SampleOrder order) {
-  return withProfile(page, withResolution(encodeTiff(page, settings, order), page.resolution()),
-                     Target::Tiff);
+Examined<EncodedImage> encodeFor(Container container, const LoadedPage& page,
+                                 const SaveSettings& settings, SampleOrder order,
+                                 const std::function<void()>& pause) {
+  switch (container) {
+    case Container::Tiff:
+      return encodeForTiff(page, settings, order, pause);
+    case Container::Pdf:
+      return encodeForPdf(page, settings);
+    default:
+      return encodeAsJpeg(page, settings.jpegFactors);
+  }
 }
 
-EncodedImage encodeForPdf(LoadedPage& page, const SaveSettings& settings) {
-  Resolution resolution = page.resolution();
-  if (!resolution.isStated) {
+// The output resolution of the settings counts for a PDF page that states none.
+Resolution resolutionIn(Container container, Resolution resolution, const SaveSettings& settings) {
+  if (container == Container::Pdf && !resolution.isStated) {
     resolution.x = settings.resolutionX.value_or(resolution.x);
     resolution.y = settings.resolutionY.value_or(resolution.y);
   }
-  return withProfile(page, withResolution(encodePdf(page, settings), resolution), Target::Pdf);
+  return resolution;
 }
 
-EncodedImage encodeForJpeg(LoadedPage& page, const SaveSettings& settings) {
-  return withProfile(page, encodeAsJpeg(page, settings.jpegFactors), Target::Jpeg);
+// Embeds the page's profile if it still describes the samples and the container can hold it;
+// otherwise returns the reason.
+std::wstring embedProfile(const LoadedPage& page, EncodedImage& image, Container container) {
+  PageProfile profile = page.iccProfile();
+  if (profile.bytes.empty()) return profile.leftOut;
+  std::wstring misfit = iccMisfit(profile.bytes, image.photometric);
+  if (misfit.empty() && container == Container::Pdf) misfit = iccMisfitInPdf(profile.bytes);
+  if (misfit.empty()) image.iccProfile = std::move(profile.bytes);
+  return misfit;
+}
+
+}  // namespace
+
+Container containerOf(std::int32_t outputType) {
+  switch (outputType) {
+    case kSaveTiff:
+    case kSaveTiffBilevel:
+    case kSaveTiffMultiBit:
+      return Container::Tiff;
+    case kSavePdf:
+      return Container::Pdf;
+    case kSaveJpeg:
+      return Container::Jpeg;
+    default:
+      throw Failure("no file form has the code " + std::to_string(outputType));
+  }
+}
+
+EncodedPage encodePage(const LoadedPage& page, const SaveSettings& settings, SampleOrder order,
+                       const std::function<void()>& pause) {
+  const Container container = containerOf(settings.outputType);
+  Examined<EncodedImage> encoded = encodeFor(container, page, settings, order, pause);
+  encoded.value.resolution = resolutionIn(container, page.resolution(), settings);
+  std::wstring leftOut = embedProfile(page, encoded.value, container);
+  return {std::move(encoded.value), std::move(encoded.data), std::move(leftOut)};
 }
 
 }  // namespace orvane

@@ -1,17 +1,20 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <string>
 
 #include "imaging/ImagingEngine.h"
 #include "imaging/LoadedPage.h"
 #include "imaging/jpeg/jpeg.h"
-#include "imaging/lzw/lossless.h"
 #include "imaging/raster/EncodedImage.h"
 
+/// From a loaded page to the image that a container embeds: which container a page goes to, and
+/// which codec encodes it.
 namespace orvane {
 
-/// The save settings of an instance that decide what a page is encoded to.
+/// The save settings of an instance that decide how a page is encoded.
 struct SaveSettings {
   std::int32_t outputType = kSaveTiff;
   std::int32_t tiffCompression = kTiffNone;
@@ -21,21 +24,22 @@ struct SaveSettings {
   std::optional<double> resolutionY;
 };
 
-}  // namespace orvane
+enum class Container { Tiff, Jpeg, Pdf };
 
-/// From a loaded page to the image that a container embeds. Damage found in the page's data is
-/// noted in the page; a form that cannot be made throws Failure.
+/// The container of a `SaveType`. Throws Failure for any other number.
+Container containerOf(std::int32_t outputType);
 
-namespace orvane {
+/// A page as a container embeds it, and what was met on the way.
+struct EncodedPage {
+  EncodedImage image;
+  DataState data;
+  std::wstring profileLeftOut;  ///< why the page's ICC profile is left out; empty: it is not
+};
 
-/// For a TIFF file, by `SaveSettings::tiffCompression`. `order` is the byte order of the file.
-EncodedImage encodeForTiff(LoadedPage& page, const SaveSettings& settings, SampleOrder order);
-
-/// For a PDF file, by `SaveSettings::pdfCompression`. The output resolution of the settings counts
-/// for a page that states none.
-EncodedImage encodeForPdf(LoadedPage& page, const SaveSettings& settings);
-
-/// For a JPEG file.
-EncodedImage encodeForJpeg(LoadedPage& page, const SaveSettings& settings);
+/// Encodes a page. `order` is the byte order of a TIFF file. `pause` is called now and then while
+/// the LZW encoder works. Shares no state with other calls, so that pages can be encoded on any
+/// thread. Damage is reported in the result; an encoding that cannot be made throws Failure.
+EncodedPage encodePage(const LoadedPage& page, const SaveSettings& settings, SampleOrder order,
+                       const std::function<void()>& pause);
 
 }  // namespace orvane

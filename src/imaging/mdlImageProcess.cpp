@@ -1,5 +1,6 @@
 #include "imaging/mdlImageProcess.h"
 
+#include <array>
 #include <exception>
 
 #include "foundation/Failure.h"
@@ -8,7 +9,53 @@
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
 #include "imaging/ImagingInstances.h"
-#include "imaging/save_steps.h"
+
+namespace orvane {
+namespace {
+
+std::optional<JpegFactors> jpegFactors(std::int16_t CompressionRatios) {
+  static constexpr std::array<JpegFactors, 3> kPairs{{{20, 16}, {40, 32}, {60, 48}}};
+  if (CompressionRatios < 0 || CompressionRatios >= static_cast<int>(kPairs.size())) return {};
+  return kPairs[static_cast<std::size_t>(CompressionRatios)];
+}
+
+}  // namespace
+
+SaveCodes saveCodes(const SaveChoice& choice, std::int16_t bitsPerPixel) {
+  const bool isBilevel = bitsPerPixel <= 1;
+  const auto factors = isBilevel ? std::nullopt : jpegFactors(choice.CompressionRatios);
+  if (choice.asPdf) {
+    return {kSavePdf, isBilevel ? kPdfGroup4 : kPdfJpeg, factors, !choice.bCompression};
+  }
+  if (!choice.bCompression) return {kSaveTiff, kTiffLzw, {}, false};
+  if (isBilevel) return {kSaveTiffBilevel, kTiffGroup4, {}, false};
+  return {choice.isJpgName ? kSaveJpeg : kSaveTiffMultiBit, kTiffJpeg, factors, false};
+}
+
+void setTarget(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath) {
+  if (sSaveFilePath.empty()) {
+    ImgControl.TargetFile(ImgControl.SourceFile());
+    return;
+  }
+  ImgControl.TargetFile(sSaveFilePath);
+  mdlFolderAndFile::MakeFolderPath(mdlFolderAndFile::ParentPath(sSaveFilePath, L"\\"));
+}
+
+void setTiffCodesByDepth(ImagingEngine& ImgControl, bool bCompression) {
+  if (ImgControl.BitsPerPixel() > 1) {
+    ImgControl.OutputType(kSaveTiffMultiBit);
+    ImgControl.TiffCompression(kTiffJpeg);
+  } else {
+    ImgControl.OutputType(kSaveTiffBilevel);
+    ImgControl.TiffCompression(kTiffGroup4);
+  }
+  if (!bCompression) {
+    ImgControl.OutputType(kSaveTiff);
+    ImgControl.TiffCompression(kTiffNone);
+  }
+}
+
+}  // namespace orvane
 
 namespace orvane::mdlImageProcess {
 namespace {
@@ -32,32 +79,19 @@ void loadPage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int
   ImgControl.SourceFile(ImagePath);
 }
 
-void setImageCodes(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath, bool bCompression,
-                   std::int16_t CompressionRatios) {
-  if (!bCompression) {
-    ImgControl.OutputType(kSaveTiff);
-    ImgControl.TiffCompression(kTiffLzw);
-    return;
-  }
-  if (ImgControl.BitsPerPixel() <= 1) {
-    ImgControl.OutputType(kSaveTiffBilevel);
-    ImgControl.TiffCompression(kTiffGroup4);
-    return;
-  }
-  ImgControl.OutputType(isJpgName(sSaveFilePath) ? kSaveJpeg : kSaveTiffMultiBit);
-  ImgControl.TiffCompression(kTiffJpeg);
-  setJpegFactors(ImgControl, CompressionRatios);
-}
-
-void setPdfCodes(ImagingEngine& ImgControl, bool bCompression, std::int16_t CompressionRatios) {
-  ImgControl.OutputType(kSavePdf);
-  if (ImgControl.BitsPerPixel() > 1) {
-    ImgControl.PdfCompression(kPdfJpeg);
-    setJpegFactors(ImgControl, CompressionRatios);
+void setCodes(ImagingEngine& ImgControl, const SaveChoice& choice) {
+  const SaveCodes codes = saveCodes(choice, ImgControl.BitsPerPixel());
+  ImgControl.OutputType(codes.outputType);
+  if (choice.asPdf) {
+    ImgControl.PdfCompression(codes.compression);
   } else {
-    ImgControl.PdfCompression(kPdfGroup4);
+    ImgControl.TiffCompression(codes.compression);
   }
-  if (!bCompression) ImgControl.PdfCompression(kPdfNone);
+  if (codes.factors) {
+    ImgControl.JpegFactorMajor(codes.factors->major);
+    ImgControl.JpegFactorMinor(codes.factors->minor);
+  }
+  if (codes.isPlainPdf) ImgControl.PdfCompression(kPdfNone);
 }
 
 bool savePage(ImagingEngine& ImgControl) {
@@ -68,7 +102,7 @@ bool savePage(ImagingEngine& ImgControl) {
   return saved;
 }
 
-// The number is read after the clear: it tells what the clear itself left behind.
+// The error number is read after the clear, so it is that of the clear itself.
 bool giveUp(ImagingEngine& ImgControl, const std::wstring& prefix, const std::exception& failure) {
   ImgControl.SaveMultiPage(false);
   ClearControl(ImgControl);
@@ -86,7 +120,7 @@ bool SaveImage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::in
   try {
     loadPage(ImgControl, ImagePath, PageNum, bSaveMultiPage);
     setTarget(ImgControl, sSaveFilePath);
-    setImageCodes(ImgControl, sSaveFilePath, bCompression, CompressionRatios);
+    setCodes(ImgControl, {false, isJpgName(sSaveFilePath), bCompression, CompressionRatios});
     return savePage(ImgControl);
   } catch (const std::exception& failure) {
     return giveUp(ImgControl, L"mdlImageProcess-SaveImage-", failure);
@@ -99,7 +133,7 @@ bool SavePDF(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int1
   try {
     loadPage(ImgControl, ImagePath, PageNum, bSaveMultiPage);
     setTarget(ImgControl, sSaveFilePath);
-    setPdfCodes(ImgControl, bCompression, CompressionRatios);
+    setCodes(ImgControl, {true, isJpgName(sSaveFilePath), bCompression, CompressionRatios});
     return savePage(ImgControl);
   } catch (const std::exception& failure) {
     return giveUp(ImgControl, L"mdlImageProcess-SavePDF-", failure);

@@ -1,13 +1,43 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "imaging/ImagingEngine.h"
+#include "imaging/jpeg/jpeg.h"
 
-/// The page savers: which output type and compression a page gets is decided here, page by page.
-/// Every routine catches its own failures, logs them and answers false (or a count of 1).
+namespace orvane {
 
+/// What a saver is asked for.
+struct SaveChoice {
+  bool asPdf = false;
+  bool isJpgName = false;  ///< the target's name ends in ".jpg"
+  bool bCompression = true;
+  std::int16_t CompressionRatios = 0;  ///< 0, 1 or 2 selects the JPEG factors
+};
+
+/// The codes that a saver writes to its instance for one page.
+struct SaveCodes {
+  std::int32_t outputType = kSaveTiff;
+  std::int32_t compression = kTiffNone;  ///< a `TiffCode`; for kSavePdf the `PdfCode` of the depth
+  std::optional<JpegFactors> factors;    ///< absent: the instance keeps its own
+  bool isPlainPdf = false;               ///< kPdfNone is written at the end
+};
+
+/// The one rule for the output type and the compression of a page of `bitsPerPixel` bits.
+SaveCodes saveCodes(const SaveChoice& choice, std::int16_t bitsPerPixel);
+
+/// Sets the target and creates its folder; an empty path is the source file itself.
+void setTarget(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath);
+
+/// Writes the codes of a TIFF save without factors: Group 4 or JPEG by depth, or uncompressed.
+void setTiffCodesByDepth(ImagingEngine& ImgControl, bool bCompression);
+
+}  // namespace orvane
+
+/// The page savers. Every routine catches its own failures, logs them and returns false (or a count
+/// of 1).
 namespace orvane::mdlImageProcess {
 
 /// Writes page `PageNum`, from 1, of `ImagePath` as TIFF or, for a page of more than 1 bit under a
@@ -24,7 +54,7 @@ bool SaveImage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::in
                bool bSaveMultiPage);
 
 /// Writes one page as PDF; the parameters are those of `SaveImage`, except that without
-/// compression the page goes out raw.
+/// compression the samples are stored plain.
 bool SavePDF(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
              const std::wstring& sSaveFilePath, bool bCompression, std::int16_t CompressionRatios,
              bool bSaveMultiPage);

@@ -3,7 +3,6 @@
 #include "imaging/HostFixture.h"
 #include "imaging/ImagingControl.h"
 #include "imaging/differingPixels.h"
-#include "imaging/mdlBatchAutoProcessStep.h"
 
 namespace orvane::test {
 namespace {

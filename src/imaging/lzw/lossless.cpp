@@ -7,7 +7,6 @@
 #include <cstring>
 #include <utility>
 
-#include "foundation/WindowServices.h"
 #include "imaging/lzw/LzwEncoder.h"
 #include "imaging/raster/EncodedImage.h"
 #include "imaging/raster/Raster.h"
@@ -116,7 +115,8 @@ EncodedImage encodeUncompressed(const Raster& raster, SampleOrder order) {
   return image;
 }
 
-EncodedImage encodeLzw(const Raster& raster, SampleOrder order) {
+EncodedImage encodeLzw(const Raster& raster, SampleOrder order,
+                       const std::function<void()>& pause) {
   EncodedImage image = inEmptyStrips(raster, Compression::Lzw);
   image.horizontalPredictor = suitsHorizontalPredictor(raster);
   const auto prepare = image.horizontalPredictor ? differenceSamples : copySamples;
@@ -126,7 +126,7 @@ EncodedImage encodeLzw(const Raster& raster, SampleOrder order) {
     const bool isPair = i + 1 < image.strips.size();
     prepare(raster, rowsOfStrip(image, i), order, left);
     if (isPair) prepare(raster, rowsOfStrip(image, i + 1), order, right);
-    windowServices().yield();  // a colour page takes a tenth of a second
+    pause();
     auto [leftStrip, rightStrip] = encoder.encode({left, isPair ? ByteView(right) : ByteView()});
     image.strips[i] = std::move(leftStrip);
     if (isPair) image.strips[i + 1] = std::move(rightStrip);

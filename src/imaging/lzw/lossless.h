@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "imaging/raster/EncodedImage.h"
 #include "imaging/raster/Raster.h"
 
@@ -8,8 +10,10 @@
 namespace orvane {
 
 /// LZW strips (TIFF 6.0 section 13), with the horizontal predictor (section 14) for 8 and 16-bit
-/// samples of non-palette rasters.
-EncodedImage encodeLzw(const Raster& raster, SampleOrder order);
+/// samples of non-palette rasters. `pause` is called before every second strip: a colour page
+/// takes a tenth of a second.
+EncodedImage encodeLzw(
+    const Raster& raster, SampleOrder order, const std::function<void()>& pause = [] {});
 
 /// Plain strips.
 EncodedImage encodeUncompressed(const Raster& raster, SampleOrder order);
