@@ -1,108 +1,100 @@
 #include "imaging/pdf/PdfFile.h"
 
+#include <algorithm>
 #include <array>
 #include <deque>
+#include <map>
 #include <optional>
 #include <span>
+#include <string_view>
 #include <utility>
+#include <vector>
 
-#include "foundation/OutputFile.h"
-#include "imaging/pdf/Fingerprint.h"
+#include "foundation/durable_file.h"
 #include "imaging/pdf/PdfLayout.h"
-#include "imaging/pdf/pdf_head.h"
-#include "imaging/pdf/pdf_page.h"
+#include "imaging/pdf/pdf_objects.h"
 #include "imaging/pdf/pdf_reading.h"
-#include "imaging/raster/EncodedImage.h"
+#include "imaging/raster/page_choice.h"
 
 namespace orvane {
 
 struct PdfFile::State {
   std::wstring path;
   FileStamp stamp;
-  PdfOutline outline;
+  PdfLayout layout;
 };
 
 namespace {
 
-ByteView bytesOf(const std::string& text) {
-  return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
-}
-
-// What goes into the file in one row, from an offset on.
-class PagePlan {
- public:
-  explicit PagePlan(std::uint64_t offset) : end_(offset) {}
-
-  void add(ByteView bytes) {
-    parts_.push_back(bytes);
-    end_ += bytes.size();
-  }
-  void add(std::string text) { add(bytesOf(texts_.emplace_back(std::move(text)))); }
-
-  void addStream(std::uint32_t number, const std::string& dictionary,
-                 std::span<const Bytes> content) {
-    add(beginPdfObject(number) + dictionary + kBeginPdfStream);
-    for (const Bytes& part : content) add(part);
-    add(std::string(kEndPdfStream) + kEndPdfObject);
-  }
-
-  std::uint64_t end() const { return end_; }
-  const std::vector<ByteView>& parts() const { return parts_; }
-
- private:
-  std::deque<std::string> texts_;  // in a deque they stay where they are
-  std::vector<ByteView> parts_;
-  std::uint64_t end_;
-};
-
 std::string documentId(const std::wstring& path, const EncodedImage& firstPage) {
-  Fingerprint fingerprint;
+  PdfFingerprint fingerprint;
   fingerprint.add(pdfImageDictionary(path, firstPage, 0));
   for (const Bytes& strip : firstPage.strips) fingerprint.add(strip);
   if (!firstPage.iccProfile.empty()) fingerprint.add(firstPage.iccProfile);
   return fingerprint.hex();
 }
 
-// Plans the next page for the place where the tail stands, and moves the outline on to it.
-PagePlan planPage(const std::wstring& path, PdfOutline& outline, const EncodedImage& image) {
-  const PdfPageSize size = pdfPageSize(path, image);
-  PagePlan plan(outline.end);
-  if (outline.isGroupFull()) plan.add(outline.closeGroup());
-
-  PdfProfile profile;
-  std::string profileDictionary;
-  if (!image.iccProfile.empty()) {
-    profileDictionary = pdfProfileDictionary(pdfColours(image), image.iccProfile.size());
-    profile.fingerprint = pdfProfileFingerprint(profileDictionary, image.iccProfile);
-    profile.object = outline.profileObject(profile.fingerprint);
+// A page added to a layout, and the bytes of its objects in the order of the file.
+class PagePlan {
+ public:
+  // `layout` must not change afterwards. Throws Failure, naming `path`, for a page that does not
+  // fit into a PDF file.
+  PagePlan(const std::wstring& path, PdfLayout& layout, const EncodedImage& image)
+      : layout_(layout) {
+    const PdfPageSize size = pdfPageSize(path, image);
+    if (layout.isGroupFull()) add(layout.closeGroup());
+    const std::uint32_t profile = image.iccProfile.empty() ? 0 : addProfile(image);
+    addObject(pdfImageDictionary(path, image, profile), image.strips);
+    addObject(pdfPageContent(size));
+    addObject(pdfPageDictionary(layout.leaves.back(), layout.nextObject(), size));
+    layout.endPage();
+    const std::string tail = layout.tail();
+    if (layout.end + tail.size() > PdfLayout::kMostBytes) {
+      throw fileFailure(path, "the page would take the PDF file past 10 digits of size");
+    }
+    add(tail);
   }
-  const bool bringsProfile = !image.iccProfile.empty() && profile.object == 0;
-  const PdfPageNumbers numbers = outline.next(bringsProfile);
-  PdfPageOffsets at;
-  if (bringsProfile) {
-    at.profile = plan.end();
-    plan.addStream(numbers.profile, profileDictionary, std::span(&image.iccProfile, 1));
-    profile.object = numbers.profile;
-    outline.profiles.push_back(profile);
-  }
-  at.image = plan.end();
-  plan.addStream(numbers.image, pdfImageDictionary(path, image, profile.object), image.strips);
-  at.content = plan.end();
-  const std::string content = pdfPageContent(size);
-  plan.add(beginPdfObject(numbers.content) + "<< /Length " + std::to_string(content.size()) +
-           " >>" + kBeginPdfStream + content + kEndPdfStream + kEndPdfObject);
-  at.page = plan.end();
-  plan.add(beginPdfObject(numbers.page) + pdfPageDictionary(numbers, size) + kEndPdfObject);
+  PagePlan(const PagePlan&) = delete;
 
-  outline.addPage(numbers, at, plan.end());
-  plan.add(outline.tail());
-  if (plan.end() > PdfOutline::kMostBytes) {
-    throw fileFailure(path, "the page would take the PDF file past 10 digits of size");
-  }
-  return plan;
-}
+  const std::vector<ByteView>& parts() const { return parts_; }
 
-// The parts that fill the first `length` bytes, and those behind them.
+ private:
+  std::uint32_t addProfile(const EncodedImage& image) {
+    const std::string dictionary = pdfProfileDictionary(pdfColours(image), image.iccProfile.size());
+    const std::string fingerprint = PdfFingerprint().add(dictionary).add(image.iccProfile).hex();
+    const std::uint32_t stored = layout_.profileObject(fingerprint);
+    if (stored != 0) return stored;
+    const std::uint32_t object = addObject(dictionary, std::span(&image.iccProfile, 1));
+    layout_.profiles.push_back({fingerprint, object});
+    return object;
+  }
+
+  // Without a stream `content` is the whole object, otherwise the dictionary of the stream.
+  std::uint32_t addObject(const std::string& content, std::span<const Bytes> stream = {}) {
+    const std::uint32_t number = layout_.nextObject();
+    std::uint64_t size = add(beginPdfObject(number) + content);
+    if (!stream.empty()) {
+      size += add(kBeginPdfStream);
+      for (const Bytes& part : stream) size += add(ByteView(part));
+      size += add(kEndPdfStream);
+    }
+    size += add(kEndPdfObject);
+    layout_.place(size);
+    return number;
+  }
+
+  std::uint64_t add(ByteView bytes) {
+    parts_.push_back(bytes);
+    return bytes.size();
+  }
+  std::uint64_t add(std::string text) { return add(bytesOf(texts_.emplace_back(std::move(text)))); }
+
+  PdfLayout& layout_;
+  std::deque<std::string> texts_;  // a deque, because `parts_` refers to its elements
+  std::vector<ByteView> parts_;
+};
+
+// The parts that fill the first `length` bytes, and the rest.
 std::array<std::vector<ByteView>, 2> split(const std::vector<ByteView>& parts,
                                            std::uint64_t length) {
   std::array<std::vector<ByteView>, 2> halves;
@@ -116,13 +108,14 @@ std::array<std::vector<ByteView>, 2> split(const std::vector<ByteView>& parts,
   return halves;
 }
 
-// First what lies behind the old end, where a full disk shows while the old tail still stands;
-// then, in one short write, what goes over the old tail. Answers how the file was left.
-FileStamp writeOver(OutputFile& file, const PdfOutline& before, std::uint64_t size,
-                    const PagePlan& plan) {
-  const auto [overTail, behindEnd] = split(plan.parts(), size - before.end);
+// Writes the new page over the tail of `before`. What comes after the old end of the file is
+// written first: a full disk is noticed while the old tail is still intact. Then one short write
+// replaces the tail. Returns the state of the file.
+FileStamp overwriteTail(OutputFile& file, const PdfLayout& before, std::uint64_t size,
+                        const PagePlan& plan) {
+  const auto [overTail, afterEnd] = split(plan.parts(), size - before.end);
   try {
-    file.write(size, behindEnd);
+    file.write(size, afterEnd);
     file.write(before.end, overTail);
     const FileStamp stamp = file.stamp();
     file.close();
@@ -132,18 +125,104 @@ FileStamp writeOver(OutputFile& file, const PdfOutline& before, std::uint64_t si
       const std::string tail = before.tail();
       file.write(before.end, bytesOf(tail));
     } catch (...) {
-      // The first failure is the one to tell.
+      // The first failure is reported.
     }
     file.cutBack(size);
     throw;
   }
 }
 
-PdfOutline readBack(const OutputFile& file) {
-  PdfOutline outline = readPdfOutline(file);
-  outline.profiles = readPdfProfiles(file, outline);
-  return outline;
+// The position and length of the profile's object number in an image dictionary; the length is 0
+// for an image without a profile.
+std::pair<std::size_t, std::size_t> findProfileNumber(const std::string& dictionary) {
+  constexpr std::string_view kKey = "[ /ICCBased ";
+  const std::size_t found = dictionary.find(kKey);
+  if (found == std::string::npos) return {0, 0};
+  const std::size_t begin = found + kKey.size();
+  const std::size_t end = dictionary.find_first_not_of("0123456789", begin);
+  return {begin, end == std::string::npos ? 0 : end - begin};
 }
+
+// Writes the pages that are kept under new object numbers. The streams are copied. A profile is
+// copied with the first kept page that uses it, which need not be the page that brought it.
+class PageCopy {
+ public:
+  PageCopy(const OutputFile& source, OutputFile& target, const std::string& documentId,
+           const std::vector<PdfPagePlace>& allPages)
+      : source_(source), target_(target), layout_(PdfLayout::empty(documentId)) {
+    target_.write(0, bytesOf(pdfHead().text));
+    for (const PdfPagePlace& place : allPages) {
+      if (!place.hasProfile()) continue;
+      profiles_[std::to_string(place.profile())] = {
+          {place.profile(), place.profileAt, place.imageAt}, 0};
+    }
+  }
+
+  void add(const PdfPagePlace& place) {
+    const PdfPageSize size = readPdfPageSize(source_, place);
+    const std::string oldDictionary = readPdfImageDictionary(source_, place);
+    const auto [numberAt, numberLength] = findProfileNumber(oldDictionary);
+    if (layout_.isGroupFull()) {
+      const std::uint64_t at = layout_.end;
+      const std::string text = layout_.closeGroup();
+      target_.write(at, bytesOf(text));
+    }
+    std::string dictionary = oldDictionary;
+    if (numberLength > 0) {
+      const std::uint32_t profile = copyProfile(oldDictionary.substr(numberAt, numberLength));
+      dictionary.replace(numberAt, numberLength, std::to_string(profile));
+    }
+    copy({place.image(), place.imageAt, place.contentAt}, oldDictionary.size(), dictionary);
+    copy({place.content(), place.contentAt, place.pageAt});
+    const std::uint32_t page = layout_.nextObject();
+    const std::string text =
+        beginPdfObject(page) + pdfPageDictionary(layout_.leaves.back(), page, size) + kEndPdfObject;
+    target_.write(layout_.place(text.size()), bytesOf(text));
+    layout_.endPage();
+  }
+
+  void writeTail() {
+    const std::string tail = layout_.tail();
+    target_.write(layout_.end, bytesOf(tail));
+  }
+
+ private:
+  struct Object {
+    std::uint32_t number;
+    std::uint64_t begin, end;
+  };
+  struct Profile {
+    Object object;
+    std::uint32_t newNumber = 0;  // 0: not copied yet
+  };
+
+  // The new number of a profile, which is copied unless it has been before.
+  std::uint32_t copyProfile(const std::string& oldNumber) {
+    const auto found = profiles_.find(oldNumber);
+    if (found == profiles_.end()) throw fileFailure(source_.path(), "an ICC profile is missing");
+    Profile& profile = found->second;
+    if (profile.newNumber == 0) profile.newNumber = copy(profile.object);
+    return profile.newNumber;
+  }
+
+  // Copies an object under the next number, which is returned. The first `dropped` bytes of its
+  // content are replaced by `front`.
+  std::uint32_t copy(const Object& object, std::size_t dropped = 0, const std::string& front = {}) {
+    requirePdfObject(source_, object.number, object.begin, object.end);
+    const std::uint32_t number = layout_.nextObject();
+    const std::string begin = beginPdfObject(number) + front;
+    const std::uint64_t rest = object.begin + beginPdfObject(object.number).size() + dropped;
+    const std::uint64_t at = layout_.place(begin.size() + object.end - rest);
+    target_.write(at, bytesOf(begin));
+    target_.copy(source_, rest, object.end - rest, at + begin.size());
+    return number;
+  }
+
+  const OutputFile& source_;
+  OutputFile& target_;
+  PdfLayout layout_;
+  std::map<std::string, Profile> profiles_;  // by the object number, as it is written
+};
 
 }  // namespace
 
@@ -159,8 +238,8 @@ void PdfFile::create(const std::wstring& path, const EncodedImage& image) {
 void PdfFile::createWith(OutputFile (*creation)(const std::wstring&), const std::wstring& path,
                          const EncodedImage& image) {
   requireWholeImage(path, image);
-  PdfOutline outline = PdfOutline::empty(documentId(path, image));
-  const PagePlan plan = planPage(path, outline, image);
+  PdfLayout layout = PdfLayout::empty(documentId(path, image));
+  const PagePlan plan(path, layout, image);
 
   std::vector<ByteView> parts = plan.parts();
   parts.insert(parts.begin(), bytesOf(pdfHead().text));
@@ -168,7 +247,7 @@ void PdfFile::createWith(OutputFile (*creation)(const std::wstring&), const std:
   file.write(0, parts);
   const FileStamp stamp = file.stamp();
   file.close();
-  *state_ = {path, stamp, std::move(outline)};
+  *state_ = {path, stamp, std::move(layout)};
 }
 
 void PdfFile::append(const std::wstring& path, const EncodedImage& image) {
@@ -179,30 +258,45 @@ void PdfFile::append(const std::wstring& path, const EncodedImage& image) {
   }
   const FileStamp stamp = file->stamp();
   const bool isRemembered = state_->path == path && state_->stamp == stamp;
-  const PdfOutline before = isRemembered ? state_->outline : readBack(*file);
-  if (before.pages() == PdfOutline::kMostPages) {
+  const PdfLayout before = isRemembered ? state_->layout : readPdfLayoutToAppend(*file);
+  if (before.pages() == PdfLayout::kMostPages) {
     throw fileFailure(path, "the PDF file has no room for another page");
   }
   requireWholeImage(path, image);
-  PdfOutline after = before;
-  const PagePlan plan = planPage(path, after, image);
+  PdfLayout after = before;
+  const PagePlan plan(path, after, image);
   *state_ = {};
-  const FileStamp left = writeOver(*file, before, stamp.size, plan);
-  *state_ = {path, left, std::move(after)};
+  const FileStamp written = overwriteTail(*file, before, stamp.size, plan);
+  *state_ = {path, written, std::move(after)};
+}
+
+void PdfFile::deletePage(const std::wstring& path, std::int32_t page) {
+  const OutputFile file = OutputFile::openToReplace(path);
+  const PdfLayout layout = readPdfLayout(file);
+  requireDeletablePage(path, page, layout.pages());
+  std::vector<PdfPagePlace> pages = readPdfPages(file, layout);
+  FileReplacement replacement(file.path());
+  OutputFile shorter = OutputFile::createAnew(replacement.temporaryPath());
+  PageCopy copy(file, shorter, layout.documentId, pages);
+  pages.erase(pages.begin() + (page - 1));
+  for (const PdfPagePlace& place : pages) copy.add(place);
+  copy.writeTail();
+  shorter.close();
+  replacement.commit();
 }
 
 std::int32_t PdfFile::pageCount(const std::wstring& path) {
-  return static_cast<std::int32_t>(readPdfOutline(OutputFile::openToRead(path)).pages());
+  return static_cast<std::int32_t>(readPdfLayout(OutputFile::openToRead(path)).pages());
 }
 
 bool PdfFile::isPdf(const std::wstring& path) {
-  constexpr std::string_view kSign = "%PDF-";
+  constexpr std::string_view kSignature = "%PDF-";
   try {
-    std::array<std::uint8_t, kSign.size()> front{};
+    std::array<std::uint8_t, kSignature.size()> front{};
     OutputFile::openToRead(path).read(0, front);
-    return std::equal(front.begin(), front.end(), kSign.begin());
+    return std::ranges::equal(front, kSignature);
   } catch (const Failure&) {
-    return false;  // whatever it is; the reader that is tried next tells why
+    return false;  // the reader that is tried next reports the reason
   }
 }
 

@@ -11,7 +11,7 @@ namespace orvane {
 
 /// Writes PDF files: PDF 1.4, PDF/A-1b (ISO 19005-1), one image a page, media box = pixels /
 /// resolution in points. Images are None, Group4 (one strip) or Jpeg (one strip). One object serves
-/// one imaging instance and remembers the objects of the file that grows under it.
+/// one imaging instance and remembers the layout of the file that it wrote last.
 class PdfFile {
  public:
   PdfFile();
@@ -19,18 +19,18 @@ class PdfFile {
   PdfFile& operator=(PdfFile&&) noexcept;
   ~PdfFile();
 
-  /// Writes `path` anew with one page. An older file of that name is replaced, never written into.
+  /// Writes a new file with one page. An older file of that name is replaced, never written into.
   /// A failed write leaves no file.
   void create(const std::wstring& path, const EncodedImage& image);
 
-  /// Adds a page at the end of `path`, creating it when it is missing: new objects go over the old
-  /// cross-reference and trailer, fresh ones behind them. The file is complete after every append.
-  /// A failed append, and one to a file that this program did not write, throw Failure and leave
-  /// the file as it was.
+  /// Adds a page at the end of `path`, which is created when it is missing: the new objects
+  /// overwrite the old cross-reference and trailer and are followed by new ones. The file is
+  /// complete after every append. Throws Failure and leaves the file as it was when the write fails
+  /// and when this program did not write the file.
   void append(const std::wstring& path, const EncodedImage& image);
 
   /// Removes page `page`, from 1, and its data from a file that this program wrote. Written
-  /// through a FileReplacement. Throws Failure for a page that is not there and for the only page
+  /// through a FileReplacement. Throws Failure for a page that does not exist and for the only page
   /// of a file.
   static void deletePage(const std::wstring& path, std::int32_t page);
 

@@ -6,36 +6,47 @@
 
 #include "foundation/OutputFile.h"
 #include "imaging/pdf/PdfLayout.h"
-#include "imaging/pdf/pdf_page.h"
+#include "imaging/pdf/pdf_objects.h"
+
+/// Reads PDF files of this program back. The few numbers that a layout consists of are looked for
+/// in the file; then the file must contain exactly the text that the layout gives. Another
+/// program's file and a damaged one throw Failure.
 
 namespace orvane {
 
-/// Where the objects of one page stand in a PDF file of this program.
+/// Where the objects of one page are stored, and their numbers.
 struct PdfPagePlace {
-  PdfPageNumbers numbers;
-  PdfPageOffsets at;
-  std::uint64_t begin() const { return numbers.profile == 0 ? at.image : at.profile; }
+  std::uint32_t leaf = 0;  ///< of the page tree, to which the page belongs
+  std::uint32_t page = 0;
+  std::uint64_t profileAt = 0;  ///< 0: the page brings no profile
+  std::uint64_t imageAt = 0;
+  std::uint64_t contentAt = 0;
+  std::uint64_t pageAt = 0;
+
+  bool hasProfile() const { return profileAt != 0; }
+  std::uint32_t profile() const { return page - 3; }
+  std::uint32_t image() const { return page - 2; }
+  std::uint32_t content() const { return page - 1; }
+  std::uint64_t begin() const { return hasProfile() ? profileAt : imageAt; }
 };
 
-/// Reads back what a PDF file of this program ends in. The few numbers found there are put into an
-/// outline, and the file must hold exactly the text that this outline gives: everything else is
-/// another program's file, or damaged, and throws Failure. `profiles` is left empty.
-PdfOutline readPdfOutline(const OutputFile& file);
+/// The layout of a file, without `profiles`. Reads the head and the tail only.
+PdfLayout readPdfLayout(const OutputFile& file);
+
+/// The layout with `profiles`. The pages are only looked through when there are any.
+PdfLayout readPdfLayoutToAppend(const OutputFile& file);
 
 /// The places of all pages, read from all cross-reference sections.
-std::vector<PdfPagePlace> readPdfPages(const OutputFile& file, const PdfOutline& outline);
-
-/// The ICC profiles in the file, whose pages are only looked through when there is one.
-std::vector<PdfProfile> readPdfProfiles(const OutputFile& file, const PdfOutline& outline);
+std::vector<PdfPagePlace> readPdfPages(const OutputFile& file, const PdfLayout& layout);
 
 /// The dictionary of a page's image.
 std::string readPdfImageDictionary(const OutputFile& file, const PdfPagePlace& place);
 
-/// The size of a page, out of its page object.
+/// The size of a page, as its page object states it.
 PdfPageSize readPdfPageSize(const OutputFile& file, const PdfPagePlace& place);
 
-/// Throws Failure unless the object of that number, and nothing else, fills `from` to `end`.
-void requirePdfObject(const OutputFile& file, std::uint32_t number, std::uint64_t from,
+/// Throws Failure unless the object of that number begins at `begin` and ends at `end`.
+void requirePdfObject(const OutputFile& file, std::uint32_t number, std::uint64_t begin,
                       std::uint64_t end);
 
 }  // namespace orvane

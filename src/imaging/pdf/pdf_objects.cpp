@@ -1,22 +1,68 @@
-#include "imaging/pdf/pdf_page.h"
+#include "imaging/pdf/pdf_objects.h"
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 
 #include "foundation/OutputFile.h"
-#include "imaging/pdf/Fingerprint.h"
-#include "imaging/pdf/pdf_head.h"
+#include "imaging/pdf/srgb_profile.h"
 
 namespace orvane {
 namespace {
+
+// The second line marks the file as binary for transfer programs.
+constexpr std::string_view kHeader = "%PDF-1.4\n%\xE2\xE3\xCF\xD3\n";
+
+constexpr std::string_view kMetadata =
+    "<?xpacket begin=\"\xEF\xBB\xBF\" id=\"W5M0MpCehiHzreSzNTczkc9d\"?>\n"
+    "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\">\n"
+    "<rdf:RDF xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\">\n"
+    "<rdf:Description rdf:about=\"\" xmlns:dc=\"http://purl.org/dc/elements/1.1/\">"
+    "<dc:format>application/pdf</dc:format></rdf:Description>\n"
+    "<rdf:Description rdf:about=\"\" xmlns:xmp=\"http://ns.adobe.com/xap/1.0/\">"
+    "<xmp:CreatorTool>Orvane</xmp:CreatorTool></rdf:Description>\n"
+    "<rdf:Description rdf:about=\"\" xmlns:pdf=\"http://ns.adobe.com/pdf/1.3/\">"
+    "<pdf:Producer>Orvane</pdf:Producer></rdf:Description>\n"
+    "<rdf:Description rdf:about=\"\" xmlns:pdfaid=\"http://www.aiim.org/pdfa/ns/id/\">"
+    "<pdfaid:part>1</pdfaid:part><pdfaid:conformance>B</pdfaid:conformance></rdf:Description>\n"
+    "</rdf:RDF>\n"
+    "</x:xmpmeta>\n"
+    "<?xpacket end=\"w\"?>";
+
+std::string catalog() {
+  return "<< /Type /Catalog /Pages " + pdfReference(kPdfRootPages) + "\n/Metadata " +
+         pdfReference(kPdfMetadata) +
+         "\n/OutputIntents [ << /Type /OutputIntent /S /GTS_PDFA1\n"
+         "/OutputConditionIdentifier (sRGB IEC61966-2.1) /Info (sRGB IEC61966-2.1)\n"
+         "/RegistryName (http://www.color.org) /DestOutputProfile " +
+         pdfReference(kPdfProfile) + " >> ] >>";
+}
+
+std::string stream(std::string_view entries, std::string_view content) {
+  return "<< " + std::string(entries) + "/Length " + std::to_string(content.size()) + " >>" +
+         kBeginPdfStream + std::string(content) + kEndPdfStream;
+}
+
+PdfHead makeHead() {
+  PdfHead head{std::string(kHeader), {}};
+  const auto add = [&](std::uint32_t number, const std::string& content) {
+    head.offsets.push_back(head.text.size());
+    head.text += beginPdfObject(number) + content + kEndPdfObject;
+  };
+  add(kPdfCatalog, catalog());
+  add(kPdfMetadata, stream("/Type /Metadata /Subtype /XML ", kMetadata));
+  add(kPdfProfile, stream("/N 3 ", srgbProfile()));
+  return head;
+}
 
 constexpr double kPointsPerInch = 72;
 constexpr double kMostPoints = 14400;
 constexpr int kDecimals = 4;
 constexpr unsigned kColoursPerLine = 16;
 
-// The same in every locale.
+// Independent of the locale.
 std::string number(double value) {
   std::array<char, 32> digits{};
   const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value,
@@ -86,8 +132,7 @@ const char* findMisfit(const EncodedImage& image) {
   return "LZW compression";
 }
 
-// True when the stream ends in the end-of-block (ITU-T T.6: two end-of-line codes), with nothing
-// but padding bits behind it.
+// True when the stream ends in an end-of-block (ITU-T T.6: two end-of-line codes) and padding bits.
 bool endsInEndOfBlock(const Bytes& stream) {
   constexpr std::uint64_t kEndOfBlock = 0x001001;
   std::size_t size = stream.size();
@@ -101,8 +146,8 @@ bool endsInEndOfBlock(const Bytes& stream) {
   return (last & 0xFFFFFF) == kEndOfBlock;
 }
 
-// The filter gives 0 for black runs unless told otherwise. Black runs are bits of value 1, which
-// under MinIsBlack mean white.
+// The filter decodes black runs to 0 by default. In our strips a black run is bits of value 1,
+// which mean white in a MinIsBlack image.
 std::string group4Filter(const EncodedImage& image) {
   std::string parameters =
       "/K -1 /Columns " + std::to_string(image.width) + " /Rows " + std::to_string(image.height);
@@ -123,10 +168,35 @@ std::string filter(const EncodedImage& image) {
   }
 }
 
+// Odd multipliers with well-spread bits.
+constexpr std::uint64_t kFirstFactor = 0x9E3779B97F4A7C15;
+constexpr std::uint64_t kSecondFactor = 0xC2B2AE3D27D4EB4F;
+
+std::uint64_t spread(std::uint64_t value) {
+  value = (value ^ value >> 30) * 0xBF58476D1CE4E5B9;
+  value = (value ^ value >> 27) * 0x94D049BB133111EB;
+  return value ^ value >> 31;
+}
+
+std::uint64_t littleEndianWord(ByteView bytes) {
+  std::uint64_t word = 0;
+  for (std::size_t i = 0; i < bytes.size(); ++i) word |= std::uint64_t{bytes[i]} << 8 * i;
+  return word;
+}
+
 }  // namespace
 
-int pdfColours(const EncodedImage& image) {
-  return image.photometric == Photometric::Palette || image.samplesPerPixel == 3 ? 3 : 1;
+std::string beginPdfObject(std::uint32_t number) {
+  return std::to_string(number) + " 0 obj\n";
+}
+
+std::string pdfReference(std::uint32_t number) {
+  return std::to_string(number) + " 0 R";
+}
+
+const PdfHead& pdfHead() {
+  static const PdfHead head = makeHead();
+  return head;
 }
 
 PdfPageSize pdfPageSize(const std::wstring& path, const EncodedImage& image) {
@@ -147,27 +217,49 @@ std::string pdfImageDictionary(const std::wstring& path, const EncodedImage& ima
          filter(image) + "\n/Length " + std::to_string(length) + " >>";
 }
 
+std::string pdfPageContent(const PdfPageSize& size) {
+  return stream("", "q " + size.width + " 0 0 " + size.height + " 0 0 cm /Im Do Q");
+}
+
+std::string pdfPageDictionary(std::uint32_t leaf, std::uint32_t page, const PdfPageSize& size) {
+  return "<< /Type /Page /Parent " + pdfReference(leaf) + " /MediaBox [ 0 0 " + size.width + " " +
+         size.height + " ]\n/Resources << /XObject << /Im " + pdfReference(page - 2) +
+         " >> >> /Contents " + pdfReference(page - 1) + " >>";
+}
+
+int pdfColours(const EncodedImage& image) {
+  return image.photometric == Photometric::Palette || image.samplesPerPixel == 3 ? 3 : 1;
+}
+
 std::string pdfProfileDictionary(int colours, std::uint64_t length) {
   return "<< /N " + std::to_string(colours) + " /Alternate " +
          (colours == 3 ? "/DeviceRGB" : "/DeviceGray") + " /Length " + std::to_string(length) +
          " >>";
 }
 
-std::string pdfProfileFingerprint(const std::string& dictionary, ByteView profile) {
-  Fingerprint fingerprint;
-  fingerprint.add(dictionary);
-  fingerprint.add(profile);
-  return fingerprint.hex();
+void PdfFingerprint::mix(std::uint64_t word) {
+  first_ = std::rotl(first_ ^ word * kFirstFactor, 29) * kSecondFactor;
+  second_ = (std::rotl(second_, 31) + word) * kFirstFactor;
 }
 
-std::string pdfPageContent(const PdfPageSize& size) {
-  return "q " + size.width + " 0 0 " + size.height + " 0 0 cm /Im Do Q";
+PdfFingerprint& PdfFingerprint::add(ByteView bytes) {
+  const std::uint64_t length = bytes.size();
+  while (!bytes.empty()) {
+    const std::size_t size = std::min<std::size_t>(bytes.size(), 8);
+    mix(littleEndianWord(bytes.first(size)));
+    bytes = bytes.subspan(size);
+  }
+  mix(length);
+  return *this;
 }
 
-std::string pdfPageDictionary(const PdfPageNumbers& numbers, const PdfPageSize& size) {
-  return "<< /Type /Page /Parent " + pdfReference(numbers.leaf) + " /MediaBox [ 0 0 " + size.width +
-         " " + size.height + " ]\n/Resources << /XObject << /Im " + pdfReference(numbers.image) +
-         " >> >> /Contents " + pdfReference(numbers.content) + " >>";
+std::string PdfFingerprint::hex() const {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string digits;
+  for (std::uint64_t half : {spread(first_ + second_), spread(second_ ^ std::rotl(first_, 17))}) {
+    for (int shift = 60; shift >= 0; shift -= 4) digits += kDigits[half >> shift & 15];
+  }
+  return digits;
 }
 
 }  // namespace orvane
