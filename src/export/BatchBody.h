@@ -10,22 +10,23 @@
 
 namespace orvane {
 
-/// What one run holds from its start to its end.
+/// The state of one run.
 struct Run {
   std::wstring PageNumberMask;
-  HeldFolder outputFolder;  ///< what stood under `SavePath`
+  HeldFolder outputFolder;  ///< the folder that `SavePath` named at the start of the run
   WrittenFiles written{};
-  std::wstring lastFinding{};  ///< the last log line about replaced or left files
+  std::wstring lastFinding{};  ///< the last log line about replaced or leftover files
   RunReport report{};
 };
 
-/// Exports the one batch that the record names: every document in it, then its new state, or a
-/// remark when a document, the scan folder or the update failed. All or nothing: with a folder for
-/// each batch the files of a failed batch are removed. A sub-folder that cannot be looked at, and
-/// an output folder that is no longer the one of the run's start, fail the batch with a log line
-/// that says why. The host's list, its progress and the run's report are told of each step. Throws
-/// what ends the whole run: a field that cannot be read or converted, a folder that cannot be
-/// listed.
-void exportBatch(RunHost& frmMain, const Recordset& record, Run& run);
+/// Exports the batch in `record`: all of its documents, then sets its new state. If a document
+/// fails, the scan folder is missing or the update fails, the batch gets a remark instead. If each
+/// batch has its own output folder, the files of a failed batch are removed. A sub-folder that
+/// cannot be examined fails the batch with a log line, and so does an output folder that is no
+/// longer the one of the run's start. Each step is reported to the host's list, its progress and
+/// the run's report.
+/// Throws only what ends the whole run: a field that cannot be read or converted, or a folder that
+/// cannot be listed.
+void exportBatch(RunHost& host, const Recordset& record, Run& run);
 
 }  // namespace orvane

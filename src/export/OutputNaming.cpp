@@ -12,12 +12,12 @@
 namespace orvane {
 namespace {
 
-// A root folder is a separator alone; with a second one the path would begin with a server.
+// A second separator after the root folder would make `name` the name of a server.
 std::wstring folderBelow(const std::wstring& folder, const std::wstring& name) {
   return folder == L"\\" ? folder + name : folder + L"\\" + name;
 }
 
-// In the order in which they are told.
+// In the order of their display.
 enum class CollisionCause { NoDocumentName, NoBatchName, PageNumberRunsOn, BatchNameRunsOn };
 constexpr std::size_t kCauses = 4;
 
@@ -38,7 +38,7 @@ CollisionCause causeOf(const NameCollision& collision) {
                                               : CollisionCause::BatchNameRunsOn;
 }
 
-// Names as stations give them, then numbers, which look the same where they meet others.
+// Names as stations give them, then numbers, which can run into the text next to them.
 std::vector<PageToName> samplePages(bool IsMutiPage) {
   constexpr std::int16_t kPages[] = {1, 11, 101};
   std::vector<PageToName> pages;
@@ -57,7 +57,7 @@ std::wstring pageText(const PageToName& page, bool IsMutiPage) {
   return IsMutiPage ? document : document + L"第 " + std::to_wstring(page.page) + L" 页";
 }
 
-// An output file below the output folder, in the way of the file system.
+// A path below the output folder, with the separators of the file system.
 std::wstring shownFile(std::wstring file) {
   constexpr std::size_t kLongest = 60;
   std::replace(file.begin(), file.end(), L'\\', L'/');
@@ -139,7 +139,7 @@ std::vector<NameCollision> nameCollisions(const ExportSettings& settings,
     auto& example = found[static_cast<std::size_t>(causeOf(collision))];
     if (!example) example = collision;
   }
-  // A file name without the batch's has none that could run on.
+  // If file names do not contain the batch name, it cannot run into the document name either.
   if (found[static_cast<std::size_t>(CollisionCause::NoBatchName)]) {
     found[static_cast<std::size_t>(CollisionCause::BatchNameRunsOn)].reset();
   }

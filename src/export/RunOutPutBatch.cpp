@@ -14,7 +14,7 @@ namespace {
 
 constexpr const wchar_t* kBatchQuery =
     L"select top 1 * from T_BatchInfo where BatchState='完成扫描' order by  CreateDate";
-constexpr int kFailedOpensToEnd = 3;
+constexpr int kMostFailedOpens = 3;  // in a row
 
 bool checkOutputFolder(const std::wstring& SavePath) {
   if (SavePath.empty()) {
@@ -28,58 +28,58 @@ bool checkOutputFolder(const std::wstring& SavePath) {
   return true;
 }
 
-void showRunning(RunHost& frmMain, bool running) {
-  frmMain.enableBtnRun(!running);
-  frmMain.RefreshRunButtons();
+void showRunning(RunHost& host, bool running) {
+  host.enableBtnRun(!running);
+  host.RefreshRunButtons();
 }
 
-void handleAnswer(RunHost& frmMain, const Recordset& record, Run& run) {
+void handleRecord(RunHost& host, const Recordset& record, Run& run) {
   if (record.RecordCount() < 1) {
-    frmMain.listProcessLog().addItem(L" 没有扫描完成的档案！");
-    frmMain.setIsStopRequested(true);
+    host.listProcessLog().addItem(L" 没有扫描完成的档案！");
+    host.setIsStopRequested(true);
     return;
   }
-  exportBatch(frmMain, record, run);
+  exportBatch(host, record, run);
 }
 
-// Every pass asks the table again: a batch that failed is the oldest one again. A database that is
-// not there will not come back while boxes are closed; other failures may pass.
-void runPasses(RunHost& frmMain, Run& run) {
-  const mdlDataBase::StopEndsLockWait stopEndsLockWait([&] { return frmMain.IsStopRequested(); });
+// Every pass queries the table again, so a batch that failed is the oldest one again. A missing
+// database file ends the run at once; any other failure may be temporary.
+void runPasses(RunHost& host, Run& run) {
+  const mdlDataBase::StopEndsLockWait stopEndsLockWait([&] { return host.IsStopRequested(); });
   Recordset record;
   int failedOpens = 0;
   do {
     if (mdlDataBase::OpenRecordset(record, kBatchQuery, true)) {
       failedOpens = 0;
-      handleAnswer(frmMain, record, run);
+      handleRecord(host, record, run);
     } else {
-      failedOpens = mdlDataBase::isDatabaseMissing() ? kFailedOpensToEnd : failedOpens + 1;
+      failedOpens = mdlDataBase::isDatabaseMissing() ? kMostFailedOpens : failedOpens + 1;
       for (int i = 0; i < 3; ++i) windowServices().yield();
     }
     windowServices().yield();
-  } while (!frmMain.IsStopRequested() && failedOpens < kFailedOpensToEnd);
+  } while (!host.IsStopRequested() && failedOpens < kMostFailedOpens);
 }
 
 }  // namespace
 
-void RunOutPutBatch(RunHost& frmMain) {
+void RunOutPutBatch(RunHost& host) {
   bool running = false;
   try {
-    if (!checkOutputFolder(frmMain.settings().SavePath)) return;
-    Run run{pageNumberMask(frmMain.txtLiuShui()), HeldFolder(frmMain.settings().SavePath)};
+    if (!checkOutputFolder(host.settings().SavePath)) return;
+    Run run{pageNumberMask(host.txtLiuShui()), HeldFolder(host.settings().SavePath)};
     running = true;
-    frmMain.setIsStopRequested(false);
-    showRunning(frmMain, true);
-    frmMain.progress().beginRun();
-    runPasses(frmMain, run);
+    host.setIsStopRequested(false);
+    showRunning(host, true);
+    host.progress().beginRun();
+    runPasses(host, run);
     run.report.endRun();
   } catch (const std::exception& failure) {
     mdlFolderAndFile::LogWrite(L"RunOutPutBatch Err:" + description(failure),
                                std::wstring(kApplicationTitle) + L"[mdlDataBase]", true);
   }
   if (!running) return;
-  frmMain.progress().endRun();
-  showRunning(frmMain, false);
+  host.progress().endRun();
+  showRunning(host, false);
 }
 
 }  // namespace orvane

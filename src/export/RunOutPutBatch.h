@@ -4,11 +4,12 @@
 
 namespace orvane {
 
-/// The run: takes the oldest batch in state 完成扫描, exports it, asks the table again, until none
-/// is left or a stop was asked for. Returns when the run is over, with the buttons idle again. An
-/// output folder that is not given or does not exist is told in a box and starts no run; an error
-/// that ends the run goes to the log and to a box. A query that cannot be opened three times in a
-/// row ends the run too, and so does the first one when there is no database file.
-void RunOutPutBatch(RunHost& frmMain);
+/// Runs the export: takes the oldest batch in state 完成扫描, exports it and queries the table
+/// again, until no batch is left or a stop is requested. Returns when the run has ended and the
+/// buttons are idle again.
+/// If the output folder is empty or does not exist, a box says so and no run starts. An error that
+/// ends the run is logged and shown in a box. The run also ends if the query cannot be opened three
+/// times in a row, or once if there is no database file.
+void RunOutPutBatch(RunHost& host);
 
 }  // namespace orvane

@@ -9,7 +9,7 @@ namespace {
 
 using Seconds = std::chrono::duration<double>;
 
-// A speed that is measured over less is none.
+// No speed is estimated from less than this.
 constexpr std::int64_t kFewestPages = 10;
 constexpr auto kShortestTime = std::chrono::seconds(5);
 
@@ -90,10 +90,10 @@ void RunProgress::endRun() {
 std::wstring RunProgress::text(const std::optional<WaitingBatches>& waiting,
                                bool isStopRequested) const {
   if (!isRunning_) return {};
-  return underWay(isStopRequested) + batchCounts(waiting) + times(waiting, isStopRequested);
+  return currentStep(isStopRequested) + batchCounts(waiting) + times(waiting, isStopRequested);
 }
 
-std::wstring RunProgress::underWay(bool isStopRequested) const {
+std::wstring RunProgress::currentStep(bool isStopRequested) const {
   if (!batch_) return isStopRequested ? L"" : L"正在向数据库查询下一批档案……\n";
   std::wstring line = L"档案【" + *batch_ + L"】";
   if (isSyncing_) {
@@ -131,10 +131,10 @@ std::wstring RunProgress::times(const std::optional<WaitingBatches>& waiting,
   return line + L"\n";
 }
 
-// `PaperNum` may count sheets with two pages each: the batches that are done show what it means.
+// `PaperNum` may count sheets of two pages. The exported batches show how many pages it stands for.
 std::optional<double> RunProgress::pagesLeft(const std::optional<WaitingBatches>& waiting,
                                              bool isStopRequested) const {
-  if (failuresInARow_ > 0) return std::nullopt;  // nothing else is exported before that batch
+  if (failuresInARow_ > 0) return std::nullopt;  // the failing batch blocks all others
   if (isStopRequested && !batch_) return std::nullopt;
   if (!isStopRequested && (!waiting || !waiting->pages)) return std::nullopt;
   const double pagesEach =
@@ -143,7 +143,7 @@ std::optional<double> RunProgress::pagesLeft(const std::optional<WaitingBatches>
           : 1;
   const double paperNum = isStopRequested ? PaperNum_ : static_cast<double>(*waiting->pages);
   const double left = paperNum * pagesEach - static_cast<double>(batch_ ? pagesOfBatch_ : 0);
-  if (left <= 0) return std::nullopt;  // the table names fewer pages than there are
+  if (left <= 0) return std::nullopt;  // there are more pages than the table says
   return left;
 }
 

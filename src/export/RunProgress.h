@@ -10,8 +10,8 @@
 
 namespace orvane {
 
-/// Where a run stands: the run tells it as it goes on, and the window asks it when the operator
-/// does. Nothing here draws, waits or asks the table.
+/// The progress of a run. The run updates it, and the window reads it when the operator asks.
+/// Nothing here draws, waits or queries the table.
 class RunProgress {
  public:
   using Clock = std::chrono::steady_clock;
@@ -19,32 +19,32 @@ class RunProgress {
   explicit RunProgress(std::function<Clock::time_point()> now = Clock::now);
 
   void beginRun();
-  /// @param PaperNum  the number of pages that the table names for the batch.
+  /// @param PaperNum  the number of pages of the batch according to the table.
   void beginBatch(const std::wstring& BatchID, int PaperNum);
   void beginDocument(const std::wstring& DocumentID);
   void beginPage(int page, int pageCount);
   void endPage();
-  /// All files of the batch are written; the run waits for the disk.
+  /// All files of the batch are written, and the run waits for the disk.
   void beginSync();
   void endBatch(bool isExported);
   void endRun();
 
   bool isRunning() const { return isRunning_; }
-  /// The attempts at a batch that are over. What waits in the table has changed with each.
+  /// The number of finished attempts at a batch. Each may have changed what waits in the table.
   std::int64_t attempts() const { return attempts_; }
 
-  /// The progress in a few lines for the operator, each with a line end: what is under way, the
-  /// batches done and waiting, the time used, and the time that the rest should take as soon as it
-  /// can be told. Empty while nothing runs.
-  /// @param waiting  as the table tells it, with the batch under way in it; if it is known.
-  /// @param isStopRequested  a stop was asked for: what is left is the batch under way.
+  /// The progress for the operator, in a few lines that each have a line end: the current batch,
+  /// document and page; the batches done and waiting; the time used; and the remaining time as soon
+  /// as it can be estimated. Empty if no run is in progress.
+  /// @param waiting  the waiting batches of the table, including the current one; if known.
+  /// @param isStopRequested  true: only the rest of the current batch counts as remaining.
   std::wstring text(const std::optional<WaitingBatches>& waiting, bool isStopRequested) const;
 
  private:
-  std::wstring underWay(bool isStopRequested) const;
+  std::wstring currentStep(bool isStopRequested) const;
   std::wstring batchCounts(const std::optional<WaitingBatches>& waiting) const;
   std::wstring times(const std::optional<WaitingBatches>& waiting, bool isStopRequested) const;
-  /// The pages that are still to be exported; none when the table does not tell.
+  /// An estimate of the pages that remain; empty if it cannot be made.
   std::optional<double> pagesLeft(const std::optional<WaitingBatches>& waiting,
                                   bool isStopRequested) const;
 
@@ -52,7 +52,7 @@ class RunProgress {
   bool isRunning_ = false;
   Clock::time_point start_{};
 
-  std::optional<std::wstring> batch_;  // the one under way
+  std::optional<std::wstring> batch_;  // the current one
   int PaperNum_ = 0;
   std::int64_t pagesOfBatch_ = 0;  // exported in this attempt
   std::wstring document_;
@@ -60,7 +60,7 @@ class RunProgress {
   bool isSyncing_ = false;
 
   std::wstring lastFailed_;
-  int failuresInARow_ = 0;  // of that batch
+  int failuresInARow_ = 0;  // of `lastFailed_`
 
   std::int64_t attempts_ = 0, exportedBatches_ = 0, pagesDone_ = 0;
   std::int64_t exportedPages_ = 0, exportedPaperNum_ = 0;  // of the exported batches

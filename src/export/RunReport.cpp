@@ -14,7 +14,7 @@ namespace {
 constexpr const wchar_t* kHead = L"档案\t档案（件）\t页数\t文件数\t字节数\t秒\t结果\t原因";
 constexpr const wchar_t* kSum = L"合计";
 
-// A reason is several log messages, a line each.
+// A reason has one log message per line.
 std::wstring joinedMessages(std::wstring reason) {
   for (std::size_t end = 0; (end = reason.find(L'\n', end)) != reason.npos;) {
     reason.replace(end, 1, L"；");
@@ -22,7 +22,7 @@ std::wstring joinedMessages(std::wstring reason) {
   return reason;
 }
 
-// Names from the disk and the table can hold what separates columns and rows.
+// Names from the disk and the table can contain tabs and line ends.
 std::wstring inOneCell(std::wstring text) {
   for (wchar_t& c : text) {
     if (c < L' ') c = L' ';

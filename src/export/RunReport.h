@@ -7,7 +7,7 @@
 
 namespace orvane {
 
-/// What was written for a document or a batch, and how that ended.
+/// The outcome of a document or a batch, and what was written for it.
 struct ReportRow {
   std::wstring batch;
   std::wstring document{};
@@ -16,28 +16,27 @@ struct ReportRow {
   std::uint64_t bytes = 0;
   std::chrono::duration<double> time{};
   bool isExported = false;
-  std::wstring reason{};  ///< of a failure, or what else is to be known
+  std::wstring reason{};  ///< the reason of a failure, or another finding
 };
 
-/// The record of one run, for whoever gets its files: `Log\YYYYMMDD-HHMMSS.txt` beside the logs,
-/// named after the moment of its first row. UTF-8, lines end in CR LF, columns are separated by
-/// tabs: a head line, a row for each document, and a sum for each batch. Every row is in the file
-/// when the next document begins.
+/// The record of one run, in `Log\YYYYMMDD-HHMMSS.txt`, which is named after the time of its first
+/// row. The encoding is UTF-8, lines end in CR LF, and columns are separated by tabs. The file has
+/// a header line, one row per document and a sum per batch. Each row is written before the next
+/// document begins.
 ///
-/// A batch that fails comes back at once, perhaps all night. A pass whose rows are those of the
-/// failed pass before it, the seconds apart, is only counted: a row tells the 1st, 10th, 100th ...
-/// repetition, and their number when something else follows.
+/// A batch that fails is tried again at once, perhaps all night. A pass with the same rows as the
+/// failed pass before it, apart from the times, is only counted. A row is written for the 1st,
+/// 10th, 100th ... repetition, and one with their number when something else follows.
 ///
-/// Nothing is thrown: a report that cannot be written is told in the log once, and the run goes on.
+/// Nothing is thrown. A report that cannot be written is logged once, and the run continues.
 class RunReport {
  public:
-  /// A document is exported or has failed.
+  /// Adds a document that was exported or has failed.
   void addDocument(const ReportRow& row);
 
-  /// The batch is over: its sum, in which the document is left out.
+  /// Adds the sum of a batch, in which `document` is ignored, and ends the batch.
   void endBatch(const ReportRow& sum);
 
-  /// The run is over.
   void endRun();
 
  private:
@@ -48,13 +47,13 @@ class RunReport {
   void write(const std::wstring& line);
   static std::wstring newFile();
 
-  std::wstring file_;  // empty before the first row
+  std::wstring file_;  // empty until the first row
   bool hasHead_ = false;
   bool isFailureTold_ = false;
-  std::vector<std::wstring> before_;  // the failed pass before this one, without times
-  std::vector<std::wstring> pass_;    // this pass, without times
-  std::vector<std::wstring> held_;    // its lines, as long as they are those of the pass before
-  bool isRepetition_ = false;         // until the first row that differs
+  std::vector<std::wstring> before_;  // the rows of the previous pass without times, if it failed
+  std::vector<std::wstring> pass_;    // the rows of this pass without times
+  std::vector<std::wstring> held_;    // the rows of this pass that are not written yet
+  bool isRepetition_ = false;         // so far this pass has the rows of the previous one
   std::wstring repeatedBatch_;
   std::int64_t repetitions_ = 0, repetitionsTold_ = 0;
 };

@@ -1,11 +1,12 @@
 #include "export/SaveAsDocument.h"
 
 #include <cerrno>
+#include <optional>
+#include <utility>
 
 #include "docstore/Document.h"
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
-#include "export/ScanTreeGuard.h"
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"
@@ -16,77 +17,109 @@
 namespace orvane::mdlDocumentHelper {
 namespace {
 
-using PageSaver = decltype(&mdlImageProcess::SaveImage);
-
-// A JPEG file holds one page, so a multi-page JPEG goes out as PDF under its ".jpg" name.
-PageSaver pageSaver(std::int16_t SaveFileType, bool IsPageFile) {
-  const bool asImage = SaveFileType == 0 || (SaveFileType == 1 && IsPageFile);
-  return asImage ? &mdlImageProcess::SaveImage : &mdlImageProcess::SavePDF;
+void logFailure(const std::wstring& text) {
+  mdlFolderAndFile::LogWrite(L"DocumentHelper-SaveAsDocument-" + text, kApplicationTitle);
 }
 
 void clearAfterError(ImagingEngine& instance) {
   if (instance.ImagError() != 0) ClearControl(instance);
 }
 
-void logFailure(const std::wstring& text) {
-  mdlFolderAndFile::LogWrite(L"DocumentHelper-SaveAsDocument-" + text, kApplicationTitle);
+/// Deletes the file that is being written, unless it was completed.
+class UnfinishedFile {
+ public:
+  explicit UnfinishedFile(std::wstring path) : path_(std::move(path)) {}
+  ~UnfinishedFile() {
+    if (!path_.empty()) mdlFolderAndFile::FileDelete(path_);
+  }
+  UnfinishedFile(const UnfinishedFile&) = delete;
+  UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+
+  void complete() { path_.clear(); }
+
+ private:
+  std::wstring path_;
+};
+
+std::wstring outputFile(const DocumentExport& order, std::int16_t page) {
+  return order.IsPageFile
+             ? pageFilePath(order.SavePath, order.NewDocumentID, page, order.SubFolderType,
+                            order.SaveFileType)
+             : multiPageFilePath(order.SavePath, order.NewDocumentID, order.SaveFileType);
+}
+
+// A JPEG file holds one page, so a multi-page JPEG is written as PDF under its ".jpg" name.
+bool isImageFile(const DocumentExport& order) {
+  return order.SaveFileType == 0 || (order.SaveFileType == 1 && order.IsPageFile);
+}
+
+void savePage(const DocumentExport& order, const std::wstring& source, const std::wstring& target,
+              std::int16_t page, bool append) {
+  const auto save = isImageFile(order) ? &mdlImageProcess::SaveImage : &mdlImageProcess::SavePDF;
+  if (save(order.ImgControl, source, 1, target, order.CompressionType == 0, order.CompressionRatios,
+           append)) {
+    return;
+  }
+  // The saver has logged what it caught. Damage in the page's data is logged here.
+  const std::wstring damage = order.ImgControl.damage();
+  if (!damage.empty()) logFailure(source + L": " + damage);
+  throw Failure((order.IsPageFile ? L"按页保存时出错。页码：" : L"按多页文件保存时出错。页码：") +
+                std::to_wstring(page));
+}
+
+void exportPages(const DocumentExport& order, const Document& document, const OutputGuard& guard,
+                 ExportListener& listener) {
+  const std::int16_t pageCount = document.PageCount();
+  for (int index = 1; index <= pageCount; ++index) {
+    listener.beginPage(index, pageCount);
+    const auto page = static_cast<std::int16_t>(index);
+    const std::wstring target = outputFile(order, page);
+    const bool append = !order.IsPageFile && page > 1;
+    // A target that fails the check may belong to somebody else and is not deleted.
+    const std::optional<FileIdentity> older = guard.check(target);
+    UnfinishedFile file(target);
+    if (append && !older) throw systemFailure(ENOENT, target);  // the first pages are lost
+    if (older && !append) listener.replace(*older, target);
+    savePage(order, GetPagePath(document.DocName(), document.GetPage(page)), target, page, append);
+    if (order.IsPageFile || page == pageCount) {
+      listener.addFile(target, order.IsPageFile ? 1 : pageCount);
+    }
+    file.complete();
+    listener.endPage();
+    windowServices().yield();
+  }
 }
 
 }  // namespace
+
+bool SaveAsDocument(const DocumentExport& order, ExportListener& listener) {
+  try {
+    clearAfterError(order.ImgPageCount);
+    clearAfterError(order.ImgMerge);
+    Document document;
+    if (!document.LoadDocument(order.DocumentID)) return false;
+
+    OutputGuard guard(order.SavePath, order.DocumentID);
+    mdlFolderAndFile::MakeFolderPath(mdlFolderAndFile::AppendBackslash(order.SavePath));
+    guard.enterFolder();
+    exportPages(order, document, guard, listener);
+    return true;
+  } catch (const std::exception& failure) {
+    logFailure(description(failure));
+    return false;
+  }
+}
 
 bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingEngine& ImgPageCount,
                     const std::wstring& DocumentID, std::int16_t SaveFileType, bool IsPageFile,
                     std::int16_t CompressionType, std::int16_t CompressionRatios,
                     const std::wstring& SavePath, const std::wstring& SubFolderType,
-                    const std::wstring& NewDocumentID, ExportListener* listener) {
+                    const std::wstring& NewDocumentID) {
   ExportListener nobody;
-  ExportListener& told = listener != nullptr ? *listener : nobody;
-  std::wstring multiPageFile;  // set while it is known to be safe to write and to delete
-  try {
-    clearAfterError(ImgPageCount);
-    clearAfterError(ImgMerge);
-    Document document;
-    if (!document.LoadDocument(DocumentID)) return false;
-
-    OutputGuard guard(SavePath, DocumentID);
-    mdlFolderAndFile::MakeFolderPath(mdlFolderAndFile::AppendBackslash(SavePath));
-    guard.enterFolder();
-
-    const PageSaver savePage = pageSaver(SaveFileType, IsPageFile);
-    const int pageCount = document.PageCount();
-    for (int index = 1; index <= pageCount; ++index) {
-      told.beginPage(index, pageCount);
-      const auto page = static_cast<std::int16_t>(index);
-      const std::wstring target =
-          IsPageFile ? pageFilePath(SavePath, NewDocumentID, page, SubFolderType, SaveFileType)
-                     : multiPageFilePath(SavePath, NewDocumentID, SaveFileType);
-      const bool append = !IsPageFile && index > 1;
-      multiPageFile.clear();
-      const std::optional<FileIdentity> older = guard.check(target);
-      if (!IsPageFile) multiPageFile = target;
-      if (append && !older) throw systemFailure(ENOENT, target);  // and its first pages with it
-      if (older && !append) told.replace(*older, target);
-      const std::wstring source = GetPagePath(document.DocName(), document.GetPage(page));
-      if (!savePage(ImgControl, source, 1, target, CompressionType == 0, CompressionRatios,
-                    append)) {
-        mdlFolderAndFile::FileDelete(target);
-        // What a saver throws is in the log by now; damage that it met it leaves to its caller.
-        const std::wstring damage = ImgControl.damage();
-        if (!damage.empty()) logFailure(source + L": " + damage);
-        logFailure((IsPageFile ? L"按页保存时出错。页码：" : L"按多页文件保存时出错。页码：") +
-                   std::to_wstring(index));
-        return false;
-      }
-      if (IsPageFile || index == pageCount) told.addFile(target, IsPageFile ? 1 : pageCount);
-      told.endPage();
-      windowServices().yield();
-    }
-    return true;
-  } catch (const std::exception& failure) {
-    if (!multiPageFile.empty()) mdlFolderAndFile::FileDelete(multiPageFile);
-    logFailure(description(failure));
-    return false;
-  }
+  return SaveAsDocument(
+      {ImgMerge, ImgControl, ImgPageCount, DocumentID, SaveFileType, IsPageFile, CompressionType,
+       CompressionRatios, SavePath, SubFolderType, NewDocumentID},
+      nobody);
 }
 
 }  // namespace orvane::mdlDocumentHelper

@@ -8,16 +8,17 @@
 
 namespace orvane {
 
-/// Follows a document on its way out.
+/// Receives the steps of a document's export.
 class ExportListener {
  public:
   virtual ~ExportListener() = default;
 
   /// Page `page` of `pageCount`, from 1, is about to be written.
   virtual void beginPage(int /*page*/, int /*pageCount*/) {}
-  /// `older` stands under the name of a new file, which is about to replace it.
+  /// The file `older` exists at `path` and is about to be replaced.
   virtual void replace(const FileIdentity& /*older*/, const std::wstring& /*path*/) {}
-  /// A file is there as a whole, with so many pages in it. May throw, and so fail the document.
+  /// A file with `pages` pages is complete. If this throws, the document fails and the file is
+  /// removed.
   virtual void addFile(const std::wstring& /*file*/, int /*pages*/) {}
   /// The page has been written.
   virtual void endPage() {}
@@ -25,29 +26,34 @@ class ExportListener {
 
 namespace mdlDocumentHelper {
 
-/// Exports one document of the current batch (`gBatchFolder`) to one folder, as one file a page or
-/// as one multi-page file. Older files of the same names are replaced. A failure ends the export,
-/// is logged, and takes the file being written with it: the page's, or the whole multi-page file;
-/// page files written before it stay. An output in the scan tree, or outside `SavePath`, is refused
-/// before anything is created or deleted, and so is every page once another folder has taken the
-/// output folder's place.
-/// @param ImgMerge, ImgPageCount  only cleared, when their last error is set.
-/// @param ImgControl  the instance that saves the pages; left empty.
-/// @param DocumentID  the document's name, which is the name of its folder.
-/// @param SaveFileType  0 TIFF, 1 JPEG, 2 PDF. A multi-page JPEG has PDF content.
-/// @param IsPageFile  true: one file a page.
-/// @param CompressionType  0 compresses, any other value does not.
-/// @param CompressionRatios  0, 1 or 2: selects the JPEG factors.
-/// @param SavePath  the output folder, with or without a final `\`; created when missing.
-/// @param SubFolderType  the mask of the page number.
-/// @param NewDocumentID  the front of the output names; may be empty.
-/// @param listener  is told of each step; may be null.
-/// @return true when every page was written, also when there is none.
+/// One document of the current batch (`gBatchFolder`), and how it is exported.
+struct DocumentExport {
+  ImagingEngine& ImgMerge;         ///< cleared if its last error is set; not used otherwise
+  ImagingEngine& ImgControl;       ///< saves the pages; left empty
+  ImagingEngine& ImgPageCount;     ///< as `ImgMerge`
+  std::wstring DocumentID;         ///< the name of the document, which is the name of its folder
+  std::int16_t SaveFileType;       ///< 0 TIFF, 1 JPEG, 2 PDF; a multi-page JPEG has PDF content
+  bool IsPageFile;                 ///< true: one file per page; false: one multi-page file
+  std::int16_t CompressionType;    ///< 0 compresses, any other value does not
+  std::int16_t CompressionRatios;  ///< 0, 1 or 2 selects the JPEG factors
+  std::wstring SavePath;  ///< the output folder, with or without a final `\`; created if missing
+  std::wstring SubFolderType;  ///< despite its name, the mask of the page number
+  std::wstring NewDocumentID;  ///< the front of the output names; may be empty
+};
+
+/// Exports one document. Older files of the same names are replaced. The first failure ends the
+/// export, is logged, and removes the file that is being written; page files completed before it
+/// stay. An output file inside the scan tree or outside `SavePath` is refused before anything is
+/// created or deleted, and so is every page after another folder has replaced the output folder.
+/// Returns true if every page was written; a document without pages counts as written.
+bool SaveAsDocument(const DocumentExport& order, ExportListener& listener);
+
+/// The same operation with the parameters that hosts pass.
 bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingEngine& ImgPageCount,
                     const std::wstring& DocumentID, std::int16_t SaveFileType, bool IsPageFile,
                     std::int16_t CompressionType, std::int16_t CompressionRatios,
                     const std::wstring& SavePath, const std::wstring& SubFolderType,
-                    const std::wstring& NewDocumentID, ExportListener* listener = nullptr);
+                    const std::wstring& NewDocumentID);
 
 }  // namespace mdlDocumentHelper
 }  // namespace orvane

@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Batches and documents may themselves be links to another disk, so the tree has several roots.
+// Batches and documents may be links to another disk, so the tree can have several roots.
 std::vector<fs::path> scanTreeOfBatch() {
   return {resolvedPlace(programFolder() + L"\\Batchs"), resolvedPlace(gBatchFolder)};
 }
@@ -32,7 +32,7 @@ std::vector<fs::path> scanTreeOfDocument(const std::wstring& documentName) {
 std::vector<fs::path> scanTreeOfDocuments(const std::vector<std::wstring>& subFolders) {
   std::vector<fs::path> roots = scanTreeOfBatch();
   for (const std::wstring& name : subFolders) {
-    // What leads nowhere holds no scans.
+    // A broken link has no scans.
     const std::wstring document = GetDocumentPath(name);
     if (mdlFolderAndFile::fileSystem().FolderExists(document)) {
       roots.push_back(resolvedPlace(document));
@@ -41,12 +41,12 @@ std::vector<fs::path> scanTreeOfDocuments(const std::vector<std::wstring>& subFo
   return roots;
 }
 
-bool liesInAny(const fs::path& place, const std::vector<fs::path>& roots) {
+bool isInAny(const fs::path& place, const std::vector<fs::path>& roots) {
   return std::any_of(roots.begin(), roots.end(),
                      [&](const fs::path& root) { return liesWithin(place, root); });
 }
 
-bool holdsAny(const fs::path& place, const std::vector<fs::path>& roots) {
+bool containsAny(const fs::path& place, const std::vector<fs::path>& roots) {
   return std::any_of(roots.begin(), roots.end(),
                      [&](const fs::path& root) { return liesWithin(root, place); });
 }
@@ -116,7 +116,7 @@ void OutputGuard::checkPlace(const std::wstring& file) const {
 }
 
 void OutputGuard::requireOutsideScanTree(const fs::path& place, const std::wstring& path) const {
-  if (liesInAny(place, scanTree_)) throw Failure(L"输出位置在扫描件文件夹内，不能导出：" + path);
+  if (isInAny(place, scanTree_)) throw Failure(L"输出位置在扫描件文件夹内，不能导出：" + path);
 }
 
 ScansOfBatch::ScansOfBatch(const std::vector<std::wstring>& subFolders) {
@@ -130,7 +130,7 @@ ScansOfBatch::ScansOfBatch(const std::vector<std::wstring>& subFolders) {
 void ScansOfBatch::requireDeletable(const std::wstring& folder) const {
   if (!unknown_.empty()) throw Failure(unknown_);
   const fs::path place = resolvedPlace(folder);
-  if (liesInAny(place, roots_) || holdsAny(place, roots_) ||
+  if (isInAny(place, roots_) || containsAny(place, roots_) ||
       liesWithin(resolvedPlace(programFolder()), place)) {
     throw Failure(L"输出文件夹含有程序或扫描件，不删除：" + folder);
   }

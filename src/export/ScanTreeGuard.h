@@ -8,25 +8,25 @@
 #include "export/WrittenFiles.h"
 #include "foundation/FileDescriptor.h"
 
-/// The scan tree is read and never changed, whatever the settings say. These guards stand in front
-/// of everything that the export creates or deletes.
+/// The export never changes the scan tree, whatever the settings are. These guards check everything
+/// that the export creates or deletes.
 namespace orvane {
 
-/// True for a text that can name one folder below another: not empty, not "." or "..", without a
-/// separator or a NUL.
+/// Returns true if `name` can name a single folder: it is not empty, "." or "..", and has no
+/// separator and no NUL.
 bool isFolderName(const std::wstring& name);
 
-/// A folder that is kept open, so that it can be told whether a path still leads to it: a disk that
-/// was unmounted leaves an empty folder under the same name.
+/// A folder that is kept open, to check later whether a path still leads to it. A disk that was
+/// unmounted leaves an empty folder of the same name.
 class HeldFolder {
  public:
-  /// Throws Failure when there is no folder under `path`.
+  /// Throws Failure if `path` is not a folder.
   explicit HeldFolder(const std::wstring& path);
 
-  /// Throws Failure when `path` leads to another folder now, or to none.
+  /// Throws Failure if `path` now leads to another folder or to none.
   void requireAt(const std::wstring& path) const;
 
-  /// False where `requireAt` would throw.
+  /// Returns false if `requireAt` would throw.
   bool isAt(const std::wstring& path) const;
 
  private:
@@ -37,18 +37,18 @@ class HeldFolder {
 /// Keeps the output of one document out of the scan tree and inside its output folder.
 class OutputGuard {
  public:
-  /// @param outputFolder  where the document goes; need not exist yet.
+  /// @param outputFolder  the output folder of the document; need not exist yet.
   /// @param documentName  a document of the current batch.
-  /// Throws Failure when the folder lies in the scan tree.
+  /// Throws Failure if the folder is inside the scan tree.
   OutputGuard(const std::wstring& outputFolder, const std::wstring& documentName);
 
-  /// Keeps hold of the output folder, which is there by now. Throws Failure when it is not the one
-  /// that the constructor looked at.
+  /// Opens the output folder, which must exist by now. Throws Failure if it is not the folder that
+  /// the constructor resolved.
   void enterFolder();
 
-  /// Answers which file stands under the name of an output file. Throws Failure when the file would
-  /// lie in the scan tree or outside the output folder, or when another folder has taken the output
-  /// folder's place. Two system calls, unless the name is a link or holds a separator.
+  /// Returns the existing file at the path of an output file, if any. Throws Failure if the file
+  /// would be inside the scan tree or outside the output folder, or if another folder has replaced
+  /// the output folder. Makes two system calls, unless the name is a link or contains a separator.
   std::optional<FileIdentity> check(const std::wstring& file) const;
 
  private:
@@ -62,25 +62,25 @@ class OutputGuard {
   std::optional<HeldFolder> held_;
 };
 
-/// Where the scans of the current batch lie. It is found out while they can be looked at, so that
-/// it is known also after their disk has gone.
+/// The places of the current batch's scans. They are resolved while the scans are accessible, so
+/// that they are still known after their disk has disappeared.
 class ScansOfBatch {
  public:
   /// @param subFolders  the names of all sub-folders of the batch.
   explicit ScansOfBatch(const std::vector<std::wstring>& subFolders);
 
-  /// Throws Failure for a folder that is, holds or is in the scan tree, or holds the program's
-  /// folder; for every folder when it could not be found out where the scans lie.
+  /// Throws Failure if `folder` is, contains or is inside the scan tree, or contains the program's
+  /// folder. If the places of the scans could not be resolved, throws for every folder.
   void requireDeletable(const std::wstring& folder) const;
 
  private:
   std::vector<std::filesystem::path> roots_;
-  std::wstring unknown_;  // why; empty when the roots are known
+  std::wstring unknown_;  // why the roots are not known; empty if they are
 };
 
-/// Deletes `SavePath\BatchID` with all it holds, after a document of the current batch has failed.
-/// A folder that `scans` does not let go stays, with a log line that says so. A failure of the
-/// delete itself is silent. True when the folder was there and has gone.
+/// Deletes `SavePath\BatchID` with all its contents, after a document of the current batch has
+/// failed. A folder that `scans` refuses is kept, and a log line says so. A failure of the deletion
+/// itself is silent. Returns true if the folder existed and was deleted.
 bool deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID,
                              const ScansOfBatch& scans);
 

@@ -21,7 +21,7 @@ struct stat statusOf(const std::wstring& path) {
   return status;
 }
 
-std::size_t nameOf(const fs::path& file) {
+std::size_t hashOf(const fs::path& file) {
   return hash_value(file.lexically_normal());
 }
 
@@ -30,7 +30,8 @@ std::wstring inCapitals(std::wstring text) {
   return text;
 }
 
-// A file that is found under its name in capitals too, which ends in ".TIF", has no case.
+// Output names end in a lower-case extension. If the name in capitals leads to the same file, the
+// file system ignores letter case.
 bool diskKnowsLetterCase(const std::wstring& file, const struct stat& status) {
   const std::size_t name = file.find_last_of(L"\\/") + 1;
   const std::wstring twin = file.substr(0, name) + inCapitals(file.substr(name));
@@ -43,7 +44,7 @@ bool diskKnowsLetterCase(const std::wstring& file, const struct stat& status) {
 }  // namespace
 
 void WrittenFiles::beginBatch(const std::wstring& BatchID) {
-  // From the back: a batch that has failed is mostly the next one again.
+  // Search from the end: a batch that has failed is usually the next one again.
   std::ptrdiff_t number = std::ssize(batches_) - 1;
   while (number >= 0 && batches_[number] != BatchID) --number;
   if (number < 0) {
@@ -67,7 +68,7 @@ std::uint64_t WrittenFiles::addFile(const std::wstring& file) {
   const Key key = disk.keyOf({status.st_dev, status.st_ino}, file);
   disk.writerOf[key] = now_;
   filesOfPass_.emplace_back(status.st_dev, key);
-  namesOfPass_.insert(nameOf(nativePath(file)));
+  namesOfPass_.insert(hashOf(nativePath(file)));
   if (disk.syncsFilesOnly) disk.files.insert(file);
   disk.addFolder(pathText(nativePath(file).parent_path()));
   return static_cast<std::uint64_t>(status.st_size);
@@ -104,9 +105,9 @@ WrittenFiles::Finding WrittenFiles::notWrittenIn(const std::wstring& folder) con
   return finding;
 }
 
-// By its name, and by what it is where the file system writes the name otherwise.
+// The file system may list a name in another spelling, so the file's identity is compared as well.
 bool WrittenFiles::isOfThisPass(const fs::path& file) const {
-  if (namesOfPass_.contains(nameOf(file))) return true;
+  if (namesOfPass_.contains(hashOf(file))) return true;
   struct stat status {};
   if (lstat(file.c_str(), &status) != 0) return false;
   return writerOf({status.st_dev, status.st_ino}, pathText(file)) == now_;
@@ -141,7 +142,7 @@ WrittenFiles::Disk& WrittenFiles::diskOf(dev_t device, const std::wstring& path)
 
 WrittenFiles::Key WrittenFiles::Disk::keyOf(const FileIdentity& file,
                                             const std::wstring& path) const {
-  return knowsLetterCase.value_or(true) ? file.inode : nameOf(nativePath(inCapitals(path)));
+  return knowsLetterCase.value_or(true) ? file.inode : hashOf(nativePath(inCapitals(path)));
 }
 
 void WrittenFiles::Disk::addFolder(const std::wstring& folder) {

@@ -16,63 +16,63 @@
 
 namespace orvane {
 
-/// What a run has written: every file, with the batch that wrote it; and of the batch under way all
-/// that has to reach a disk before its new state may be recorded.
+/// The files that a run has written, each with the batch that wrote it. For the current batch, also
+/// what must be synced before its new state may be recorded.
 ///
-/// A file is known by device and inode. On a disk that knows no letter case it is known by its name
-/// without it: exFAT gives no inodes of its own, and what stands for them changes with the
-/// spelling.
+/// A file is identified by device and inode. On a file system that ignores letter case it is
+/// identified by its name in capitals: exFAT has no inodes, and the numbers that replace them
+/// change with the spelling of the name.
 class WrittenFiles {
  public:
-  /// Files that are worth a line in the log.
+  /// Files that deserve a line in the log.
   struct Finding {
     std::size_t count = 0;
     std::wstring first;  ///< the path of one of them
-    std::wstring batch;  ///< the batch that had written that one, if a batch of this run did
+    std::wstring batch;  ///< the batch of this run that had written `first`, if any
   };
 
-  /// Begins the next batch, or the next pass over one that has failed.
+  /// Begins a batch, or another pass over a batch that has failed.
   void beginBatch(const std::wstring& BatchID);
 
-  /// Notes that the batch is about to write to `path`, and `older` stands there.
+  /// Records that the batch is about to replace the file `older` at `path`.
   void replace(const FileIdentity& older, const std::wstring& path);
 
-  /// Notes a file that the batch has just written; its size in bytes. Throws Failure when it is not
-  /// there.
+  /// Records a file that the batch has just written, and returns its size in bytes. Throws Failure
+  /// if it does not exist.
   std::uint64_t addFile(const std::wstring& file);
 
-  /// Notes a folder that holds what the batch wrote. Throws Failure when it is not there.
+  /// Records a folder that the batch has written to. Throws Failure if it does not exist.
   void addFolder(const std::wstring& folder);
 
-  /// The files of this run that the batch has written over: those of other batches, and its own of
-  /// this pass. What an earlier pass over the batch left does not count.
+  /// The files of this run that the batch has replaced: those of other batches, and its own of this
+  /// pass. Files of an earlier pass over the same batch do not count.
   const Finding& replaced() const { return replaced_; }
 
-  /// The files below a folder that the batch has not written in this pass. Throws Failure when the
-  /// folder cannot be listed; one that is not there holds none.
+  /// The files below a folder that the batch has not written in this pass; none if the folder does
+  /// not exist. Throws Failure if the folder cannot be listed.
   Finding notWrittenIn(const std::wstring& folder) const;
 
-  /// Forgets the files of the batch: they have been deleted.
+  /// Forgets the files of the batch, after they were deleted.
   void forgetBatch();
 
-  /// Returns once everything that the batch wrote is on its disk. The window's events are handled
-  /// meanwhile. Throws Failure when something could not be written.
+  /// Syncs everything that the batch wrote, and handles the window's events meanwhile. Throws
+  /// Failure if something could not be written.
   void bringToDisk() const;
 
  private:
   struct Writer {
-    int batch;  // from 0, in the order of `batches_`
+    int batch;  // an index of `batches_`
     int pass;
     bool operator==(const Writer&) const = default;
   };
 
-  using Key = std::uint64_t;  // an inode, or the hash of a name
+  using Key = std::uint64_t;  // an inode number, or the hash of a name
 
   struct Disk {
-    bool syncsFilesOnly = false;
-    std::optional<bool> knowsLetterCase;  // not asked for before there is a file to ask with
-    std::set<std::wstring> files;         // of this batch; kept only when each is synced itself
-    std::set<std::wstring> folders;       // of this batch; one is enough when it is not
+    bool syncsFilesOnly = false;          // each file must be synced by itself
+    std::optional<bool> knowsLetterCase;  // unknown until there is a file to test it with
+    std::set<std::wstring> files;         // of this batch; only if `syncsFilesOnly`
+    std::set<std::wstring> folders;       // of this batch; only one unless `syncsFilesOnly`
     std::unordered_map<Key, Writer> writerOf;
 
     Key keyOf(const FileIdentity& file, const std::wstring& path) const;
@@ -88,7 +88,7 @@ class WrittenFiles {
   Writer now_{};
   std::map<dev_t, Disk> disks_;
   std::vector<std::pair<dev_t, Key>> filesOfPass_;
-  std::unordered_set<std::size_t> namesOfPass_;  // hashes: a batch may have many long paths
+  std::unordered_set<std::size_t> namesOfPass_;  // hashes, because paths can be many and long
   Finding replaced_;
 };
 

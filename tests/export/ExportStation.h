@@ -16,10 +16,10 @@ class ExportStation : public TempStation {
  public:
   ExportStation() {
     std::filesystem::create_directory(output());
-    gConnection.reset();  // it leads to the station of an earlier test
+    gConnection.reset();  // the connection to the station of an earlier test
   }
 
-  /// Makes the database anew, with one waiting batch for each name, oldest first.
+  /// Creates a new database with one waiting batch per name, oldest first.
   void createTable(const std::vector<std::string>& batches) {
     gConnection.reset();
     std::filesystem::remove(native("Orvane.dll"));
@@ -45,7 +45,7 @@ class ExportStation : public TempStation {
     return row.substr(0, row.find('\n'));
   }
 
-  /// Writes `Batchs/<document>` with a Doc.dat of `pages`; a page named "missing" gets no file.
+  /// Writes the document `Batchs/<document>` with these pages. A page named "missing" has no file.
   void addDocument(const std::string& document, const std::vector<std::string>& pages) {
     std::string list;
     for (const std::string& page : pages) {
@@ -61,7 +61,7 @@ class ExportStation : public TempStation {
   }
   std::wstring outputText() const { return path(L"output"); }
 
-  /// Every file of the output folder, by its path in there.
+  /// The paths of all files of the output folder, relative to it.
   std::set<std::string> outputFiles() const {
     std::set<std::string> files;
     for (const auto& [name, bytes] : contentOf(output())) {

@@ -12,12 +12,12 @@
 
 namespace orvane::test {
 
-/// The host of a run without a window. What the operator would see goes to one journal, in order.
+/// The host of a run without a window. Its journal has what the operator would see, in order.
 class JournalHost final : public RunHost, private ProgressList {
  public:
   JournalHost() {
     window.onYield = [this] {
-      journal.push_back("yield");
+      if (journal.empty() || journal.back() != "yield") journal.push_back("yield");
       if (whenYielding) whenYielding();
     };
   }
@@ -43,14 +43,14 @@ class JournalHost final : public RunHost, private ProgressList {
 
   ExportSettings options;
   std::wstring pageNumberWidth = L"3";
-  bool stopAfterBatch = false;         ///< the operator presses stop when a batch is over
-  std::function<void()> whenYielding;  ///< what the operator does meanwhile
+  bool stopAfterBatch = false;         ///< the operator presses 停止 at the end of a batch
+  std::function<void()> whenYielding;  ///< what the operator does during a yield
   std::function<void(const std::string&)> whenLineAdded;
   RunProgress runProgress;
   RecordingWindow window;
-  std::vector<std::string> journal;
+  std::vector<std::string> journal;  ///< successive yields are one entry
   std::vector<std::string> lines;
-  std::vector<std::string> reasons;  ///< of the lines that tell a failure
+  std::vector<std::string> reasons;  ///< of the failed lines
 
  private:
   void addItem(std::wstring_view line) override {

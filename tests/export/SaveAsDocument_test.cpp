@@ -14,16 +14,37 @@ namespace {
 using Files = std::set<std::string>;
 const std::string kSource = "Orvane成果导出:DocumentHelper-SaveAsDocument-";
 
-class SaveAsDocument : public testing::Test {
+class SaveAsDocument : public testing::Test, protected ExportListener {
  protected:
-  SaveAsDocument() { gBatchFolder = station.path(L"Batchs\\B1"); }
+  SaveAsDocument() {
+    gBatchFolder = station.path(L"Batchs\\B1");
+    window.onYield = [this] {
+      if (!journal.ends_with("yield|")) journal += "yield|";
+    };
+  }
 
   bool save(bool isPageFile, const std::wstring& savePath, const std::wstring& stem = L"D1_",
             std::int16_t fileType = 0, const std::wstring& document = L"D1") {
-    return mdlDocumentHelper::SaveAsDocument(merge, control, pageCount, document, fileType,
-                                             isPageFile, 0, 0, savePath, L"000", stem);
+    journal.clear();
+    return mdlDocumentHelper::SaveAsDocument(
+        {merge, control, pageCount, document, fileType, isPageFile, 0, 0, savePath, L"000", stem},
+        *this);
   }
 
+  void beginPage(int page, int pages) override {
+    journal += std::to_string(page) + "/" + std::to_string(pages) + "|";
+  }
+  void addFile(const std::wstring& file, int pages) override {
+    const std::string name = toUtf8(file.substr(file.find_last_of(L'\\') + 1));
+    journal += name + " of " + std::to_string(pages) + "|";
+  }
+  void endPage() override {
+    journal += "written|";
+    if (afterPage) afterPage();
+  }
+
+  std::string journal;              // the steps, with one entry for the yields between two
+  std::function<void()> afterPage;  // what happens to the disk meanwhile
   test::RecordingWindow window;
   test::ExportStation station;
   const std::wstring out = station.outputText();
@@ -37,16 +58,21 @@ TEST_F(SaveAsDocument, WritesTheFilesOfEachFormUnderTheirNamesAndOverOlderOnes) 
   const struct {
     std::int16_t fileType;
     bool isPageFile;
-    std::string files, firstBytes;
-  } cases[] = {{0, true, "D1_001.tif D1_002.tif D1_003.tif", "II"},
-               {1, false, "D1_.jpg", "%P"},
-               {2, false, "D1_.pdf", "%P"}};
+    std::string files, firstBytes, steps;
+  } cases[] = {{0, true, "D1_001.tif D1_002.tif D1_003.tif", "II",
+                "1/3|yield|D1_001.tif of 1|written|yield|2/3|yield|D1_002.tif of 1|written|yield|"
+                "3/3|yield|D1_003.tif of 1|written|yield|"},
+               {1, false, "D1_.jpg", "%P",
+                "1/3|yield|written|yield|2/3|yield|written|yield|"
+                "3/3|yield|D1_.jpg of 3|written|yield|"},
+               {2, false, "D1_.pdf", "%P",
+                "1/3|yield|written|yield|2/3|yield|written|yield|"
+                "3/3|yield|D1_.pdf of 3|written|yield|"}};
   for (const auto& c : cases) {
     station.shell("rm -r output");
     for (const std::wstring& savePath : {out + L"\\\\sub.dir", out + L"\\sub.dir\\"}) {
-      window.yields = 0;
       EXPECT_TRUE(save(c.isPageFile, savePath, L"D1_", c.fileType));
-      EXPECT_EQ(window.yields, 6) << "one in the saver and one behind each page";
+      EXPECT_EQ(journal, c.steps);
     }
     EXPECT_EQ(station.shell("cd output/sub.dir; ls | xargs; head -c 2 $(ls | head -1)"),
               c.files + "\n" + c.firstBytes);
@@ -58,7 +84,7 @@ TEST_F(SaveAsDocument, WritesTheFilesOfEachFormUnderTheirNamesAndOverOlderOnes) 
   EXPECT_TRUE(pageCount.calls.empty());
 }
 
-TEST_F(SaveAsDocument, AFailedPageTakesItsFileWithIt) {
+TEST_F(SaveAsDocument, TheFileOfAFailedPageIsRemoved) {
   station.addDocument("B1/D1", {"A", "missing", "C"});
   station.shell("touch output/D1_002.tif output/other.tif");
   EXPECT_FALSE(save(true, out));
@@ -69,7 +95,7 @@ TEST_F(SaveAsDocument, AFailedPageTakesItsFileWithIt) {
   EXPECT_TRUE(station.takeLog().ends_with("\n" + kSource + "按多页文件保存时出错。页码：2\n"));
 }
 
-TEST_F(SaveAsDocument, WhatTakesTheOutputsPlaceInMidDocumentIsLeftAlone) {
+TEST_F(SaveAsDocument, AFolderThatReplacesTheOutputFolderDuringTheExportIsNotTouched) {
   station.addDocument("B1/D1", {"A", "B"});
   const struct {
     const char* command;
@@ -86,10 +112,9 @@ TEST_F(SaveAsDocument, WhatTakesTheOutputsPlaceInMidDocumentIsLeftAlone) {
     for (const bool isPageFile : c.isPageFile) {
       station.shell(
           "rm -rf output aside other; mkdir output other; touch other/D1_.tif other/D1_002.tif");
-      window.onYield = [&, yields = 0]() mutable {
-        if (++yields == 2) station.shell(c.command);  // after the first page
-      };
+      afterPage = [&] { station.shell(c.command); };
       EXPECT_FALSE(save(isPageFile, out));
+      EXPECT_TRUE(journal.ends_with("written|yield|2/2|")) << journal;
       std::string reason = c.reason;
       reason.replace(reason.find('%'), 1, toUtf8(out));
       EXPECT_EQ(station.takeLog(), kSource + reason + "\n");
@@ -98,7 +123,7 @@ TEST_F(SaveAsDocument, WhatTakesTheOutputsPlaceInMidDocumentIsLeftAlone) {
   }
 }
 
-TEST_F(SaveAsDocument, WithoutAPageListOrAFolderNothingIsMade) {
+TEST_F(SaveAsDocument, WithoutAPageListOrAFolderNothingIsCreated) {
   EXPECT_FALSE(save(true, out + L"\\new"));
   station.addDocument("B1/D1", {});
   EXPECT_FALSE(save(true, out + L"\\new"));
@@ -117,7 +142,7 @@ TEST_F(SaveAsDocument, WithoutAPageListOrAFolderNothingIsMade) {
   }
 }
 
-TEST_F(SaveAsDocument, TheScanTreeIsSafeFromEveryOutputPlace) {
+TEST_F(SaveAsDocument, NoOutputPathChangesTheScanTree) {
   station.addDocument("B1/D1", {"A", "B"});
   station.addDocument("B1/D2", {"A"});
   station.shell(
@@ -152,7 +177,7 @@ TEST_F(SaveAsDocument, TheScanTreeIsSafeFromEveryOutputPlace) {
   EXPECT_FALSE(save(false, out + L"\\disk2", L"A", 0, L"D2")) << "a document on another disk";
   EXPECT_EQ(station.shell(tree), before);
 
-  station.shell("rm output/D1_*");  // a separator in a name leads deeper and no further
+  station.shell("rm output/D1_*");  // a separator in a name may only lead to a sub-folder
   EXPECT_TRUE(save(true, out, L"D1\\p") && save(false, out, L"..D1.."));
   EXPECT_EQ(station.outputFiles(),
             (Files{"D1/p001.tif", "D1/p002.tif", "..D1...tif", "disk2/A.tif", "disk2/Doc.dat"}));
