@@ -20,30 +20,31 @@ enum class TextBox { SavePath, Sp1, Sp2, LiuShui };
 /// The check boxes of `frmMain`.
 enum class CheckBox { CreateBatchFolder, CreateDocFolder };
 
-/// The frames `Frame1` to `Frame6` hold all options.
+/// The frames `Frame1` to `Frame6` contain all options.
 inline constexpr int kOptionFrames = 6;
 
-/// The option side of `frmMain` without its pixels: the export settings, the state of every option
-/// control, and the rules that join them. The window shows this state and hands the operator's
-/// actions on; `LoadExportSettings` sets the controls through the same operations.
+/// The options of `frmMain` without Qt: the export settings, the state of every option control, and
+/// the rules between them. The window shows this state and passes the operator's actions on.
+/// `LoadExportSettings` sets the controls through the same operations.
 ///
-/// A control that gets a new value calls its handler there and then, and the handler brings the
-/// settings and the controls that depend on it in line.
+/// When a control gets a new value, its handler runs at once and updates the settings and the
+/// controls that depend on it.
 class ExportForm {
  public:
-  /// No button of a group, no entry of the list.
+  /// No button of a group or no entry of the list is selected.
   static constexpr int kNone = -1;
 
-  /// The settings as the export reads them.
+  /// The settings that the export reads.
   const ExportSettings& settings() const { return settings_; }
   ExportSettings& settings() { return settings_; }
 
-  /// The button of `group` that is set, from 0, or `kNone`.
+  /// The selected button of `group`, from 0, or `kNone`.
   int selectedButton(OptionGroup group) const { return selected_[index(group)]; }
-  /// The operator's click: sets the button and calls the handler, also when it was set already.
+  /// A click of the operator: selects the button and runs the handler, even if the button was
+  /// already selected.
   void clickButton(OptionGroup group, int button);
-  /// Sets a button, which clears the others of the group; one that is set already calls no handler.
-  /// A number that is no button of the group changes nothing.
+  /// Selects a button and clears the others of the group. The handler runs only if the button was
+  /// not selected. A number that is not a button of the group changes nothing.
   void setButton(OptionGroup group, int button);
 
   const std::wstring& text(TextBox box) const { return texts_[index(box)]; }
@@ -60,8 +61,8 @@ class ExportForm {
   std::wstring renameTypeText() const;
   /// Selects an entry, which must exist.
   void selectRenameType(int entry);
-  /// Fills `cboRenameType` with all naming patterns, none of them selected. The settings keep the
-  /// pattern that was selected last.
+  /// Fills `cboRenameType` with all naming patterns and selects none. The settings keep the pattern
+  /// that was selected last.
   void offerAllRenameTypes();
 
   /// Whether `Frame<number>` is enabled; `number` is 1 to `kOptionFrames`.
@@ -69,8 +70,8 @@ class ExportForm {
   /// Enables or disables `Frame1` to `Frame<last>`.
   void enableFrames(int last, bool enabled);
 
-  /// Takes over the answer of the folder chooser, empty for a cancel, which empties the output
-  /// folder and leaves the text box as it is.
+  /// Sets the output folder to the result of the folder chooser. An empty result (a cancel) clears
+  /// the output folder and leaves the text box unchanged.
   void chooseSavePath(const std::wstring& folder);
 
  private:

@@ -46,7 +46,7 @@ void loadFileForm(ExportForm& form) {
   form.setButton(OptionGroup::CompressionRatios, settings.CompressionRatios);
 }
 
-/// The entries on offer depend on the multi-page option, so a stored pattern may be none of them.
+// The available entries depend on the multi-page option, so a stored pattern may not be among them.
 void loadNaming(ExportForm& form) {
   ExportSettings& settings = form.settings();
   settings.ReNameFormat = read(L"Commit", L"ReNameFormat", L"");

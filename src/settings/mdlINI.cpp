@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::size_t kLongestValue = 1023;  // bytes
 
-// Brings a text into the code page and gives the caller back what arrived there.
-std::string crossed(std::wstring& text) {
+// Converts a text to the code page, and sets it to what the code page can represent.
+std::string throughCodePage(std::wstring& text) {
   std::string bytes = toAnsi(text.substr(0, text.find(L'\0')));
   for (char& c : bytes) {
     if (c == '\r' || c == '\n') c = '?';
@@ -31,7 +31,7 @@ std::string contentOf(const std::wstring& sIniFile) {
   return files.FileExists(sIniFile) ? files.ReadFile(sIniFile) : std::string();
 }
 
-// As much of a value as fits the buffer of the reader, without half a character at its end.
+// Cuts a value to the longest that a reader gets, without half a character at its end.
 std::wstring shortened(const std::string& value) {
   if (value.size() <= kLongestValue) return fromAnsi(value);
   const std::wstring whole = fromAnsi(value.substr(0, kLongestValue));
@@ -44,23 +44,23 @@ std::wstring shortened(const std::string& value) {
 void WriteIniValue(const std::wstring& sIniFile, std::wstring& sSection, std::wstring& sKey,
                    std::wstring& sValue) {
   try {
-    const std::string section = crossed(sSection);
-    const std::string key = crossed(sKey);
-    const std::string value = crossed(sValue);
+    const std::string section = throughCodePage(sSection);
+    const std::string key = throughCodePage(sKey);
+    const std::string value = throughCodePage(sValue);
     const std::string content = contentOf(sIniFile);
     const std::string changed = withProfileValue(content, section, key, value);
     if (changed != content) replaceFile(sIniFile, changed);
   } catch (const std::exception&) {
-    // By contract nobody is told.
+    // Not reported: see the header.
   }
 }
 
 std::wstring ReadIniValue(const std::wstring& sIniFile, std::wstring& sSection, std::wstring& sKey,
                           std::wstring& sDefault) {
   try {
-    const std::string section = crossed(sSection);
-    const std::string key = crossed(sKey);
-    // A file that cannot be read ends here: the default must not go over a value that stands in it.
+    const std::string section = throughCodePage(sSection);
+    const std::string key = throughCodePage(sKey);
+    // This throws if the file cannot be read. The default must not overwrite a value in the file.
     std::wstring value = shortened(profileValue(contentOf(sIniFile), section, key));
     value.resize(std::min(value.find(L'\0'), value.size()));
     if (!value.empty()) return value;

@@ -8,8 +8,8 @@
 namespace orvane {
 namespace {
 
-// Blanks, "=", ";" and the quotes lie below 0x40, where no second byte of a pair can be, so they
-// can be looked for byte by byte. "]" and the letters cannot.
+// Blanks, "=", ";" and the quotes are below 0x40, where the trail byte of a pair cannot be, so they
+// can be searched byte by byte. "]" and letters cannot.
 constexpr std::string_view kSpaces = " \t";
 
 bool isLeadByte(char c) {
@@ -33,7 +33,7 @@ bool isSameName(std::string_view a, std::string_view b) {
   return lowerCase(trimmed(a, kSpaces)) == lowerCase(trimmed(b, kSpaces));
 }
 
-// One line of a file: `begin` to `end` without its line end, `next` where the line behind begins.
+// One line of a file: `begin` to `end` without its line end; `next` is the begin of the next line.
 struct Line {
   std::size_t begin, end, next;
   std::string_view text;  // without outer blanks
@@ -68,10 +68,10 @@ bool isKey(const Line& line, std::string_view key) {
          isSameName(line.text.substr(0, equals), key);
 }
 
-// Where a key stands, or would have to stand.
+// Where a key is, or where it must be inserted.
 struct Place {
   std::optional<Line> keyLine;
-  std::optional<std::size_t> sectionEnd;  // behind the last line of the section that is not empty
+  std::optional<std::size_t> sectionEnd;  // after the last non-empty line of the section
 };
 
 Place find(std::string_view content, std::string_view section, std::string_view key) {

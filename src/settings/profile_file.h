@@ -5,17 +5,18 @@
 
 /// The text of an INI file, in bytes of code page 936.
 ///
-/// A section is a line "[name]", a key is a line "key=value" below it; both names compare without
-/// regard to case, and of equal ones the first counts. A line that begins with ";" is a comment.
-/// Blanks around names and values do not count.
+/// A section begins with a line "[name]"; a key is a line "key=value" below it. Names are compared
+/// without regard to case, and the first of equal names counts. A line that begins with ";" is a
+/// comment. Blanks around names and values are ignored.
 namespace orvane {
 
-/// The value of a key, without one pair of enclosing quotes (" or '). Empty when there is none.
+/// Returns the value of a key without one pair of enclosing quotes (" or '), or an empty text if
+/// the key is missing.
 std::string profileValue(std::string_view content, std::string_view section, std::string_view key);
 
-/// `content` with the value of a key replaced. A new key comes to the end of its section, a new
-/// section to the end of the file. Every other line stays byte for byte, with its line end; new
-/// lines end as the first line of the file does, with CR LF in a file without any.
+/// Returns `content` with the value of a key replaced. A new key is added at the end of its
+/// section, a new section at the end of the file. All other bytes are kept. New lines end as the
+/// first line of the file does, or with CR LF if it has no line end.
 std::string withProfileValue(std::string_view content, std::string_view section,
                              std::string_view key, std::string_view value);
 

@@ -1,4 +1,4 @@
-// The option controls: the rules that join them, and their life from data.ini back into it.
+// The option controls: the rules between them, and how data.ini stores them.
 
 #include "settings/ExportForm.h"
 
@@ -14,10 +14,10 @@ namespace {
 
 using enum OptionGroup;
 
-TEST(ExportForm, EveryClickOnFileTypeOrFormRefillsTheNamingListAndKeepsTheStoredPattern) {
+TEST(ExportForm, AClickOnFileTypeOrPageFormRefillsTheNamingListAndKeepsTheSelectedPattern) {
   ExportForm form;
   form.offerAllRenameTypes();
-  // The list follows the last click: a file type offers all patterns in the multi-page form too.
+  // The last click decides: a file type offers all patterns even for multi-page files.
   const struct {
     OptionGroup group;
     int button;
@@ -35,7 +35,7 @@ TEST(ExportForm, EveryClickOnFileTypeOrFormRefillsTheNamingListAndKeepsTheStored
   }
   EXPECT_EQ(form.settings().SaveFileType, 0);
   EXPECT_TRUE(form.settings().IsMutiPage);
-  // A button that is set or does not exist calls no handler.
+  // Setting a button that is selected or does not exist runs no handler.
   form.selectRenameType(2);
   for (const int button : {0, 3, -1}) form.setButton(SaveFileType, button);
   EXPECT_EQ(form.selectedRenameType(), 2);
@@ -43,8 +43,8 @@ TEST(ExportForm, EveryClickOnFileTypeOrFormRefillsTheNamingListAndKeepsTheStored
   EXPECT_EQ(form.selectedRenameType(), ExportForm::kNone);
 }
 
-/// What the window would show: the buttons of the groups in their order ("." for none), the naming
-/// list, the texts, the ticks, and "N" for an enabled naming frame.
+/// What the window would show: the selected button of each group ("." for none), the naming list,
+/// the texts, the check boxes, and "N" for an enabled naming frame.
 std::string shown(const ExportForm& form) {
   std::ostringstream state;
   for (const OptionGroup group : {SaveFileType, MutiPage, CompressionType, CompressionRatios}) {
@@ -60,7 +60,7 @@ std::string shown(const ExportForm& form) {
   return state.str();
 }
 
-/// A complete file with some lines replaced.
+/// A complete data.ini with some lines replaced.
 std::string fileWith(const std::string& lines) {
   std::string text =
       "; 备注\n[Setting]\nPerName=王\nSavePath=\\成果\\\nx=1\n[Commit]\nSaveFileType=2\n"
@@ -76,17 +76,17 @@ std::string fileWith(const std::string& lines) {
 
 class ExportSettingsFile : public testing::Test {
  protected:
-  /// Writes data.ini from UTF-8 text with plain line ends, by iconv.
+  /// Writes data.ini from UTF-8 text with LF line ends, through iconv.
   void write(const std::string& text) const {
     station.write("utf8.txt", text);
     station.shell("iconv -f UTF-8 -t GBK utf8.txt | sed 's/$/\\r/' > data.ini");
   }
-  /// The whole of data.ini as UTF-8, its line ends (which must all be CR LF) as "\n".
+  /// The content of data.ini as UTF-8 with LF line ends. In the file all must be CR LF.
   std::string content() const {
     EXPECT_EQ(station.shell("awk '!/\\r$/' data.ini"), "");
     return station.shell("iconv -f GBK -t UTF-8 data.ini | tr -d '\\r'");
   }
-  /// A window's life from its creation to its first close.
+  /// What the window does when it is created.
   ExportForm load() const {
     ExportForm form;
     form.offerAllRenameTypes();
@@ -98,7 +98,7 @@ class ExportSettingsFile : public testing::Test {
   RecordingWindow window;
 };
 
-TEST_F(ExportSettingsFile, AFirstStartWritesAllDefaultsAndACloseTheShownPattern) {
+TEST_F(ExportSettingsFile, TheFirstStartWritesAllDefaultsAndTheCloseWritesTheShownPattern) {
   const auto defaults = [](const std::string& isMutiPage, const std::string& pattern) {
     return "[Setting]\nPerName=\nSavePath=\n[Commit]\nSaveFileType=0\nIsMutiPage=" + isMutiPage +
            "\nCompressionType=0\nCompressionRatios=0\nReNameFormat=" + pattern +
@@ -111,7 +111,7 @@ TEST_F(ExportSettingsFile, AFirstStartWritesAllDefaultsAndACloseTheShownPattern)
   SaveExportSettings(form);
   EXPECT_EQ(content(), defaults("False", "档案（件）名称"));
 
-  // A folder in the place of the file: neither can it be read nor replaced, by root either.
+  // A folder of that name can be neither read nor replaced, not even by root.
   station.shell("rm data.ini; mkdir data.ini");
   const ExportForm unwritten = load();
   EXPECT_EQ(shown(unwritten), shown(form));
@@ -120,10 +120,10 @@ TEST_F(ExportSettingsFile, AFirstStartWritesAllDefaultsAndACloseTheShownPattern)
   EXPECT_EQ(window.takeBoxes(), "");
 }
 
-TEST_F(ExportSettingsFile, WhatStandsInTheFileIsShownAndComesBack) {
+TEST_F(ExportSettingsFile, TheValuesOfTheFileAreShownAndSavedAgain) {
   const struct {
     std::string lines, shown;
-    std::string saved;  ///< what the close makes of these lines; empty for the same
+    std::string saved;  ///< these lines after the close; empty if unchanged
   } cases[] = {
       {"", "2001 页码/5 +_4 01N", ""},
       {"SaveFileType=7", ".001 页码/5 +_4 01N", ""},
@@ -146,7 +146,7 @@ TEST_F(ExportSettingsFile, WhatStandsInTheFileIsShownAndComesBack) {
     ExportForm form = load();
     EXPECT_EQ(shown(form), expected);
     EXPECT_EQ(form.settings().PerName + form.text(TextBox::SavePath), L"王\\成果\\");
-    form.chooseSavePath(L"\\新\\☃");  // which is no character of the code page
+    form.chooseSavePath(L"\\新\\☃");  // not a character of the code page
     SaveExportSettings(form);
     EXPECT_EQ(content(), fileWith("SavePath=\\新\\?\\\n" + (saved.empty() ? lines : saved)));
   }
@@ -166,12 +166,12 @@ TEST_F(ExportSettingsFile, ABadValueEndsTheLoadWithABoxAndLeavesTheRestUnread) {
   for (const auto& [line, reason, expected] : cases) {
     write(fileWith(line));
     EXPECT_EQ(shown(load()), expected);
-    EXPECT_EQ(content(), fileWith(line));  // nothing behind it was filled in, the value is kept
+    EXPECT_EQ(content(), fileWith(line));  // the bad value is kept, and no default is written
     EXPECT_EQ(window.takeBoxes(),
               "初始化导出档案参数出错! Error-" + reason + " | Orvane成果导出\n");
     EXPECT_EQ(station.takeLog(), "");
   }
-  SaveExportSettings(load());  // a close behind a failed load writes the settings as they stand
+  SaveExportSettings(load());  // a close after a failed load writes the current settings
   EXPECT_EQ(content(), fileWith("IsMutiPage=False\nCompressionRatios=0\nReNameFormat=\nReNameSp1=\n"
                                 "ReNameSp2=\nLiuShuiHao=3\nIsCreateDocFolder=False"));
 }

@@ -26,7 +26,7 @@ class Ini : public testing::Test {
   std::wstring iniFile = station.path(L"data.ini");
 };
 
-TEST_F(Ini, ReadsWhatStandsBehindTheEqualsSign) {
+TEST_F(Ini, ReadsTheValueAfterTheEqualsSign) {
   const std::string before =
       "stray=outside\r\n[Commit]\r\n; a=comment\r\na = plain text \r\nno equals\r\n"
       "b=\"  quoted \"\r\nc='single'\r\nd=\"open\r\ne==x=y;z\r\nA=second\r\n\xBC\xFC=\xD6\xB5\n"
@@ -44,13 +44,13 @@ TEST_F(Ini, ReadsWhatStandsBehindTheEqualsSign) {
                {L"Other", L"LF", L"1"},
                {fromAnsi("\x81]x"), L"closing", L"trail byte"}};
   for (const auto& c : cases) EXPECT_EQ(read(c.section, c.key), c.value);
-  EXPECT_EQ(content(), before);  // a value that is there is never written
+  EXPECT_EQ(content(), before);  // reading an existing value writes nothing
   for (const wchar_t* key : {L"stray", L"; a", L"no equals", L"a2", L"lf"}) {
     EXPECT_EQ(read(L"Commit", key, L"d"), L"d") << toUtf8(key);
   }
 }
 
-TEST_F(Ini, ChangesOneLineAndLeavesEveryOtherByteAlone) {
+TEST_F(Ini, ChangesOneLineAndKeepsEveryOtherByte) {
   const struct {
     std::string before;
     std::wstring section, key, value;
@@ -63,7 +63,7 @@ TEST_F(Ini, ChangesOneLineAndLeavesEveryOtherByteAlone) {
       {"[S]\na=1", L"T", L"k", L"v", "[S]\na=1\n[T]\nk=v\n"},
       {"junk \xFF\x01\n[S\nk=0\n[S]\nk=1\nk=2\n[S]\nk=3\n", L"S", L"k", L"9",
        "junk \xFF\x01\n[S\nk=0\n[S]\nk=9\nk=2\n[S]\nk=3\n"},
-      // Two characters whose second bytes are an "A" and an "a" are two keys.
+      // Two characters whose trail bytes are "A" and "a" are different keys.
       {"[S]\n\201A=1\n\201a=2\n", L"S", fromAnsi("\201a"), L"9", "[S]\n\201A=1\n\201a=9\n"}};
   for (const auto& c : cases) {
     station.write("data.ini", c.before);
@@ -75,7 +75,7 @@ TEST_F(Ini, ChangesOneLineAndLeavesEveryOtherByteAlone) {
   }
 }
 
-TEST_F(Ini, AMissingOrEmptyKeyIsFilledWithItsDefault) {
+TEST_F(Ini, AMissingOrEmptyKeyGetsItsDefault) {
   station.write("data.ini", "[Commit]\r\nSp1=   \r\nSp2=\"\"\r\n");
   EXPECT_EQ(read(L"Commit", L"Sp1", L"-") + read(L"Commit", L"Sp2", L"_") +
                 read(L"Commit", L"LiuShuiHao", L"3") + read(L"Setting", L"SavePath"),
@@ -87,13 +87,13 @@ TEST_F(Ini, AValueIsCutAt1023BytesAndAtANul) {
   const std::wstring longest = std::wstring(511, L'甲') + L"x";  // 1023 bytes
   write(L"S", L"k", longest + L"y");
   EXPECT_EQ(read(L"S", L"k"), longest);
-  write(L"S", L"k", std::wstring(600, L'甲'));  // the cut falls into a character
+  write(L"S", L"k", std::wstring(600, L'甲'));  // the limit is inside a character
   EXPECT_EQ(read(L"S", L"k"), std::wstring(511, L'甲'));
   station.write("data.ini", std::string("[S]\nk=ab\0cd\n", 12));
   EXPECT_EQ(read(L"S", L"k"), L"ab");
 }
 
-TEST_F(Ini, TextsComeBackAsTheCodePageHoldsThem) {
+TEST_F(Ini, ParametersAreConvertedThroughTheCodePage) {
   std::wstring section = L"S\u301C", key = L"k\r\n[T]", value = L"扫\U0001F600";
   value += std::wstring(L"\0cut", 4);
   mdlINI::WriteIniValue(iniFile, section, key, value);
@@ -103,7 +103,7 @@ TEST_F(Ini, TextsComeBackAsTheCodePageHoldsThem) {
   EXPECT_EQ(mdlINI::ReadIniValue(iniFile, section, section, defaultValue) + defaultValue, L"??");
 }
 
-TEST_F(Ini, TheFileIsReplacedWithItsPermissionsAndBehindItsLink) {
+TEST_F(Ini, AReplacedFileKeepsItsPermissionsAndTheLinkToIt) {
   station.write("elsewhere/real.ini", "[S]\nk=1\n");
   station.shell(
       "ln -s elsewhere/real.ini data.ini; cd elsewhere; chmod 640 real.ini; ln real.ini old; "
@@ -113,7 +113,7 @@ TEST_F(Ini, TheFileIsReplacedWithItsPermissionsAndBehindItsLink) {
             "symbolic link\nold\nreal.ini\nreal.ini.new\n640\n[S]\nk=1\n[S]\nk=2\nof a stranger\n");
 }
 
-TEST_F(Ini, WhatCannotBeWrittenStaysAsItWas) {
+TEST_F(Ini, AFileThatCannotBeWrittenStaysUnchanged) {
   station.write("data.ini", "[S]\nk=1\n");
   station.shell("chmod 777 .; chmod 444 data.ini; truncate -s 65M large.ini");
   {
@@ -121,7 +121,7 @@ TEST_F(Ini, WhatCannotBeWrittenStaysAsItWas) {
     write(L"S", L"k", L"2");
     EXPECT_EQ(read(L"S", L"other", L"d"), L"d");
   }
-  // Nor is a folder or a file too large to be one of ours replaced, nor a folder made.
+  // A folder or an implausibly large file is not replaced, and no folder is created.
   const std::pair<std::wstring, std::wstring> cases[] = {
       {L"", L"d"}, {L"large.ini", L""}, {L"no-folder\\data.ini", L"d"}};
   for (const auto& [path, value] : cases) {
@@ -132,7 +132,7 @@ TEST_F(Ini, WhatCannotBeWrittenStaysAsItWas) {
             "data.ini\nlarge.ini\n68157440\n[S]\nk=1\n");
 }
 
-TEST_F(Ini, AReadThatFailsForOnceDoesNotPutTheDefaultOverTheValue) {
+TEST_F(Ini, AFailedReadDoesNotOverwriteTheValueWithTheDefault) {
   struct FailsOnce : FileSystemObject {
     std::string ReadFile(const std::wstring& path) override {
       return ++reads == 1 ? throw Failure("input/output error") : FileSystemObject::ReadFile(path);
