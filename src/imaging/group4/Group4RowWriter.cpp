@@ -9,23 +9,14 @@
 namespace orvane::group4 {
 namespace {
 
-constexpr std::array<Code, kWhiteRuns.size()> codesOf(const RunCodes& texts) {
-  std::array<Code, kWhiteRuns.size()> codes{};
-  for (std::size_t i = 0; i < texts.size(); ++i) codes[i] = codeOf(texts[i]);
-  return codes;
-}
-
-constexpr auto kWhiteCodes = codesOf(kWhiteRuns);
-constexpr auto kBlackCodes = codesOf(kBlackRuns);
-
 constexpr auto kVerticalCodes = [] {
   std::array<Code, kVertical.size()> codes{};
-  for (std::size_t i = 0; i < codes.size(); ++i) codes[i] = codeOf(kVertical[i]);
+  std::ranges::transform(kVertical, codes.begin(), codeOf);
   return codes;
 }();
 
-// A row takes at most 7 bits a changing element (or 6 a pixel in runs), and 4 for every two
-// elements that it passes: below 10 bits a pixel.
+// A row takes at most 7 bits for a changing element (or 6 for a pixel in runs), and 4 for every two
+// elements that it passes: less than 10 bits for a pixel.
 std::size_t mostRowBytes(std::int32_t width) {
   return static_cast<std::size_t>(width) * 10 / 8 + 64;
 }
@@ -35,7 +26,7 @@ void put(BitWriter& bits, Code code) {
 }
 
 void putRun(BitWriter& bits, bool black, std::int32_t run) {
-  const auto& codes = black ? kBlackCodes : kWhiteCodes;
+  const RunCodes& codes = kRunCodes[black];
   const auto makeUp = [&codes](std::int32_t units) {
     return codes[static_cast<std::size_t>(kMakeUpUnit + units - 1)];
   };

@@ -11,22 +11,21 @@ class Group4RowWriter {
   /// Adds `row`, coded against `reference` (white for the first row of a strip).
   void writeRow(const ChangingElements& reference, const ChangingElements& row);
 
-  /// Adds rows that are coded already: the bits `from` to `to` of `strip`.
+  /// Adds coded rows: the bits `from` to `to` of `strip`.
   void copyRows(ByteView strip, std::size_t from, std::size_t to);
 
-  /// Adds `count` times the same row, the first time coded against `reference`.
+  /// Adds `row` `count` times, the first time coded against `reference`.
   void repeatRow(const ChangingElements& reference, const ChangingElements& row,
                  std::uint32_t count);
 
-  /// Adds the end of block and hands the strip over.
+  /// Adds an end-of-block and returns the strip.
   Bytes finish();
 
  private:
   BitWriter bits_;
 };
 
-/// Ends a strip whose rows take `bits` bits in one end of block, in place of whatever comes after
-/// them.
+/// Replaces whatever follows the rows of a strip, which take `bits` bits, by one end-of-block.
 void endStrip(Bytes& strip, std::size_t bits);
 
 }  // namespace orvane::group4

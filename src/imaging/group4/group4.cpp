@@ -1,105 +1,29 @@
 #include "imaging/group4/group4.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "foundation/Failure.h"
 #include "imaging/group4/ChangingElements.h"
-#include "imaging/group4/Group4LenientReader.h"
 #include "imaging/group4/Group4RowReader.h"
 #include "imaging/group4/Group4RowWriter.h"
 #include "imaging/raster/EncodedImage.h"
+#include "imaging/raster/bit_streams.h"
 
-namespace orvane::group4 {
+namespace orvane {
 namespace {
 
-/// Wider than any paper at any resolution; a row's changing elements then take 64 MiB at most.
-inline constexpr std::uint32_t kMostWidth = 1u << 24;
+using namespace group4;
 
-/// A strip that has been read from end to end.
-struct Group4Strip {
-  std::optional<std::string> damage;  ///< what follows holds only for a strip without damage
-  std::uint32_t rows = 0;     ///< coded; an end of block may come before the strip's last row
-  bool isStandard = true;     ///< false: read by the lenient reader, and what follows is not known
-  ChangingElements firstRow;  ///< both are white when no row is coded
-  ChangingElements lastRow;
-  std::size_t firstRowEnd = 0;  ///< in bits from the strip's begin
-  std::size_t lastRowEnd = 0;
-};
+// Wider than any paper at any resolution; the changing elements of a row take at most 64 MiB.
+constexpr std::uint32_t kMostWidth = 1u << 24;
 
-/// Reads strip `index` of an image that `findLayoutDamage` has passed.
-Group4Strip readStrip(const EncodedImage& image, std::size_t index);
-
-/// The rows that strip `index` has room for; the last strip of an image may be shorter.
-std::uint32_t rowsOfStrip(const EncodedImage& image, std::size_t index);
-
-/// What is wrong with an image before any code is read: not bilevel, no or too many pixels in a
-/// row, missing strips.
-std::optional<std::string> findLayoutDamage(const EncodedImage& image);
-
-/// What stands after the rows that could be read.
-struct RowsEnd {
-  std::uint32_t rows;  ///< read whole
-  RowFault fault;      ///< of the row after them
-  StripEnd end;
-};
-
-// The rows may end early in an end of block, never by a cut.
-std::optional<std::string> damageAt(const RowsEnd& at, std::uint64_t rowsBefore) {
-  const std::uint64_t row = rowsBefore + at.rows;
-  if (at.fault == RowFault::None) {
-    if (at.end != StripEnd::Data) return std::nullopt;
-    return "row " + std::to_string(row) + ": other data than an end of block follows";
-  }
-  if (at.fault == RowFault::EndOfBlock && at.end == StripEnd::EndOfBlock) return std::nullopt;
-  return "row " + std::to_string(row + 1) + ": " + describe(at.fault);
-}
-
-RowsEnd readStrictly(ByteView data, std::uint32_t rows, Group4Strip& strip) {
-  ChangingElements spare = strip.lastRow;
-  Group4RowReader reader(data);
-  RowFault fault = reader.readRows(1, strip.lastRow, spare);
-  if (fault == RowFault::None) {
-    strip.firstRow = strip.lastRow;
-    strip.firstRowEnd = reader.position();
-    fault = reader.readRows(rows - 1, strip.lastRow, spare);
-  }
-  // A row with a fault has changed places with the one before it.
-  if (fault != RowFault::None) std::swap(strip.lastRow, spare);
-  strip.lastRowEnd = reader.position();
-  return {reader.rowsRead() - (fault == RowFault::None ? 0 : 1), fault, reader.end()};
-}
-
-std::uint32_t rowsOfStrip(const EncodedImage& image, std::size_t index) {
-  const std::uint64_t before = std::uint64_t{image.rowsPerStrip} * index;
-  return static_cast<std::uint32_t>(
-      std::min<std::uint64_t>(image.rowsPerStrip, image.height - before));
-}
-
-Group4Strip readStrip(const EncodedImage& image, std::size_t index) {
-  const Bytes& data = image.strips[index];
-  const auto width = static_cast<std::int32_t>(image.width);
-  const std::size_t mostChanges = Group4RowReader::mostChanges(width, data.size());
-  const std::uint64_t rowsBefore = std::uint64_t{image.rowsPerStrip} * index;
-  const std::uint32_t rows = rowsOfStrip(image, index);
-  Group4Strip strip{.damage = std::nullopt,
-                    .firstRow = ChangingElements(width, mostChanges),
-                    .lastRow = ChangingElements(width, mostChanges)};
-  RowsEnd end = readStrictly(data, rows, strip);
-  strip.damage = damageAt(end, rowsBefore);
-  if (strip.damage) {
-    const LenientReading lenient = readLeniently(data, width, rows);
-    end = {lenient.rows, lenient.fault, lenient.end};
-    strip.damage = damageAt(end, rowsBefore);
-    strip.isStandard = false;
-  }
-  strip.rows = end.rows;
-  return strip;
-}
-
+// What is wrong with an image before any code is read.
 std::optional<std::string> findLayoutDamage(const EncodedImage& image) {
   if (image.compression != Compression::Group4 || image.bitsPerSample != 1 ||
       image.samplesPerPixel != 1) {
@@ -114,19 +38,69 @@ std::optional<std::string> findLayoutDamage(const EncodedImage& image) {
   return std::nullopt;
 }
 
-}  // namespace
+// The rows that strip `index` has room for; the last strip of an image may be shorter.
+std::uint32_t rowsOfStrip(const EncodedImage& image, std::size_t index) {
+  const std::uint64_t before = std::uint64_t{image.rowsPerStrip} * index;
+  return static_cast<std::uint32_t>(
+      std::min<std::uint64_t>(image.rowsPerStrip, image.height - before));
+}
 
-}  // namespace orvane::group4
+// A strip that has been read from end to end.
+struct Strip {
+  std::optional<std::string> damage;  // the other members are valid without damage only
+  std::uint32_t rows = 0;             // coded; an end-of-block may come before the strip's last row
+  bool isStandard = true;     // false: accepted by readLeniently only; the rest is not known
+  ChangingElements firstRow;  // both are white when no row is coded
+  ChangingElements lastRow;
+  std::size_t firstRowEnd = 0;  // in bits from the beginning of the strip
+  std::size_t lastRowEnd = 0;
+};
 
-namespace orvane {
+// The rows may end early in an end-of-block, never because the data is cut.
+std::optional<std::string> damageAt(const RowsEnd& at, std::uint64_t rowsBefore) {
+  const std::uint64_t row = rowsBefore + at.rows;
+  if (at.fault == RowFault::None) {
+    if (at.end != StripEnd::Data) return std::nullopt;
+    return "row " + std::to_string(row) + ": other data than an end of block follows";
+  }
+  if (at.fault == RowFault::EndOfBlock && at.end == StripEnd::EndOfBlock) return std::nullopt;
+  return "row " + std::to_string(row + 1) + ": " + describe(at.fault);
+}
 
-using group4::ChangingElements;
-using group4::Group4RowWriter;
-using group4::Group4Strip;
+RowsEnd readStrictly(ByteView data, std::uint32_t rows, Strip& strip) {
+  ChangingElements spare = strip.lastRow;
+  Group4RowReader reader(data);
+  RowFault fault = reader.readRows(1, strip.lastRow, spare);
+  if (fault == RowFault::None) {
+    strip.firstRow = strip.lastRow;
+    strip.firstRowEnd = reader.position();
+    fault = reader.readRows(rows - 1, strip.lastRow, spare);
+  }
+  if (fault != RowFault::None) std::swap(strip.lastRow, spare);
+  strip.lastRowEnd = reader.position();
+  return reader.end(fault);
+}
 
-namespace {
+// Reads strip `index` of an image whose layout is not damaged.
+Strip readStrip(const EncodedImage& image, std::size_t index) {
+  const Bytes& data = image.strips[index];
+  const auto width = static_cast<std::int32_t>(image.width);
+  const std::uint64_t rowsBefore = std::uint64_t{image.rowsPerStrip} * index;
+  const std::uint32_t rows = rowsOfStrip(image, index);
+  const ChangingElements white(width, Group4RowReader::mostChanges(width, data.size()));
+  Strip strip{.damage = std::nullopt, .firstRow = white, .lastRow = white};
+  RowsEnd end = readStrictly(data, rows, strip);
+  strip.damage = damageAt(end, rowsBefore);
+  if (strip.damage) {
+    end = readLeniently(data, width, rows);
+    strip.damage = damageAt(end, rowsBefore);
+    strip.isStandard = false;
+  }
+  strip.rows = end.rows;
+  return strip;
+}
 
-// A blank row as the page shows it: paper, which has the highest value where 0 is black.
+// A row that the page shows as paper: black runs, which are 1 bits, where 0 means black.
 ChangingElements paperRow(const EncodedImage& image) {
   ChangingElements row(static_cast<std::int32_t>(image.width), 1);
   if (image.photometric == Photometric::MinIsBlack) {
@@ -136,7 +110,7 @@ ChangingElements paperRow(const EncodedImage& image) {
   return row;
 }
 
-/// Copies the rows of strips that have been read, each strip for itself or one after the other.
+// Copies the rows of strips that have been read, each strip separately or all of them joined.
 class StripCopier {
  public:
   StripCopier(EncodedImage& image, Group4Form form)
@@ -145,13 +119,13 @@ class StripCopier {
         paper_(paperRow(image)),
         lastRow_(paper_.width(), 0) {}
 
-  void copy(std::size_t index, Group4Strip strip) {
-    const std::uint32_t missing = group4::rowsOfStrip(image_, index) - strip.rows;
+  void copy(std::size_t index, Strip strip) {
+    const std::uint32_t missing = rowsOfStrip(image_, index) - strip.rows;
     Bytes& data = image_.strips[index];
     if (joins_) {
       join(data, std::move(strip), missing);
     } else if (missing == 0) {
-      group4::endStrip(data, strip.lastRowEnd);
+      endStrip(data, strip.lastRowEnd);
     } else {
       writer_.copyRows(data, 0, strip.lastRowEnd);
       writer_.repeatRow(strip.lastRow, paper_, missing);
@@ -165,9 +139,9 @@ class StripCopier {
   }
 
  private:
-  // Only the first row of a strip depends on where the strip begins: it was coded against white and
+  // Only the first row of a strip depends on the strip's beginning: it is coded against white. It
   // is coded again, against the last row of the strip before. All other rows keep their bits.
-  void join(ByteView data, Group4Strip strip, std::uint32_t missing) {
+  void join(ByteView data, Strip strip, std::uint32_t missing) {
     if (strip.rows > 0) {
       writer_.writeRow(lastRow_, strip.firstRow);
       writer_.copyRows(data, strip.firstRowEnd, strip.lastRowEnd);
@@ -192,20 +166,59 @@ Group4Copy damaged(std::string reason) {
   return copy;
 }
 
+constexpr std::int32_t kWordBits = 64;
+
+// Appends the positions of the set bits of `changes`; the highest bit is position `base`.
+std::int32_t* appendPositions(std::uint64_t changes, std::int32_t base, std::int32_t* out) {
+  while (changes != 0) {
+    const int place = std::countl_zero(changes);
+    *out++ = base + place;
+    changes ^= std::uint64_t{1} << 63 >> place;
+  }
+  return out;
+}
+
+// The last `bits` pixels of a row, padded with zeros.
+std::uint64_t loadLastWord(const std::uint8_t* at, std::int32_t bits) {
+  std::uint8_t padded[8] = {};
+  std::memcpy(padded, at, static_cast<std::size_t>((bits + 7) / 8));
+  return loadBigEndian64(padded) >> (kWordBits - bits) << (kWordBits - bits);
+}
+
+// Finds the changing elements of a row of 1-bit pixels, of which the first is in the highest bit; 0
+// is white. `row` needs room for a change at every pixel.
+void scanChanges(const std::uint8_t* pixels, ChangingElements& row) {
+  const std::int32_t width = row.width();
+  std::int32_t* out = row.first();
+  std::uint64_t lastPixel = 0;  // of the word before, in the highest bit
+  std::int32_t x = 0;
+  for (; width - x >= kWordBits; x += kWordBits, pixels += sizeof(std::uint64_t)) {
+    const std::uint64_t word = loadBigEndian64(pixels);
+    out = appendPositions(word ^ (word >> 1 | lastPixel), x, out);
+    lastPixel = word << 63;
+  }
+  if (x < width) {
+    const std::uint64_t word = loadLastWord(pixels, width - x);
+    out = appendPositions(word ^ (word >> 1 | lastPixel), x, out);
+    if (out != row.first() && out[-1] == width) --out;
+  }
+  row.finish(static_cast<std::size_t>(out - row.first()));
+}
+
 }  // namespace
 
 Group4Copy copyGroup4(EncodedImage image, Group4Form form) {
-  if (auto damage = group4::findLayoutDamage(image)) return damaged(*std::move(damage));
+  if (auto damage = findLayoutDamage(image)) return damaged(*std::move(damage));
   Group4Copy copy;
   StripCopier copier(image, form);
   bool isStandard = true, hasEnded = false;
   for (std::size_t i = 0; i < image.strips.size(); ++i) {
-    Group4Strip strip = group4::readStrip(image, i);
+    Strip strip = readStrip(image, i);
     if (strip.damage) return damaged(*std::move(strip.damage));
     if (hasEnded && strip.rows > 0) {
       return damaged("rows are missing before strip " + std::to_string(i + 1));
     }
-    hasEnded = hasEnded || strip.rows < group4::rowsOfStrip(image, i);
+    hasEnded = hasEnded || strip.rows < rowsOfStrip(image, i);
     copy.codedRows.push_back(strip.rows);
     isStandard = isStandard && strip.isStandard;
     if (isStandard) copier.copy(i, std::move(strip));
@@ -222,7 +235,7 @@ EncodedImage encodeGroup4(const Raster& raster) {
       raster.model == ColourModel::Palette) {
     throw Failure("Group 4 holds bilevel pages only");
   }
-  if (raster.width > group4::kMostWidth) throw Failure("page is too wide for Group 4");
+  if (raster.width > kMostWidth) throw Failure("page is too wide for Group 4");
   image.compression = Compression::Group4;
   image.rowsPerStrip = raster.height;
   const auto width = static_cast<std::int32_t>(raster.width);
@@ -230,7 +243,7 @@ EncodedImage encodeGroup4(const Raster& raster) {
   ChangingElements row(width, raster.width);
   Group4RowWriter writer;
   for (std::uint32_t y = 0; y < raster.height; ++y) {
-    group4::scanChanges(raster.row(y), row);
+    scanChanges(raster.row(y), row);
     writer.writeRow(reference, row);
     std::swap(reference, row);
   }
