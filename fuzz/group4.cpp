@@ -1,5 +1,6 @@
-// The walk over a Group 4 strip. Whatever makes libtiff complain about a coded row must be damage,
-// what it takes is only refused for what follows, and a strip that is copied must keep its pixels.
+// Reads and copies a Group 4 strip. If libtiff reports a coded row, we must report damage. We
+// refuse rows that libtiff accepts only because of the data after them. A copy must have the same
+// pixels.
 #include "imaging/group4/group4.h"
 
 #include "fuzz/Workshop.h"
@@ -20,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (copy.damage) {
     const bool isLeftOver = copy.damage->find("other data") != std::string::npos;
     fuzz::require(isLeftOver || !test::readWithLibtiff(image).messages.empty(),
-                  "we refused what libtiff takes");
+                  "we refused what libtiff accepts");
     return 0;
   }
   if (!copy.image) return 0;

@@ -28,8 +28,8 @@
 //   7  white   8  8    1 (V0)           a1 = b1 = 8, the width: the row is complete
 //
 // An element more than 3 pixels from b1 is written in horizontal mode: 001 and the lengths of the
-// next two runs. The reference line itself, coded against a white row, is 001 with white 1 and
-// black 2, 001 with white 2 and black 2, and V0.
+// next two runs. The reference line itself, coded against a white line, begins with 001 for white 1
+// and black 2; its other elements are at most 3 pixels from b1 = 8: VL3, VL1 and V0.
 //
 // After a vertical code b1 is the next element of the reference line, unless elements are so near
 // to each other that it must skip or step back. After a pass code it is two elements further on.
@@ -39,7 +39,7 @@ namespace {
 
 bool nextIs(const BitReader& bits, std::string_view text) {
   const Code code = codeOf(text);
-  return bits.bits() >> (64 - code.length) == code.bits;
+  return bits.bits() >> 1 >> (63 - code.length) == code.bits;  // also defined for no bits at all
 }
 
 // Skips an end-of-line code and any zeros before it; false for another code. The bits left must not

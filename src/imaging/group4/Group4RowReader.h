@@ -65,8 +65,8 @@ class Group4RowReader {
 /// Reads up to `rows` rows of a strip and accepts every code that libtiff accepts without a
 /// warning, also where ITU-T T.6 does not allow it: runs of length 0 between others, two changing
 /// elements at one position, a row that ends in a pass code, a last code without its trailing
-/// zeros. Encoders in use write some of these, and readers differ in what they make of them; so a
-/// strip that only this function accepts has to be decoded by libtiff.
+/// zeros. Encoders in use write some of these, and readers interpret them differently; so a strip
+/// that only this function accepts has to be decoded by libtiff.
 RowsEnd readLeniently(ByteView strip, std::int32_t width, std::uint32_t rows);
 
 }  // namespace orvane::group4

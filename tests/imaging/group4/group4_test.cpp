@@ -18,7 +18,7 @@ int pagesPerKind() {
   return pages != nullptr ? std::atoi(pages) : 30;
 }
 
-// Calls `visit` with each page of the corpus and a source of numbers for the rest of its test.
+// Calls `visit` with each page of the corpus and a random generator for the rest of the test.
 template <typename Visit>
 void forEachPage(Visit visit) {
   for (const std::uint32_t longestRun : {1, 3, 20, 300, 10000}) {
@@ -94,8 +94,9 @@ TEST(Group4, RowsThatWereNeverCodedArePaperUnlessOthersFollow) {
   });
 }
 
-// Of a stream that both accept the rows must be the same: read as strips of one row, every row is
-// written again when they are joined. What libtiff accepts is only refused for what follows it.
+// Rows that both readers accept must have the same pixels: if each strip is one row, every row is
+// coded again when the strips are joined. We refuse rows that libtiff accepts only because of the
+// data after them.
 TEST(Group4, NoticesAllDamageThatLibtiffNotices) {
   int noticedByLibtiff = 0, accepted = 0;
   forEachPage([&](const Raster& page, Random& random) {
@@ -133,7 +134,7 @@ Bytes bytesOf(std::string bits) {
 
 const Raster kBlank = emptyRaster(Raster{}, 8, 2);
 
-// What becomes of a strip, and with how many rows.
+// What is done with a strip, and its number of coded rows.
 std::string outcomeOf(const Group4Copy& copy) {
   if (copy.damage) return *copy.damage;
   return (copy.image ? "copied " : "decoded ") + std::to_string(copy.codedRows.at(0));
@@ -143,11 +144,22 @@ TEST(Group4, CopiesRowsAndNotWhatFollowsOrNamesTheRowAndTheDamage) {
   const std::string eol = "000000000001", eofb = eol + eol;
   const std::string row = "001 1000 10 1";  // 3 white, 3 black, 2 white: 8 pixels
   const std::string two = row + "1 1 1", one = row + "0001 1";
+  // The two lines of eight pixels that are explained at the head of the reader.
+  const std::string lines = "001 000111 11 0000010 010 1  011 011 0001 1";
+  const std::string lastPixel = "001 1111 010";  // the last pixel is black
   const struct {
     std::string bits, outcome, copy;
   } cases[] = {
       {two + eofb, "copied 2", two},
       {two, "copied 2", two},
+      {lines + eofb, "copied 2", lines},
+      {lastPixel + "1 1", "copied 2", lastPixel + "1 1"},
+      {lastPixel + "011", "copied 2", lastPixel + "011"},
+      {lastPixel + "000011", "row 2: a run passes the width", ""},
+      {one, "copied 2", one},
+      {"1 1", "copied 2", "1 1"},
+      {"1" + eofb, "copied 1", "1 1"},
+      {"1 1 1", "row 2: other data than an end of block", ""},
       {two + eol, "copied 2", two},
       {two + "00000000" + eol + "000" + eol + "0000", "copied 2", two},
       {two + eofb + "0000000000000 1" + eol + eol, "copied 2", two},
@@ -166,15 +178,16 @@ TEST(Group4, CopiesRowsAndNotWhatFollowsOrNamesTheRowAndTheDamage) {
       {"011", "row 1: a run passes the width", ""},
       {"001 000000011111 00110101 010", "row 1: a run passes the width", ""},
       {row + "000011 0000010 1", "row 2: a run goes backwards", ""},
-      // Encoders in use write these; T.6 does not know them, and PDF readers take them differently.
-      {row + "000011 010 1", "decoded 2", ""},                            // no pixel between two
+      // Encoders in use write these. T.6 does not allow them; PDF readers interpret them
+      // differently.
+      {row + "000011 010 1", "decoded 2", ""},  // two elements at one position
       {row + "001 0111 0000110111 1 1 1" + eofb + "1", "decoded 2", ""},  // a black run of 0
       {"001 00110101 0000110111 1"
        "1 1",
-       "decoded 2", ""},  // two runs of 0 in front
+       "decoded 2", ""},  // two runs of 0 first
       {"001 00110101 0000110111 1" + eofb, "decoded 1", ""},
-      {row + "0001 0001", "decoded 2", ""},                 // pass to the row's end
-      {"001 0111 0010 000011 001 010 1", "decoded 2", ""},  // white 3 without its 000
+      {row + "0001 0001", "decoded 2", ""},                 // ends in a pass code
+      {"001 0111 0010 000011 001 010 1", "decoded 2", ""},  // white 3 (1000) without its 000
       {row + "000011 010 1 1", "row 2: other data than an end of block", ""},
   };
   for (const auto& [bits, outcome, rows] : cases) {
@@ -187,6 +200,17 @@ TEST(Group4, CopiesRowsAndNotWhatFollowsOrNamesTheRowAndTheDamage) {
     } else if (!copy.damage) {
       EXPECT_EQ(readWithLibtiff(image, false, copy.codedRows).messages, "") << bits;
     }
+  }
+}
+
+TEST(Group4, BlankRowsEndWithThePageOrWithTheirBits) {
+  for (const std::uint32_t rows : {1, 55, 56, 57, 63, 64, 200}) {
+    EncodedImage image = encodeGroup4(emptyRaster(Raster{}, 8, rows));
+    EXPECT_EQ(copyGroup4(image, Group4Form::Strips).image.value().strips, image.strips) << rows;
+    ++image.height, ++image.rowsPerStrip;
+    const Group4Copy copy = copyGroup4(image, Group4Form::Strips);
+    EXPECT_EQ(copy.codedRows, StripRows{rows}) << copy.damage.value_or("");
+    EXPECT_EQ(copy.image.value().strips, encodeGroup4(emptyRaster(Raster{}, 8, rows + 1)).strips);
   }
 }
 
