@@ -9,7 +9,8 @@
 namespace orvane {
 namespace {
 
-// A screen reader asks again for a line that it has lost; a night's run has a million of them.
+// Interfaces are dropped beyond this number, because a list can have a million lines. A screen
+// reader asks for a lost line again.
 constexpr std::size_t kMostKept = 4096;
 
 class AccessibleLine : public QAccessibleInterface {
@@ -85,7 +86,7 @@ class AccessibleList : public QAccessibleWidget {
     return list_.hasFocus() ? child(list_.currentIndex().row()) : nullptr;
   }
 
-  // The list has its tool tip from the place that it is in.
+  // The tool tip belongs to the ProgressListBox around the list.
   QString text(QAccessible::Text kind) const override {
     if (kind != QAccessible::Description) return QAccessibleWidget::text(kind);
     return list_.parentWidget()->toolTip();
@@ -98,7 +99,7 @@ class AccessibleList : public QAccessibleWidget {
   }
 
   ProgressListView& list_;
-  mutable std::unordered_map<int, QAccessible::Id> lines_;  ///< those that were asked for
+  mutable std::unordered_map<int, QAccessible::Id> lines_;  ///< by row; only those requested
 };
 
 }  // namespace

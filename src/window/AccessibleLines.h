@@ -4,8 +4,8 @@
 
 namespace orvane {
 
-/// A factory for `QAccessible::installFactory`: what a screen reader sees of a ProgressListView is
-/// a list of lines. (Qt knows the rows of its own views only.)
+/// A factory for `QAccessible::installFactory` that presents a ProgressListView to screen readers
+/// as a list of lines. (Qt's own factory supports only the views of Qt.)
 QAccessibleInterface* accessibleLines(const QString& className, QObject* object);
 
 }  // namespace orvane

@@ -44,8 +44,8 @@ QString nearestFolder(QString path) {
   return QDir::cleanPath(path);
 }
 
-/// The home folder, the volumes and the file system, each with the folders inside it. What is
-/// inside a folder is read when its item is opened.
+/// The home folder, the volumes and the root folder, each with its sub-folders. The sub-folders of
+/// a folder are read when its item is expanded.
 class FolderTree : public QTreeWidget {
  public:
   explicit FolderTree(QWidget* parent) : QTreeWidget(parent) {
@@ -63,7 +63,7 @@ class FolderTree : public QTreeWidget {
 
   QString currentFolder() const { return folderOf(currentItem()); }
 
-  /// Opens what is above a folder and makes it the current one.
+  /// Expands the folders above `folder` and makes it the current one.
   void goTo(const QString& folder) {
     QTreeWidgetItem* item = placeAbove(folder);
     QString path = folderOf(item);
@@ -78,7 +78,7 @@ class FolderTree : public QTreeWidget {
   }
 
  protected:
-  // Enter is the dialog's.
+  // Enter belongs to the dialog.
   void keyPressEvent(QKeyEvent* event) override {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) return event->ignore();
     QTreeWidget::keyPressEvent(event);
@@ -108,8 +108,8 @@ class FolderTree : public QTreeWidget {
     return item;
   }
 
-  /// The item inside `parent` of this folder; made now for one that the listing has left out: a
-  /// hidden folder, or one that is newer.
+  /// The item of `folder` inside `parent`. A hidden folder, or one created after the listing, has
+  /// no item yet and gets one.
   static QTreeWidgetItem* child(QTreeWidgetItem* parent, const QString& folder) {
     for (int i = 0; i < parent->childCount(); ++i) {
       if (folderOf(parent->child(i)) == folder) return parent->child(i);
@@ -126,7 +126,8 @@ class FolderTree : public QTreeWidget {
       item->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);
   }
 
-  /// The place with the longest path that leads to `folder`; the file system leads to every one.
+  /// The top-level item with the longest path that contains `folder`. The last item, the root
+  /// folder, contains every folder.
   QTreeWidgetItem* placeAbove(const QString& folder) const {
     QTreeWidgetItem* best = topLevelItem(topLevelItemCount() - 1);
     for (int i = 0; i + 1 < topLevelItemCount(); ++i) {
@@ -138,7 +139,7 @@ class FolderTree : public QTreeWidget {
   }
 };
 
-/// The tree, below it the path of the folder that 确定 takes; a path can be typed there too.
+/// The tree, and below it the path that 确定 accepts, which can also be typed.
 class FolderChooser : public QDialog {
  public:
   FolderChooser(QWidget* owner, const QString& title, const QString& folder)

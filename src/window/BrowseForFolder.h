@@ -6,15 +6,14 @@
 
 namespace orvane {
 
-/// Lets the operator choose a folder of the file system, or make a new one; nothing else can be
-/// changed there. Opens at `sOpenAt`, or at the nearest folder above it that exists, or at home.
-/// Both folders are path texts; the answer is empty for a cancel and after a failure.
+/// Lets the operator choose or create a folder; nothing else can be changed in the dialog. It opens
+/// at `sOpenAt`, at the nearest existing folder above it, or at the home folder. Paths are path
+/// texts. Returns an empty text after a cancel or a failure.
 std::wstring BrowseForFolder(QWidget* hOwner, const std::wstring& sTitle,
                              const std::wstring& sOpenAt);
 
-/// The native paths of what is mounted under /media, /run/media and /mnt, by a table of
-/// getmntent(3). The volumes themselves are not asked: a network disk that is gone would not
-/// answer.
+/// The native paths of the volumes mounted under /media, /run/media and /mnt, from a table of
+/// getmntent(3). The volumes are not accessed, because an unreachable network disk would block.
 QStringList mountedVolumes(const char* table = "/proc/self/mounts");
 
 }  // namespace orvane

@@ -49,7 +49,7 @@ constexpr ControlRow kControls[] = {
     {"btnStop", "", Button, L"停止", 2040, 8760, 1455, 735, 41},
     {"btnExit", "", Button, L"退出", 3840, 8760, 1455, 735, 42},
 
-    // The home of the imaging controls, never shown, below the client area.
+    // Below the client area and never shown.
     {"Frame7", "", Frame, L"临时处理的Imaging控件", 120, 9900, 5895, 1095, 43},
 };
 // clang-format on

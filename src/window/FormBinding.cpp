@@ -28,7 +28,7 @@ constexpr std::pair<CheckBox, const char*> kCheckBoxes[] = {
 constexpr std::pair<TextBox, const char*> kTextBoxes[] = {
     {TextBox::Sp1, "txtSp1"}, {TextBox::Sp2, "txtSp2"}, {TextBox::LiuShui, "txtLiuShui"}};
 
-/// Calls `visit(group, button number, widget)` for each option button.
+// Calls `visit(group, button number, widget)` for each option button.
 void forEachOption(const QWidget& window, const auto& visit) {
   for (const auto& [group, name] : kOptionGroups) {
     for (int i = 0; i < kOptionButtons[static_cast<std::size_t>(group)]; ++i) {
@@ -37,8 +37,8 @@ void forEachOption(const QWidget& window, const auto& visit) {
   }
 }
 
-// An exclusive group does not let its button be cleared. Tab stops at the selected button of a
-// group, and the arrow keys go on from there.
+// The button of an exclusive group cannot be cleared. Tab stops at the selected button of a group;
+// the arrow keys move within the group.
 void setOption(QRadioButton& button, bool on, bool isTabStop) {
   const QSignalBlocker blocker(button);
   button.group()->setExclusive(false);
@@ -55,7 +55,8 @@ FormBinding::FormBinding(QWidget& window, ExportForm& form, std::function<void()
   connectTexts();
 }
 
-// Without groups of their own, the buttons of a frame and of the frame inside it are one to Qt.
+// Without explicit groups, Qt would treat the buttons of a frame and of a frame inside it as one
+// group.
 void FormBinding::connectOptions() {
   QButtonGroup* buttons = nullptr;
   forEachOption(window_, [&](OptionGroup group, int i, QRadioButton& button) {

@@ -7,14 +7,14 @@
 
 namespace orvane {
 
-/// Joins the option controls of the window to the form behind them: hands the operator's actions
-/// to the form, and shows the form's state in the controls. Each change is told to `changed`.
+/// Connects the option controls of the window with the form: passes the operator's actions to the
+/// form and shows the form's state in the controls.
 class FormBinding {
  public:
-  /// Both must outlive the binding.
+  /// `window` and `form` must outlive the binding. `changed` is called after each change.
   FormBinding(QWidget& window, ExportForm& form, std::function<void()> changed);
 
-  /// Brings all controls in line with the form.
+  /// Shows the state of the form in all controls.
   void show();
 
  private:

@@ -8,9 +8,9 @@
 
 namespace orvane {
 
-/// The operations that `frmMain` offers to hosts and that no run calls: the page clean-up and the
-/// conversions, on the window's own instances and list. What they do stands with PageCleanup and
-/// DocumentConversion.
+/// The operations that `frmMain` offers to other hosts: page clean-up and conversion, on the
+/// instances and the list of the window. The run does not call them. They are described in
+/// PageCleanup and DocumentConversion.
 class FormOperations {
  public:
   virtual ~FormOperations() = default;

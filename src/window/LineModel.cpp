@@ -8,7 +8,11 @@ namespace {
 
 constexpr std::size_t kLongestReason = 2000;
 constexpr std::size_t kMostBytesWithReasons = 16U << 20;
-constexpr char kBeforeReason = '\xFF';  // which is in no UTF-8
+constexpr char kBeforeReason = '\xFF';  // does not occur in UTF-8
+
+QString fromStore(std::string_view text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
 
 }  // namespace
 
@@ -54,14 +58,6 @@ std::string_view LineStore::text(TextNumber number) const {
   const std::size_t end = number + 1 < starts_.size() ? starts_[number + 1] : bytes_.size();
   return std::string_view(bytes_).substr(start, end - start);
 }
-
-namespace {
-
-QString fromStore(std::string_view text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
-
-}  // namespace
 
 bool LineModel::add(std::wstring_view line, std::wstring_view reason) {
   const int row = rowCount();

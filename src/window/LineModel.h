@@ -9,30 +9,30 @@
 
 namespace orvane {
 
-/// The lines of the progress list. A batch that cannot be exported repeats the same few lines all
-/// night, so each text is kept once, in UTF-8, and a line is only the 32-bit number of its text.
-/// The reason that goes with a line is part of that text. Reasons that are all different could
-/// still fill the memory: each is cut to 2000 characters, and past 16 MiB of texts none is kept.
+/// The lines of the progress list. A batch that cannot be exported repeats a few lines all night,
+/// so each text is stored once, in UTF-8, and a line is the 32-bit number of its text. The reason
+/// of a line is part of the text. Reasons that all differ could still fill the memory, so each is
+/// cut to 2000 characters, and none is stored once the texts exceed 16 MiB.
 class LineStore {
  public:
   LineStore();
   LineStore(const LineStore&) = delete;
   LineStore& operator=(const LineStore&) = delete;
 
-  /// Adds a line at the end, with a reason or none. True when they are new to the store.
+  /// Adds a line at the end. Returns true if its text and reason are new to the store.
   bool add(std::wstring_view line, std::wstring_view reason = {});
   void clear();
 
   std::size_t size() const { return lines_.size(); }
   /// The text of a line in UTF-8, valid until the next change.
   std::string_view line(std::size_t row) const;
-  /// The reason of a line in UTF-8, valid until the next change; empty when it has none.
+  /// The reason of a line in UTF-8, valid until the next change; empty if it has none.
   std::string_view reason(std::size_t row) const;
 
  private:
   using TextNumber = std::uint32_t;
 
-  /// Hashes and compares text numbers by their texts, so that the set stores no text itself.
+  /// Hashes and compares text numbers by their texts, so that the set stores no texts.
   struct ByText {
     using is_transparent = void;
     const LineStore* store;
@@ -44,19 +44,19 @@ class LineStore {
 
   std::string_view text(TextNumber number) const;
 
-  std::string bytes_;                ///< all texts, one behind the other
+  std::string bytes_;                ///< all texts, without separators
   std::vector<std::size_t> starts_;  ///< where each text begins in `bytes_`
   std::vector<TextNumber> lines_;
   std::unordered_set<TextNumber, ByText, ByText> numbers_;
 };
 
-/// The progress lines as a view reads them. The reason of a failed line is its tool tip, and its
-/// description for a screen reader.
+/// The progress lines as a Qt model. The reason of a failed line is its tool tip and its accessible
+/// description.
 class LineModel : public QAbstractListModel {
  public:
   using QAbstractListModel::QAbstractListModel;
 
-  /// Adds a line at the end, with a reason or none. True when they are new.
+  /// Adds a line at the end. Returns true if its text and reason are new.
   bool add(std::wstring_view line, std::wstring_view reason = {});
   void clear();
   QString line(int row) const;

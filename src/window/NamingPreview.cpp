@@ -20,7 +20,7 @@ constexpr std::size_t kLongestShown = 400;
 
 constexpr int kExample = Qt::UserRole;  // the example name of an entry
 
-// As the file system writes it.
+// The native form of a path.
 std::wstring shownPath(const std::wstring& path) {
   std::wstring shown = fromUtf8(nativePath(path).lexically_normal().native());
   if (shown.size() > kLongestShown) shown = shown.substr(0, kLongestShown) + L"……";
@@ -51,7 +51,7 @@ std::wstring warningLines(const ExportForm& form) {
   return none + collisionWarning(form.settings(), pattern, mask(form));
 }
 
-/// Draws the example name of an entry at its right end.
+/// Draws the example name of an entry, right-aligned.
 class ExampleDelegate : public QStyledItemDelegate {
  public:
   using QStyledItemDelegate::QStyledItemDelegate;

@@ -8,29 +8,29 @@
 
 namespace orvane {
 
-/// The file that page 2 of a sample document would become under the options as they stand, found
-/// by the naming functions of the export itself. Lines that begin with "⚠" follow, each with a line
-/// end, where no pattern is selected or files can replace each other.
+/// The output file of page 2 of a sample document under the current options, from the naming
+/// functions of the export. If no pattern is selected or files can replace each other, lines that
+/// begin with "⚠" follow. Every line has a line end.
 std::wstring namingPreview(const ExportForm& form);
 
-/// The name of that file under another pattern, with "⚠" after it where files can replace each
-/// other; empty when the options give none.
+/// The name of that file under another pattern, followed by "⚠" if files can replace each other.
+/// Empty if the options are invalid.
 std::wstring exampleName(const ExportForm& form, const std::wstring& pattern);
 
-/// Shows the preview in front of the tool tips of `cboRenameType` and `btnRun`, where a screen
-/// reader finds it too, and the example names in the opened list.
+/// Shows the preview at the front of the tool tips of `cboRenameType` and `btnRun`, which a screen
+/// reader reads too, and the example names in the drop-down list.
 class NamingPreview {
  public:
-  /// All must outlive the preview.
+  /// All parameters must outlive the preview.
   NamingPreview(QComboBox& cboRenameType, QWidget& btnRun, const ExportForm& form);
 
-  /// To be called after every change of the form.
+  /// Must be called after every change of the form.
   void update();
 
  private:
   struct Tip {
     QWidget* control;
-    QString constant;  ///< what does not depend on the options
+    QString constant;  ///< the part that does not depend on the options
   };
 
   QComboBox& cboRenameType_;

@@ -38,7 +38,7 @@ void ProgressListView::addFailure(std::wstring_view line, std::wstring_view reas
   }
   updateScrollBars();
   viewport()->update();
-  tellOfLine(QAccessible::ObjectCreated, lines_.rowCount() - 1);
+  notifyScreenReader(QAccessible::ObjectCreated, lines_.rowCount() - 1);
 }
 
 void ProgressListView::clear() {
@@ -55,7 +55,7 @@ int ProgressListView::rowHeight() const {
   return fontMetrics().height() + kRowPadding;
 }
 
-int ProgressListView::rowsOnAPage() const {
+int ProgressListView::rowsPerPage() const {
   return std::max(1, viewport()->height() / rowHeight());
 }
 
@@ -66,8 +66,8 @@ int ProgressListView::rowAt(int y) const {
 void ProgressListView::updateScrollBars() {
   QScrollBar& vertical = *verticalScrollBar();
   const bool showsNewestLine = vertical.value() == vertical.maximum();
-  vertical.setRange(0, std::max(0, lines_.rowCount() - rowsOnAPage()));
-  vertical.setPageStep(rowsOnAPage());
+  vertical.setRange(0, std::max(0, lines_.rowCount() - rowsPerPage()));
+  vertical.setPageStep(rowsPerPage());
   if (showsNewestLine) vertical.setValue(vertical.maximum());
 
   QScrollBar& horizontal = *horizontalScrollBar();
@@ -96,7 +96,7 @@ void ProgressListView::scrollTo(const QModelIndex& index, ScrollHint hint) {
   if (!index.isValid()) return;
   const int row = index.row();
   const int first = verticalScrollBar()->value();
-  const int page = rowsOnAPage();
+  const int page = rowsPerPage();
   if (hint == PositionAtCenter) return verticalScrollBar()->setValue(row - page / 2);
   if (row < first || hint == PositionAtTop) return verticalScrollBar()->setValue(row);
   if (row >= first + page || hint == PositionAtBottom) {
@@ -124,17 +124,17 @@ void ProgressListView::paintEvent(QPaintEvent* event) {
 
 void ProgressListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
   QAbstractItemView::currentChanged(current, previous);
-  if (current.isValid() && hasFocus()) tellOfLine(QAccessible::Focus, current.row());
+  if (current.isValid() && hasFocus()) notifyScreenReader(QAccessible::Focus, current.row());
 }
 
-void ProgressListView::tellOfLine(QAccessible::Event event, int row) {
+void ProgressListView::notifyScreenReader(QAccessible::Event event, int row) {
   if (!QAccessible::isActive()) return;
-  QAccessibleEvent told(this, event);
-  told.setChild(row);
-  QAccessible::updateAccessibility(&told);
+  QAccessibleEvent notification(this, event);
+  notification.setChild(row);
+  QAccessible::updateAccessibility(&notification);
 }
 
-// Where there is no reason the tip is that of the whole list.
+// A line without a reason shows the tool tip of the whole list.
 bool ProgressListView::viewportEvent(QEvent* event) {
   if (event->type() == QEvent::ToolTip) {
     const QModelIndex index = indexAt(static_cast<QHelpEvent*>(event)->pos());
@@ -158,7 +158,7 @@ void ProgressListView::contextMenuEvent(QContextMenuEvent* event) {
                                                            : event->globalPos());
 }
 
-// A menu that is executed would halt the run until it is closed.
+// exec() would block the run until the menu is closed.
 void ProgressListView::popUpMenu(const QPoint& place) {
   auto* menu = new QMenu(this);
   menu->setAttribute(Qt::WA_DeleteOnClose);
@@ -208,9 +208,9 @@ QModelIndex ProgressListView::moveCursor(CursorAction action, Qt::KeyboardModifi
     case MoveNext:
       return row(current + 1);
     case MovePageUp:
-      return row(current - rowsOnAPage());
+      return row(current - rowsPerPage());
     case MovePageDown:
-      return row(current + rowsOnAPage());
+      return row(current + rowsPerPage());
     case MoveHome:
       return row(0);
     case MoveEnd:

@@ -8,14 +8,12 @@
 
 namespace orvane {
 
-/// The list of progress lines. All rows are equally high, so nothing here depends on the number of
-/// lines: adding the millionth line costs what the first one cost. (QListView lays out every row
-/// again after each change.)
+/// The list of progress lines. All rows have the same height, so the cost of adding a line does not
+/// depend on the number of lines. (QListView lays out all rows again after each change.)
 ///
-/// The list shows its newest line after an add, unless the operator has scrolled back to read.
-/// Ctrl+C copies the selected lines as text. The tool tip of a line that tells a failure is its
-/// reason; Enter shows that of the current line. The context menu holds the actions that the widget
-/// was given, and opens without halting a run.
+/// The list scrolls to a new line unless the operator has scrolled back. Ctrl+C copies the selected
+/// lines as text. The tool tip of a failed line is its reason; Enter shows the reason of the
+/// current line. The context menu contains the actions of the widget and does not block a run.
 class ProgressListView : public QAbstractItemView, public ProgressList {
  public:
   explicit ProgressListView(QWidget* parent = nullptr);
@@ -30,7 +28,7 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   QModelIndex indexAt(const QPoint& point) const override;
 
   void copySelectedLines() const;
-  /// Shows the reason of the current line below it, or that it has none.
+  /// Shows the reason of the current line in a tip below it, or that there is none.
   void showReason();
 
  protected:
@@ -51,13 +49,13 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
 
  private:
   int rowHeight() const;
-  /// The number of rows that fit as a whole, at least 1.
-  int rowsOnAPage() const;
-  /// The row at a height of the viewport, which may lie outside the list.
+  /// The number of rows that fit completely, at least 1.
+  int rowsPerPage() const;
+  /// The row at `y` in the viewport; may be outside the list.
   int rowAt(int y) const;
   void updateScrollBars();
-  /// Tells a screen reader of a line.
-  void tellOfLine(QAccessible::Event event, int row);
+  /// Sends an event of a line to screen readers.
+  void notifyScreenReader(QAccessible::Event event, int row);
   QPoint belowCurrentLine() const;
   void popUpMenu(const QPoint& place);
 
@@ -65,15 +63,15 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   int widestLine_ = 0;  ///< in pixels, for the horizontal scroll bar
 };
 
-/// The place of the progress list. It reaches a little below the window's lower edge; the list
-/// inside ends where the window ends, so that its newest line and its scroll bars are seen whole.
+/// The area of the progress list. It extends below the lower edge of the window; the list inside
+/// ends at that edge, so that its newest line and its scroll bars are completely visible.
 class ProgressListBox : public QWidget {
  public:
   explicit ProgressListBox(QWidget* parent = nullptr);
 
   ProgressListView& view() { return *view_; }
 
-  /// How much of this place the window shows, in pixels from its top.
+  /// Sets the height of the visible part, in pixels from the top.
   void setVisibleHeight(int height);
 
  protected:

@@ -8,10 +8,10 @@
 namespace orvane {
 namespace {
 
-// The bound keeps a flood of events (a window dragged about) from holding up the run.
+// The limit keeps a flood of events (a window that is dragged) from blocking the run.
 constexpr int kLongestYieldMs = 100;
 
-/// The window that a box belongs in front of, if there is one yet.
+// The parent of a box, if a window exists yet.
 QWidget* frontWindow() {
   if (QWidget* active = QApplication::activeWindow()) return active;
   for (QWidget* window : QApplication::topLevelWidgets()) {

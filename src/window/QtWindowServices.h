@@ -4,7 +4,7 @@
 
 namespace orvane {
 
-/// The services of the window system by Qt.
+/// The services of the window system, implemented with Qt.
 class QtWindowServices : public WindowServices {
  public:
   void showBox(std::wstring_view text, std::wstring_view title, BoxIcon icon) override;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kRefreshMs = 1000;
 
-// Names from the table must not be taken for mark-up.
+// Names from the table must not be interpreted as mark-up.
 QString asTip(const QString& text) {
   return Qt::mightBeRichText(text) ? wrappedTip(text) : text;
 }

@@ -11,15 +11,15 @@
 
 namespace orvane {
 
-/// While a run goes on, the tool tips of the list and of `btnStop` tell how far it is, and that a
-/// stop was heard, and are kept up to date as long as they are shown. The table is asked for
-/// what waits when a tip comes up, and again after each batch.
+/// During a run, the tool tips of the list and of `btnStop` show its progress and acknowledge a
+/// stop. They are updated while they are shown. The waiting batches are queried when a tip appears
+/// and again after each batch.
 class RunTips : public QObject {
  public:
-  /// All must outlive this object.
+  /// All parameters must outlive this object.
   RunTips(QWidget& listProcessLog, QWidget& btnStop, RunHost& host);
 
-  /// Shows at once that a stop was heard.
+  /// Shows at once that the stop was received.
   void acknowledgeStop();
 
  protected:
@@ -28,7 +28,7 @@ class RunTips : public QObject {
  private:
   struct Tip {
     QWidget* control;
-    QString constant;  ///< what it says while nothing runs
+    QString constant;  ///< the text without a run
   };
 
   QString textOf(const Tip& tip);
@@ -36,13 +36,13 @@ class RunTips : public QObject {
   void refresh();
 
   RunHost& host_;
-  std::array<Tip, 2> tips_;  // of the list, of `btnStop`
-  QTimer timer_;             // runs while one of them is shown
+  std::array<Tip, 2> tips_;  // of the list and of `btnStop`
+  QTimer timer_;             // active while one of them is shown
   const Tip* shown_ = nullptr;
-  QPoint place_;  // on the screen
+  QPoint place_;  // in screen coordinates
 
   std::optional<WaitingBatches> waiting_;
-  std::optional<std::int64_t> askedAfter_;  // the attempts that were over when the table was asked
+  std::optional<std::int64_t> askedAfter_;  // RunProgress::attempts() at the time of the query
 };
 
 }  // namespace orvane

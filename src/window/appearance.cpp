@@ -12,18 +12,6 @@
 namespace orvane {
 namespace {
 
-/// Says in Chinese what Qt's own parts say: the menus of text boxes and scroll bars. The program
-/// brings these texts itself, because Qt's are a package of their own and follow the language of
-/// the desktop.
-class ChineseTexts : public QTranslator {
- public:
-  using QTranslator::QTranslator;
-
-  QString translate(const char* context, const char* sourceText, const char* disambiguation,
-                    int n) const override;
-  bool isEmpty() const override { return false; }
-};
-
 struct Text {
   std::string_view english, chinese;
 };
@@ -56,21 +44,28 @@ constexpr Text kTexts[] = {
 };
 // clang-format on
 
-QString ChineseTexts::translate(const char*, const char* sourceText, const char*, int) const {
-  const auto* const found = std::ranges::find(kTexts, std::string_view(sourceText), &Text::english);
-  if (found == std::end(kTexts)) return {};
-  return QString::fromUtf8(found->chinese.data(), static_cast<qsizetype>(found->chinese.size()));
-}
+/// Translates the menus of Qt's text boxes and scroll bars. Qt's own translations are a separate
+/// package and follow the language of the desktop.
+class ChineseTexts : public QTranslator {
+ public:
+  QString translate(const char*, const char* sourceText, const char*, int) const override {
+    const auto* const found =
+        std::ranges::find(kTexts, std::string_view(sourceText), &Text::english);
+    if (found == std::end(kTexts)) return {};
+    return QString::fromUtf8(found->chinese.data(), static_cast<qsizetype>(found->chinese.size()));
+  }
+  bool isEmpty() const override { return false; }
+};
 
-constexpr int kFontPixels = 11;  // 8.25 points at 96 dots an inch
+constexpr int kFontPixels = 11;  // 8.25 points at 96 dpi
 
 struct Colour {
   QPalette::ColorRole role;
   QRgb enabled, disabled;
 };
 
-// Every text has a contrast of 4.5:1 at least to what it is written on, disabled texts too: an
-// operator reads the options by them during a run.
+// Every text has a contrast of at least 4.5:1 to its background. This includes disabled texts,
+// because the operator reads the options during a run.
 constexpr QRgb kBlack = 0x000000, kWhite = 0xffffff, kGray = 0xefefef, kFaint = 0x646464;
 constexpr Colour kColours[] = {
     {QPalette::Window, kGray, kGray},

@@ -2,8 +2,8 @@
 
 namespace orvane {
 
-/// Gives the application one look on every desktop: style, colours, a Chinese font in the size
-/// that the controls are laid out for, and Chinese words in what Qt brings itself.
+/// Gives the application the same look on every desktop: style, colours, a Chinese font in the size
+/// that the layout is made for, and Chinese texts in the menus of Qt's own controls.
 void applyAppearance();
 
 }  // namespace orvane

@@ -30,7 +30,7 @@ QWidget* makeTallText(const QString& text, QWidget* parent) {
   box->setTabChangesFocus(true);
   box->setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
   box->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  // A display: what is typed or dropped here would be no choice of a folder.
+  // The box only displays the folder; typing or dropping text must not change it.
   box->setReadOnly(true);
   box->setAcceptDrops(false);
   QPalette palette = box->palette();
@@ -91,7 +91,7 @@ void decorate(QWidget& window) {
   control<QWidget>(window, "Frame7").hide();
 }
 
-// Frames and labels have their places in the order too, but cannot have the focus.
+// Frames and labels have positions in the tab order too, but cannot have the focus.
 void setTabOrder(QWidget& window) {
   std::vector<ControlRow> rows;
   std::ranges::copy_if(controlTable(), std::back_inserter(rows), takesFocus, &ControlRow::kind);
@@ -108,12 +108,12 @@ void setTabOrder(QWidget& window) {
 
 void buildControls(QWidget& window) {
   for (const ControlRow& row : controlTable()) {
-    const bool isOutermost = *row.inside == '\0';
-    QWidget* parent = isOutermost ? &window : &control<QWidget>(window, row.inside);
-    QWidget* made = makeControl(row.kind, toQt(row.caption), parent);
-    made->setObjectName(QString::fromLatin1(row.name));
-    made->setGeometry(row.left / kTwipsPerPixel, row.top / kTwipsPerPixel,
-                      row.width / kTwipsPerPixel, row.height / kTwipsPerPixel);
+    const bool isOutermost = *row.parent == '\0';
+    QWidget* parent = isOutermost ? &window : &control<QWidget>(window, row.parent);
+    QWidget* widget = makeControl(row.kind, toQt(row.caption), parent);
+    widget->setObjectName(QString::fromLatin1(row.name));
+    widget->setGeometry(row.left / kTwipsPerPixel, row.top / kTwipsPerPixel,
+                        row.width / kTwipsPerPixel, row.height / kTwipsPerPixel);
   }
   decorate(window);
   setTabOrder(window);

@@ -5,11 +5,11 @@
 
 namespace orvane {
 
-/// Creates the controls of the table inside `window`, each under its object name, and sets their
-/// tab order.
+/// Creates the controls of the table inside `window`, each with its object name, and sets the tab
+/// order.
 void buildControls(QWidget& window);
 
-/// A control by its object name, which must exist with this type.
+/// Returns the control with an object name. It must exist and have this type.
 template <typename Control>
 Control& control(const QWidget& window, const QString& name) {
   auto* found = window.findChild<Control*>(name);

@@ -7,6 +7,14 @@
 #include <algorithm>
 
 namespace orvane {
+namespace {
+
+constexpr int kFrameCaptionLeft = 8;
+constexpr int kFrameCaptionPadding = 3;
+constexpr double kCornerRadius = 3;
+constexpr int kWrapFlags = Qt::AlignCenter | Qt::TextWordWrap;
+
+}  // namespace
 
 void GapLabel::paintEvent(QPaintEvent*) {
   QPainter painter(this);
@@ -19,17 +27,9 @@ void GapLabel::paintEvent(QPaintEvent*) {
   draw(caption.mid(caption.lastIndexOf(u' ') + 1), gapEnd_);
 }
 
-namespace {
-
-constexpr int kCaptionLeft = 8;
-constexpr int kCaptionPadding = 3;
-constexpr double kCornerRadius = 3;
-
-}  // namespace
-
 QRect OptionFrame::captionRect() const {
-  const int width = fontMetrics().horizontalAdvance(title()) + 2 * kCaptionPadding;
-  return QRect(kCaptionLeft, 0, width, fontMetrics().height());
+  const int width = fontMetrics().horizontalAdvance(title()) + 2 * kFrameCaptionPadding;
+  return QRect(kFrameCaptionLeft, 0, width, fontMetrics().height());
 }
 
 void OptionFrame::paintEvent(QPaintEvent*) {
@@ -44,12 +44,6 @@ void OptionFrame::paintEvent(QPaintEvent*) {
   style()->drawItemText(&painter, caption, Qt::AlignCenter, palette(), isEnabled(), title(),
                         QPalette::WindowText);
 }
-
-namespace {
-
-constexpr int kWrapFlags = Qt::AlignCenter | Qt::TextWordWrap;
-
-}  // namespace
 
 QRect WrapButton::contentsArea() const {
   QStyleOptionButton option;

@@ -6,13 +6,13 @@
 
 namespace orvane {
 
-/// A label with a gap of blanks in its caption, in which another control is placed. The gap is as
-/// wide as that control wants it, whatever the width of a blank in the font is.
+/// A label with blanks in its caption, on which another control is placed. The width of the gap is
+/// set, so that it does not depend on the width of a blank in the font.
 class GapLabel : public QLabel {
  public:
   using QLabel::QLabel;
 
-  /// The place where the caption goes on after the gap, in pixels from the left of the label.
+  /// Sets where the caption continues after the gap, in pixels from the left of the label.
   void setGapEnd(int x) { gapEnd_ = x; }
 
  protected:
@@ -22,36 +22,36 @@ class GapLabel : public QLabel {
   int gapEnd_ = 0;
 };
 
-/// A frame whose caption interrupts its upper border, so that its whole height is left to the
-/// controls inside. (The frame of the Fusion style begins below the caption.)
+/// A frame whose caption interrupts its upper border. (In the Fusion style the frame begins below
+/// the caption, which leaves less height for the controls inside.)
 class OptionFrame : public QGroupBox {
  public:
-  /// A screen reader gives a frame inside another one the outer caption, unless it is told.
+  /// Sets the accessible name too; otherwise a frame inside another one gets the outer caption.
   OptionFrame(const QString& caption, QWidget* parent) : QGroupBox(caption, parent) {
     setAccessibleName(caption);
   }
 
-  /// Where the caption lies.
+  /// The area of the caption, in pixels.
   QRect captionRect() const;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
 };
 
-/// A push button that wraps its caption into lines of about the same length when it is too narrow
-/// for the whole of it.
+/// A push button that wraps its caption into lines of about equal length if it is too narrow for
+/// one line.
 class WrapButton : public QPushButton {
  public:
   using QPushButton::QPushButton;
 
-  /// The space that the wrapped caption takes, in the middle of the button.
+  /// The area of the wrapped caption, in pixels, centred in the button.
   QRect captionRect() const;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
 
  private:
-  /// What the style leaves to the caption.
+  /// The area that the style leaves for the caption.
   QRect contentsArea() const;
 };
 

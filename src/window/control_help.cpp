@@ -11,7 +11,7 @@ namespace {
 
 struct HelpRow {
   const char* name;
-  Qt::Key key;  ///< together with Alt
+  Qt::Key key;  ///< with Alt
   const char* accessibleName;
   const char* toolTip;
 };
@@ -55,7 +55,7 @@ constexpr HelpRow kHelp[] = {
     {"optCompressionRatios_2", Qt::Key_3, "彩色图片压缩比率：高",
      "灰度和彩色页的 JPEG 质量 40：文件最小，细节有损失。黑白页不受影响。"},
 
-    {"cboRenameType", Qt::Key_M, "档案命名", ""},  // says what the options make of it: NamingPreview
+    {"cboRenameType", Qt::Key_M, "档案命名", ""},  // NamingPreview adds the text
     {"txtSp1", Qt::Key_F, "档案名称后面的分割符",
      "文件名里档案名称和档案（件）名称之间的文字，可以为空。\n只用于以“档案名称”开头的命名。"},
     {"txtSp2", Qt::Key_G, "页码前面的分割符",
@@ -81,8 +81,8 @@ QString keyName(Qt::Key key) {
   return QKeySequence(Qt::ALT | key).toString(QKeySequence::PortableText);
 }
 
-// The key belongs to the window, because that of a disabled control would be typed into the text
-// box that has the focus.
+// The shortcut belongs to the window. A shortcut of a disabled control is inactive, and its key
+// would be typed into the text box that has the focus.
 void addKey(QWidget& window, QWidget& target, Qt::Key key) {
   auto* shortcut = new QShortcut(Qt::ALT | key, &window);
   QObject::connect(shortcut, &QShortcut::activated, &target, [&target] {
@@ -103,7 +103,7 @@ void addControlHelp(QWidget& window) {
     QWidget* const named = target.focusProxy() != nullptr ? target.focusProxy() : &target;
     named->setAccessibleName(QString::fromUtf8(row.accessibleName));
     addKey(window, target, row.key);
-    // Enter presses the button that has the focus, as the space bar does.
+    // Enter presses the button that has the focus, like the space bar.
     if (auto* button = qobject_cast<QPushButton*>(&target)) button->setAutoDefault(true);
   }
 }

@@ -4,9 +4,9 @@
 
 namespace orvane {
 
-/// Gives every control of the window, beside what it shows, a tool tip that says what it does to
-/// the files, a name for screen readers, and a key with Alt that reaches it: a button is pressed, a
-/// box gets the focus. The keys stand in the tool tips, because the captions are fixed texts.
+/// Gives every control of the window a tool tip that says how it affects the output files, a name
+/// for screen readers, and an Alt key that presses a button or moves the focus to a box. The keys
+/// are shown in the tool tips, because the captions are fixed.
 void addControlHelp(QWidget& window);
 
 }  // namespace orvane

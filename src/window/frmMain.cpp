@@ -23,11 +23,11 @@
 namespace orvane {
 namespace {
 
-constexpr int kListHeightShort = 10;  // twips that the list is lower than the client area
+constexpr int kListHeightShort = 10;  // the client area minus the list, in twips
 
-// data.ini would hold a "?" for what its code page does not have, and the next start find no
-// folder.
-void tellIfNotSaved(const std::wstring& SavePath) {
+// data.ini stores "?" for a character that its code page cannot represent, so the folder would not
+// be found after the next start.
+void warnIfNotStorable(const std::wstring& SavePath) {
   try {
     toAnsiStrict(SavePath);
   } catch (const Failure&) {
@@ -90,7 +90,7 @@ void frmMain::resizeEvent(QResizeEvent* event) {
   Form_Resize();
 }
 
-// The list refuses a negative measure and keeps the one it had.
+// A size that would be negative is not applied.
 void frmMain::Form_Resize() {
   const int listHeight = height() * kTwipsPerPixel - kListHeightShort;
   const int listWidth = width() * kTwipsPerPixel - kListLeft;
@@ -133,7 +133,7 @@ void frmMain::btnExit_Click() {
 void frmMain::cmdSelectPath_Click() {
   form_.chooseSavePath(BrowseForFolder(this, L"成果输出文件夹", form_.text(TextBox::SavePath)));
   binding_->show();
-  tellIfNotSaved(form_.settings().SavePath);
+  warnIfNotStorable(form_.settings().SavePath);
 }
 
 void frmMain::ToolbarKey_Click(const ToolbarButton& Button) {
@@ -166,7 +166,7 @@ void frmMain::runWithOptionsLocked(int lastFrame) {
     RefreshRunButtons();
   }
   lock(false);
-  QApplication::alert(this);  // to an operator who works elsewhere meanwhile
+  QApplication::alert(this);  // the operator may be working in another window
 }
 
 std::wstring frmMain::AutoMakeNewDocumentName(const std::wstring& sBatchName,
@@ -184,7 +184,8 @@ ImagingInstances frmMain::imaging() {
           .ImgPageCount = ImgPageCount_};
 }
 
-// The focus of a button that is disabled would pass to the next one, and the next Enter with it.
+// When a button with the focus is disabled, Qt moves the focus to the next button, which the next
+// Enter would press.
 void frmMain::enableButton(const char* name, bool enabled) {
   QPushButton& button = control<QPushButton>(*this, name);
   if (!enabled && button.hasFocus()) listProcessLog_->setFocus();

@@ -19,23 +19,24 @@ struct ToolbarButton {
   std::wstring Key;
 };
 
-/// The program's only window: the options on the left, the progress list on the right. It owns the
-/// export options, the six imaging instances and the list; a run reads them live.
+/// The only window of the program: the options on the left, the progress list on the right. It owns
+/// the export options, the six imaging instances and the list, which a run uses directly.
 class frmMain : public QWidget, public RunHost, public FormOperations {
  public:
-  /// `run` works through the batches; `endProcess` ends the process at once, also in mid-run.
+  /// `run` exports the batches. `endProcess` ends the process at once, even during a run.
   frmMain(std::function<void(RunHost&)> run, std::function<void()> endProcess);
 
   void btnRun_Click();
   void btnStop_Click();
   void btnExit_Click();
   void cmdSelectPath_Click();
-  /// Nothing calls it: the window has no toolbar. Keys: "Run", "Stop", "OutputExcel", "Exit".
+  /// Not called by the program, because the window has no toolbar. Keys: "Run", "Stop",
+  /// "OutputExcel", "Exit".
   void ToolbarKey_Click(const ToolbarButton& Button);
 
-  /// Asks the run to end behind the batch it is working on.
+  /// Requests the run to end after the current batch.
   void StopProcess();
-  /// Writes nothing: there is no spreadsheet output.
+  /// Does nothing: there is no spreadsheet output.
   void OutputExcel_JLML();
 
   const ExportSettings& settings() const override { return form_.settings(); }
@@ -63,7 +64,7 @@ class frmMain : public QWidget, public RunHost, public FormOperations {
   void connectButtons();
   void openInTheCentre();
   void enableButton(const char* name, bool enabled);
-  /// A run with `Frame1` to `Frame<lastFrame>` disabled and the list cleared.
+  /// Clears the list and runs with `Frame1` to `Frame<lastFrame>` disabled.
   void runWithOptionsLocked(int lastFrame);
 
   std::function<void(RunHost&)> run_;

@@ -7,7 +7,7 @@
 namespace orvane {
 namespace {
 
-constexpr int kGrid = 32;  // the pictures are drawn on a grid of 32 x 32
+constexpr int kGrid = 32;  // width and height of the drawing coordinates
 
 const QColor kGreen(46, 139, 87);
 const QColor kRed(192, 57, 43);

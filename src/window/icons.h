@@ -2,7 +2,7 @@
 
 #include <QIcon>
 
-/// The icons of the window, drawn when the program starts: sharp at every scale, no files needed.
+/// The icons of the window, drawn by the program so that they are sharp at every scale.
 namespace orvane {
 
 QIcon windowIcon();

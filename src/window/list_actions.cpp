@@ -30,7 +30,7 @@ QString logText(const std::wstring& file) {
   }
 }
 
-// Opened again, or with F5, it shows what has come meanwhile.
+// Called again when the window is reopened, and by F5.
 void fill(QDialog& logWindow) {
   const std::wstring file = mdlFolderAndFile::logFileOfToday();
   logWindow.setWindowTitle(QStringLiteral("今天的日志 ") +
@@ -60,24 +60,24 @@ void showLog(QWidget& window) {
   logWindow->activateWindow();
 }
 
-// A failure is told in a tip: a box would halt the run.
-void tell(QWidget& list, const QString& text) {
+// Failures appear in a tip, because a box would block the run.
+void showTip(QWidget& list, const QString& text) {
   QToolTip::showText(list.mapToGlobal(QPoint(0, 0)), wrappedTip(text), &list);
 }
 
 void openOnDesktop(QWidget& list, const QString& path) {
   if (QDesktopServices::openUrl(QUrl::fromLocalFile(path))) return;
-  tell(list, QStringLiteral("桌面上没有能打开它的程序：") + path);
+  showTip(list, QStringLiteral("桌面上没有能打开它的程序：") + path);
 }
 
 void openOutputFolder(QWidget& list, const std::wstring& SavePath) {
-  if (SavePath.empty()) return tell(list, QStringLiteral("还没有选择成果输出文件夹。"));
+  if (SavePath.empty()) return showTip(list, QStringLiteral("还没有选择成果输出文件夹。"));
   openOnDesktop(list, toQt(fromUtf8(nativePath(SavePath).lexically_normal().native())));
 }
 
 void openGuideFile(QWidget& list) {
   const QString file = guideFile();
-  if (file.isEmpty()) return tell(list, QStringLiteral("找不到操作手册。"));
+  if (file.isEmpty()) return showTip(list, QStringLiteral("找不到操作手册。"));
   openOnDesktop(list, file);
 }
 
@@ -89,7 +89,7 @@ QAction& addAction(QWidget& list, const char* caption, Act act) {
   return *action;
 }
 
-// The key works wherever the focus is in the window, except in its other windows.
+// The key works wherever the focus is in the main window.
 void setWindowKey(QAction& action, const QKeySequence& key) {
   action.setShortcut(key);
   action.setShortcutVisibleInContextMenu(true);
@@ -98,13 +98,13 @@ void setWindowKey(QAction& action, const QKeySequence& key) {
 }  // namespace
 
 void addListActions(QWidget& window, ProgressListView& list, const ExportForm& form) {
-  // The first three keys are the list's own.
+  // ProgressListView handles the first three keys.
   addAction(list, "复制(&C)\tCtrl+C", [&] { list.copySelectedLines(); });
   addAction(list, "全选(&A)\tCtrl+A", [&] { list.selectAll(); });
   addAction(list, "失败的原因(&R)\t回车", [&] { list.showReason(); });
-  auto* line = new QAction(&list);
-  line->setSeparator(true);
-  list.addAction(line);
+  auto* separator = new QAction(&list);
+  separator->setSeparator(true);
+  list.addAction(separator);
   setWindowKey(addAction(list, "今天的日志(&L)", [&] { showLog(window); }), Qt::CTRL | Qt::Key_L);
   setWindowKey(addAction(list, "打开输出文件夹(&O)",
                          [&] { openOutputFolder(list, form.settings().SavePath); }),

@@ -7,9 +7,8 @@
 
 namespace orvane {
 
-/// Gives the list its context menu: what can be done with its lines, today's log, the output
-/// folder, the guide. The keys of the last three work in the whole window. Nothing here halts a
-/// run.
+/// Gives the list its context menu: actions on its lines, today's log, the output folder and the
+/// guide. The keys of the last three work in the whole window. None of the actions blocks a run.
 void addListActions(QWidget& window, ProgressListView& list, const ExportForm& form);
 
 }  // namespace orvane

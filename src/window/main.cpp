@@ -20,25 +20,25 @@
 
 namespace {
 
-// Also from inside a yield: no code of a run goes on after it.
+// May be called inside a yield. No code of a run is executed after it.
 [[noreturn]] void endProcess() {
   std::fflush(nullptr);
   std::_Exit(EXIT_SUCCESS);
 }
 
-int endSignals = -1;  // an eventfd, readable once a signal has asked for the end
+int endSignals = -1;  // an eventfd, readable after a signal that ends the program
 
-void tellEndSignal(int) {
+void handleEndSignal(int) {
   const int oldError = errno;
   const std::uint64_t one = 1;
   [[maybe_unused]] const ssize_t written = write(endSignals, &one, sizeof one);
   errno = oldError;
 }
 
-/// Whatever ends the program from outside closes the window, as its close box does: in the event
-/// loop or in a yield. A session manager does it through Qt.
-void closeWhenAsked(QWidget& window) {
-  // Qt calls exit() when the display has gone, which is how a session without a manager ends.
+// Makes everything that ends the program from outside close the window like its close box, in the
+// event loop or in a yield. A session manager does so through Qt.
+void closeOnEndOfSession(QWidget& window) {
+  // Qt calls exit() when the display is gone, which ends a session without a manager.
   static QPointer<QWidget> open;
   open = &window;
   std::atexit([] {
@@ -52,8 +52,8 @@ void closeWhenAsked(QWidget& window) {
   for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
     struct sigaction action {};
     sigaction(signal, nullptr, &action);
-    if (action.sa_handler == SIG_IGN) continue;  // as nohup wants it
-    action.sa_handler = tellEndSignal;
+    if (action.sa_handler == SIG_IGN) continue;  // set by nohup
+    action.sa_handler = handleEndSignal;
     action.sa_flags = SA_RESTART;
     sigaction(signal, &action, nullptr);
   }
@@ -63,14 +63,14 @@ void closeWhenAsked(QWidget& window) {
 
 int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);  // a file-size limit is a failed write like a full disk
+  std::signal(SIGXFSZ, SIG_IGN);  // at a file-size limit, a write fails as on a full disk
 
   orvane::keepFreedMemory();
 
   const orvane::InstanceGuard guard(orvane::programFolder());
   if (guard.anotherRuns()) return EXIT_SUCCESS;
 
-  // The desktop's theme would bring its colours, which may be made for light text on dark.
+  // Without a platform theme, because the desktop may have colours for light text on dark.
   char option[] = "-platformtheme", theme[] = "generic";
   std::vector<char*> arguments(argv, argv + argc);
   arguments.insert(arguments.end(), {option, theme, nullptr});
@@ -82,7 +82,7 @@ int main(int argc, char** argv) {
   orvane::installWindowServices(&services);
 
   orvane::frmMain window(orvane::RunOutPutBatch, endProcess);
-  closeWhenAsked(window);
+  closeOnEndOfSession(window);
   window.show();
   return QApplication::exec();
 }

@@ -2,14 +2,14 @@
 
 #include <QString>
 
-/// The operator's guide: one HTML file that comes with the program.
+/// The operator's guide: one HTML file that is installed with the program.
 namespace orvane {
 
-/// The guide beside the program, or the one of the installed package; empty when there is none.
+/// The native path of the guide in the program folder or in the installed package; empty if there
+/// is none.
 QString guideFile();
 
-/// Opens the guide in the desktop's browser. A box says so when there is none, or nothing that
-/// opens it.
+/// Opens the guide in the browser of the desktop. A box reports a missing guide or browser.
 void openGuide();
 
 }  // namespace orvane

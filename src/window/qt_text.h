@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-/// The edge to Qt's texts.
+/// Conversion between texts of the program and of Qt.
 namespace orvane {
 
 inline QString toQt(std::wstring_view text) {
@@ -15,7 +15,7 @@ inline std::wstring fromQt(const QString& text) {
   return text.toStdWString();
 }
 
-/// A plain text as a tool tip that breaks its long lines; empty for an empty text.
+/// A tool tip that shows a plain text and wraps its long lines; empty for an empty text.
 inline QString wrappedTip(const QString& text) {
   if (text.isEmpty()) return {};
   return QStringLiteral("<p style=\"white-space:pre-wrap\">") + text.toHtmlEscaped() +

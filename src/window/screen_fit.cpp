@@ -10,10 +10,9 @@
 namespace orvane {
 namespace {
 
-// Qt reads the scale once, before there is an application.
-constexpr const char* kScale = "QT_SCALE_FACTOR";
-constexpr const char* kFitted = "ORVANE_FITTED";  // ends the attempts, whatever comes of the first
-constexpr QSize kFrame(8, 36);                    // what a desktop puts around a window, at most
+constexpr const char* kScale = "QT_SCALE_FACTOR";  // read once, when the application is created
+constexpr const char* kFitted = "ORVANE_FITTED";   // set for the restarted process
+constexpr QSize kFrame(8, 36);                     // the largest frame that desktops draw
 
 }  // namespace
 

@@ -4,15 +4,16 @@
 
 namespace orvane {
 
-/// The share, at most 1, of the present scale at which a window of `design` and its title bar fit
-/// on `available`. `pixelRatio` is the present scale, in dots of the screen for one pixel of Qt;
-/// the share never leads below one dot for a pixel, which Qt cannot draw.
+/// Returns the factor, at most 1, by which the current scale must be reduced for a window of size
+/// `design` and its title bar to fit on `available`. `pixelRatio` is the current scale, in screen
+/// dots per Qt pixel. The reduced scale is at least one dot per pixel, which is the smallest that
+/// Qt can draw.
 double fittingScale(QSize design, QSize available, double pixelRatio);
 
-/// Begins the process anew at a smaller scale when the window's design size does not fit on the
-/// screen: the left column has fixed places, and its buttons would lie below the screen's edge.
-/// To be called with the application there and no window yet. Returns when the window fits, and
-/// when this process has been begun anew already.
+/// Restarts the process at a smaller scale if the window does not fit on the screen. The controls
+/// on the left have fixed positions, so the buttons would be below the edge of the screen. Must be
+/// called after the application and before the window is created. Returns if the window fits or if
+/// the process has already been restarted.
 void fitToScreen(char** argv);
 
 }  // namespace orvane

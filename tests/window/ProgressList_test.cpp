@@ -30,7 +30,7 @@ class ProgressListTest : public Station {
     press(Qt::Key_C, Qt::ControlModifier);
     return QApplication::clipboard()->text().toStdString();
   }
-  /// The row that is drawn at the bottom of the list.
+  /// The last row that is visible.
   int lastRowShown() const {
     int y = list.viewport()->height() - 1;
     while (y > 0 && !list.indexAt({10, y}).isValid()) --y;
@@ -40,7 +40,7 @@ class ProgressListTest : public Station {
   ProgressListView& list = dynamic_cast<ProgressListView&>(window.listProcessLog());
 };
 
-TEST_F(ProgressListTest, ShowsTheNewestLineWholeUnlessTheOperatorScrolledBack) {
+TEST_F(ProgressListTest, ShowsTheNewestLineCompletelyUnlessTheOperatorScrolledBack) {
   for (const int lines : {1, 100, 10'000}) {
     add(lines);
     const QRect newest = list.visualRect(list.model()->index(list.model()->rowCount() - 1, 0));
@@ -75,7 +75,7 @@ TEST_F(ProgressListTest, CopiesTheSelectedLinesInTheirOrder) {
   EXPECT_EQ(copied(), "第 0 行");
 }
 
-TEST_F(ProgressListTest, HundredsOfThousandsOfLinesStayQuickAndSmall) {
+TEST_F(ProgressListTest, TimeAndMemoryPerLineDoNotGrowWithTheNumberOfLines) {
   const auto millisecondsFor500ShownLines = [this] {
     QElapsedTimer timer;
     timer.start();
@@ -93,7 +93,7 @@ TEST_F(ProgressListTest, HundredsOfThousandsOfLinesStayQuickAndSmall) {
   for (int i = 0; i < 40; ++i) {
     add(9'000);
     for (int failures = 0; failures < 1'000; ++failures) list.addFailure(L"失败", L"原因");
-    QCoreApplication::processEvents();  // a run yields
+    QCoreApplication::processEvents();  // as in the yields of a run
   }
   EXPECT_LT(memoryInUse(), before + (16U << 20));
   EXPECT_LT(millisecondsFor500ShownLines(), 6 * early + 1000);
@@ -102,7 +102,7 @@ TEST_F(ProgressListTest, HundredsOfThousandsOfLinesStayQuickAndSmall) {
   EXPECT_TRUE(list.selectionModel()->isSelected(list.model()->index(200'000, 0)));
 }
 
-TEST_F(ProgressListTest, AFailedLineTellsItsReasonToTheMouseTheKeyboardAndAScreenReader) {
+TEST_F(ProgressListTest, TheReasonOfAFailedLineIsAvailableByMouseKeyboardAndScreenReader) {
   list.addItem(L"D1 导出成功！");
   list.addFailure(L"D2 导出失败！", L"mdl-\\a<b>\\2.tif: No such file\n页码：2");
   list.addFailure(L"D2 导出失败！", L"");
@@ -130,7 +130,7 @@ TEST_F(ProgressListTest, AFailedLineTellsItsReasonToTheMouseTheKeyboardAndAScree
   EXPECT_EQ(copied(), "D2 导出失败！");
 }
 
-TEST_F(ProgressListTest, ReasonsThatAreAllDifferentDoNotFillTheMemory) {
+TEST_F(ProgressListTest, ReasonsThatAllDifferDoNotFillTheMemory) {
   const std::size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
   for (int i = 0; i < 8'000; ++i) {
     list.addFailure(L"失败", std::to_wstring(i) + std::wstring(9'000, L'因'));
@@ -139,7 +139,7 @@ TEST_F(ProgressListTest, ReasonsThatAreAllDifferentDoNotFillTheMemory) {
   EXPECT_NE(list.model()->index(0, 0).data(Qt::ToolTipRole).toString(), "");
 }
 
-TEST_F(ProgressListTest, TheMenuOpensByMouseAndKeyboardWithoutHaltingTheRun) {
+TEST_F(ProgressListTest, TheMenuOpensByMouseAndKeyboardWithoutBlockingTheRun) {
   add(3);
   const auto byEvent = [&](QContextMenuEvent::Reason reason) {
     QContextMenuEvent asked(reason, {5, 5}, list.viewport()->mapToGlobal(QPoint(5, 5)));
@@ -149,7 +149,7 @@ TEST_F(ProgressListTest, TheMenuOpensByMouseAndKeyboardWithoutHaltingTheRun) {
                                         [&] { byEvent(QContextMenuEvent::Keyboard); },
                                         [&] { press(Qt::Key_F10, Qt::ShiftModifier); }};
   for (const auto& open : ways) {
-    open();  // and returns
+    open();  // must return at once
     auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     ASSERT_NE(menu, nullptr);
     std::string captions;
@@ -165,7 +165,7 @@ TEST_F(ProgressListTest, TheMenuOpensByMouseAndKeyboardWithoutHaltingTheRun) {
   }
 }
 
-TEST_F(ProgressListTest, ALineWiderThanTheListCanBeScrolledTo) {
+TEST_F(ProgressListTest, ALineWiderThanTheListCanBeScrolled) {
   list.addItem(std::wstring(400, L'宽'));
   QCoreApplication::processEvents();
   EXPECT_TRUE(list.horizontalScrollBar()->isVisible());

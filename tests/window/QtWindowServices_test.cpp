@@ -34,7 +34,7 @@ TEST(QtWindowServices, ABoxIsModalAndShowsTextTitleIconAndOneButton) {
   }
 }
 
-TEST(QtWindowServices, AYieldHandlesAlsoTheEventsThatItsEventsBring) {
+TEST(QtWindowServices, AYieldAlsoHandlesEventsPostedByItsEvents) {
   QObject target;
   int depth = 0;
   const std::function<void()> deeper = [&] {
@@ -45,7 +45,7 @@ TEST(QtWindowServices, AYieldHandlesAlsoTheEventsThatItsEventsBring) {
   EXPECT_EQ(depth, 20);
 }
 
-TEST(QtWindowServices, TheBusyPointerDoesNotPileUp) {
+TEST(QtWindowServices, TheBusyPointerIsNotNested) {
   QtWindowServices services;
   for (const bool busy : {true, true, false, false}) {
     services.showBusyPointer(busy);
@@ -55,20 +55,20 @@ TEST(QtWindowServices, TheBusyPointerDoesNotPileUp) {
   }
 }
 
-TEST(InstanceGuard, WhereTheFolderCannotBeLockedAFileIsAndNoLockAtAllIsTold) {
+TEST(InstanceGuard, LocksAFileIfTheFolderCannotBeLockedAndLogsIfNeitherCan) {
   TempStation station;
-  const std::string told =
+  const std::string noLock =
       "Orvane成果导出:工作站无法加锁，不能确定是否已有另一个程序在这里运行：.*: ";
   const struct {
-    const char* rights;  // without the right to read it a folder cannot be opened
-    bool secondEnds, fileIsThere;
+    const char* rights;  // a folder that is not readable cannot be opened
+    bool secondEnds, lockFileExists;
     std::string log;
   } cases[] = {{"755", true, false, ""},
                {"333", true, true, ""},
                {"111", true, true, ""},
-               {"111", false, false, "(" + told + "Permission denied；.*\n){2}"}};
+               {"111", false, false, "(" + noLock + "Permission denied；.*\n){2}"}};
   station.shell("mkdir -m 777 Log");
-  for (const auto& [rights, secondEnds, fileIsThere, log] : cases) {
+  for (const auto& [rights, secondEnds, lockFileExists, log] : cases) {
     SCOPED_TRACE(rights);
     station.shell((secondEnds ? "chmod " : "rm Orvane.lock; chmod ") + std::string(rights) + " .");
     {
@@ -78,7 +78,7 @@ TEST(InstanceGuard, WhereTheFolderCannotBeLockedAFileIsAndNoLockAtAllIsTold) {
       EXPECT_EQ(second.anotherRuns(), secondEnds);
     }
     station.shell("chmod 755 .");
-    EXPECT_EQ(std::filesystem::exists(station.native("Orvane.lock")), fileIsThere);
+    EXPECT_EQ(std::filesystem::exists(station.native("Orvane.lock")), lockFileExists);
     EXPECT_THAT(station.takeLog(), testing::MatchesRegex(log));
   }
 }

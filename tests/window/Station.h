@@ -13,8 +13,8 @@
 
 namespace orvane::test {
 
-/// The real window over an empty program folder, with a run and an end of the process that the test
-/// says.
+/// The real window in an empty program folder. The test supplies the run and the end of the
+/// process.
 class Station : public testing::Test {
  protected:
   template <typename Control = QWidget>

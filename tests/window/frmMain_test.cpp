@@ -20,7 +20,7 @@ namespace {
 
 class FrmMain : public Station {
  protected:
-  /// The buttons and frames that are enabled: "Run Exit 1 2 3 4 5 6 ".
+  /// The enabled buttons and frames, for example "Run Exit 1 2 3 4 5 6 ".
   std::string enabled() {
     std::string names;
     for (const std::string name : {"btnRun", "btnStop", "btnExit", "Frame1", "Frame2", "Frame3",
@@ -32,7 +32,7 @@ class FrmMain : public Station {
   std::string savedLine(const std::string& key) const {
     return folder.shell("iconv -f GBK -t UTF-8 data.ini | tr -d '\\r' | grep '^" + key + "='");
   }
-  /// Opens the folder chooser, checks its title, and does `act` in it.
+  /// Opens the folder chooser, checks its title and calls `act` with it.
   void inChooser(const std::function<void(QDialog&)>& act) {
     bool seen = false;
     QTimer::singleShot(0, [&] {
@@ -67,7 +67,7 @@ TEST_F(FrmMain, ClicksReachTheSettingsAndTheControlsThatDependOnThem) {
   emit names().activated(1);
   find<QLineEdit>("txtSp1").setText("=");
   EXPECT_EQ(window.AutoMakeNewDocumentName(L"B1", L"D1"), L"B1=D1");
-  click("optSaveFileType_0");  // the one that is set
+  click("optSaveFileType_0");  // already selected
   EXPECT_EQ(names().count(), 5);
   EXPECT_EQ(names().currentIndex(), -1);
 
@@ -86,7 +86,7 @@ TEST_F(FrmMain, ClicksReachTheSettingsAndTheControlsThatDependOnThem) {
   EXPECT_EQ(enabled(), "Run Exit 1 2 3 5 6 ");
 }
 
-TEST_F(FrmMain, WhatIsTypedOrDroppedInTheFolderFieldIsTakenForNoChoice) {
+TEST_F(FrmMain, TypingOrDroppingTextDoesNotChangeTheOutputFolder) {
   auto& field = find<QPlainTextEdit>("txtSavePath");
   QMimeData dropped;
   dropped.setText("/dropped");
@@ -98,10 +98,10 @@ TEST_F(FrmMain, WhatIsTypedOrDroppedInTheFolderFieldIsTakenForNoChoice) {
   }
   EXPECT_EQ(field.toPlainText().toStdString(), "");
   EXPECT_EQ(field.palette().color(QPalette::Base), window.palette().color(QPalette::Window));
-  EXPECT_FALSE(field.acceptDrops()) << "the pointer would say so";
+  EXPECT_FALSE(field.acceptDrops()) << "the pointer would offer a drop";
 }
 
-TEST_F(FrmMain, ARunLocksTheOptionsAndClearsTheListAndAFailureBringsTheWindowBack) {
+TEST_F(FrmMain, ARunLocksTheOptionsAndClearsTheListAndAFailureUnlocksThem) {
   for (const bool fails : {false, true}) {
     click("optCompressionType_1");
     window.listProcessLog().addItem(L"old");
@@ -161,7 +161,7 @@ TEST_F(FrmMain, EveryWayOfClosingSavesTheSettingsFirst) {
   EXPECT_EQ(saved, "SaveFileType=2\nSaveFileType=1\n");
 }
 
-TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelEmptiesIt) {
+TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelClearsIt) {
   folder.shell("mkdir -p 成果/旧 성과 成果/.新");
   QString opensAt = QDir::homePath();
   for (const std::wstring name : {L"成果", L"성과", L"成果\\旧", L"成果\\.新"}) {
@@ -170,7 +170,7 @@ TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelEmptiesIt) {
       auto& path = *chooser.findChild<QLineEdit*>();
       EXPECT_EQ(path.text().toStdString(), opensAt.toStdString());
       path.setText(wanted + "/x");
-      EXPECT_FALSE(buttonOf(chooser, "确定").isEnabled()) << "not there";
+      EXPECT_FALSE(buttonOf(chooser, "确定").isEnabled()) << "no such folder";
       path.setText(wanted + "/");
       buttonOf(chooser, "确定").click();
     });
@@ -189,7 +189,7 @@ TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelEmptiesIt) {
             folder.path(L"成果\\.新\\"));
 }
 
-TEST_F(FrmMain, TheKeysOfTheListsMenuShowTheDaysLogAndTheOutputFolder) {
+TEST_F(FrmMain, TheKeysOfTheMenuOpenTodaysLogTheOutputFolderAndTheGuide) {
   window.show();
   window.activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
@@ -225,10 +225,10 @@ TEST_F(FrmMain, TheKeysOfTheListsMenuShowTheDaysLogAndTheOutputFolder) {
   QDesktopServices::unsetUrlHandler("file");
   EXPECT_EQ(desktop.source().toLocalFile().toStdString(),
             folder.native("doc/operator-guide.zh.html"));
-  EXPECT_EQ(services.takeBoxes(), "") << "which would halt a run";
+  EXPECT_EQ(services.takeBoxes(), "") << "a box would block a run";
 }
 
-TEST_F(FrmMain, TheFolderChooserMakesFoldersAndTakesNoneAway) {
+TEST_F(FrmMain, TheFolderChooserCreatesFoldersAndCannotDeleteOrRenameThem) {
   folder.shell("mkdir -p 成果/旧/件");
   inChooser([&](QDialog& chooser) {
     chooser.findChild<QLineEdit*>()->setText(QString::fromStdString(folder.native("成果/旧")));
@@ -263,7 +263,7 @@ TEST_F(FrmMain, TheFolderChooserMakesFoldersAndTakesNoneAway) {
   EXPECT_EQ(folder.shell("find 成果 | LC_ALL=C sort"), "成果\n成果/旧\n成果/旧/件\n成果/旧/新\n");
 }
 
-TEST_F(FrmMain, TheFolderChooserKnowsTheMountedVolumes) {
+TEST_F(FrmMain, TheFolderChooserListsTheMountedVolumes) {
   folder.write("mounts",
                "/dev/sda1 / ext4 rw 0 0\nproc /proc proc rw 0 0\n/dev/sdc1 /media/user/二\\0401 "
                "exfat rw 0 0\n//nas/a /mnt cifs rw 0 0\nnas:/b /run/media/b nfs rw 0 0\n"

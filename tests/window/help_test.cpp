@@ -1,4 +1,4 @@
-// What the window tells about itself: tool tips, keys, the preview of a name, its size on a screen.
+// Tool tips, keys, screen readers, the naming preview, and the fit to small screens.
 
 #include <QAccessible>
 #include <QGroupBox>
@@ -23,19 +23,19 @@ class Help : public Station {
     window.activateWindow();
     if (!QTest::qWaitForWindowActive(&window)) throw std::runtime_error("no active window");
   }
-  /// The key that a control's tool tip tells.
+  /// The key in the tool tip of a control.
   static QKeySequence keyOf(const QWidget& control) {
     const QString tip = control.toolTip();
     return QKeySequence(tip.mid(tip.indexOf("Alt+")));
   }
-  /// What a screen reader sees.
-  static QAccessibleInterface& seen(const QWidget& control) {
+  /// What a screen reader gets.
+  static QAccessibleInterface& accessible(const QWidget& control) {
     return *QAccessible::queryAccessibleInterface(&const_cast<QWidget&>(control));
   }
   void press(const QWidget& control) { QTest::keySequence(&window, keyOf(control)); }
 };
 
-TEST_F(Help, EveryControlHasAToolTipANameAndAKeyThatReachesIt) {
+TEST_F(Help, EveryControlHasAToolTipANameAndAKey) {
   find<QPushButton>("btnStop").setEnabled(true);
   std::set<QString> keys;
   for (const ControlRow& row : controlTable()) {
@@ -64,7 +64,7 @@ TEST_F(Help, EnterStartsARunAndEscapeDoesNothing) {
     for (const bool running : {true, false}) {
       host.enableBtnRun(!running);
       host.RefreshRunButtons();
-      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);  // pressed once too often
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);  // once too often
       EXPECT_FALSE(host.IsStopRequested());
       find("btnStop").setFocus();
     }
@@ -76,17 +76,17 @@ TEST_F(Help, EnterStartsARunAndEscapeDoesNothing) {
   EXPECT_EQ(runs, 2);
   EXPECT_TRUE(window.isVisible());
 
-  find("Frame1").setEnabled(false);  // as in a run: its keys are as dead as its buttons
+  find("Frame1").setEnabled(false);  // as in a run: the keys of its buttons are disabled too
   QLineEdit& text = find<QLineEdit>("txtSp1");
   text.setFocus();
-  QTest::keyClick(&text, Qt::Key_P, Qt::AltModifier);  // of PDF
+  QTest::keyClick(&text, Qt::Key_P, Qt::AltModifier);  // the key of PDF
   EXPECT_EQ(window.settings().SaveFileType, 0);
   EXPECT_EQ(text.text().toStdString(), "-");
 }
 
-TEST_F(Help, AScreenReaderSeesTheLinesAndEachFrameUnderItsOwnName) {
+TEST_F(Help, AScreenReaderGetsTheLinesAndTheCaptionOfEachFrame) {
   for (const auto* frame : window.findChildren<QGroupBox*>()) {
-    EXPECT_EQ(seen(*frame).text(QAccessible::Name), frame->title());
+    EXPECT_EQ(accessible(*frame).text(QAccessible::Name), frame->title());
   }
   for (int line = 0; line < 9000; ++line) {
     window.listProcessLog().addItem(L"第 " + std::to_wstring(line) + L" 行");
@@ -94,7 +94,7 @@ TEST_F(Help, AScreenReaderSeesTheLinesAndEachFrameUnderItsOwnName) {
   auto& list = dynamic_cast<ProgressListView&>(window.listProcessLog());
   list.setFocus();
   for (int i = 0; i < 3; ++i) QTest::keyClick(&list, Qt::Key_Down);
-  QAccessibleInterface& lines = seen(list);
+  QAccessibleInterface& lines = accessible(list);
   EXPECT_EQ(lines.role(), QAccessible::List);
   EXPECT_EQ(lines.text(QAccessible::Name).toStdString(), "导出进度");
   EXPECT_EQ(lines.text(QAccessible::Description), find("listProcessLog").toolTip());
@@ -118,10 +118,10 @@ TEST_F(Help, AScreenReaderSeesTheLinesAndEachFrameUnderItsOwnName) {
   EXPECT_EQ(lines.childCount(), 0);
 }
 
-TEST_F(Help, TheNamingListAndTheRunButtonTellAtOnceWhatTheOptionsMakeOfAName) {
+TEST_F(Help, TheNamingListAndTheRunButtonShowTheResultingFileNamesAtOnce) {
   QComboBox& names = find<QComboBox>("cboRenameType");
-  const auto told = [&](const char* name) {
-    return seen(find(name)).text(QAccessible::Description).toStdString();
+  const auto preview = [&](const char* name) {
+    return accessible(find(name)).text(QAccessible::Description).toStdString();
   };
   const auto examples = [&] {
     std::string all;
@@ -131,10 +131,11 @@ TEST_F(Help, TheNamingListAndTheRunButtonTellAtOnceWhatTheOptionsMakeOfAName) {
     return all;
   };
   const std::string none = "还没有选择成果输出文件夹。\n", runs = "从最早的一批开始";
-  const std::string warning = "⚠ 会互相覆盖，都存为 0001001.tif：\n";  // the documents' names alone
-  EXPECT_THAT(told("cboRenameType"), testing::StartsWith(none + warning));
-  EXPECT_THAT(told("btnRun"), testing::AllOf(testing::StartsWith(none + warning),
-                                             testing::HasSubstr("。\n" + runs)));
+  const std::string warning =
+      "⚠ 会互相覆盖，都存为 0001001.tif：\n";  // named after the document only
+  EXPECT_THAT(preview("cboRenameType"), testing::StartsWith(none + warning));
+  EXPECT_THAT(preview("btnRun"), testing::AllOf(testing::StartsWith(none + warning),
+                                                testing::HasSubstr("。\n" + runs)));
   click("chkCreateBatchFolder");
   find<QLineEdit>("txtSp2").setText("_");
   EXPECT_EQ(examples(),
@@ -145,35 +146,35 @@ TEST_F(Help, TheNamingListAndTheRunButtonTellAtOnceWhatTheOptionsMakeOfAName) {
   EXPECT_THAT(examples(), testing::HasSubstr("\n档案（件）名称 + 页码：0003_2.tif\n"));
   names.setCurrentIndex(2);
   emit names.activated(2);
-  EXPECT_THAT(told("btnRun"), testing::StartsWith(none + runs));
+  EXPECT_THAT(preview("btnRun"), testing::StartsWith(none + runs));
   click("optSaveFileType_2");
   click("optMutiPage_1");
   EXPECT_EQ(examples(),
             "档案（件）名称：0003.pdf\n档案名称 + 档案（件）名称：2024-0001-0003.pdf\n");
-  EXPECT_THAT(told("btnRun"), testing::StartsWith(none + "⚠ 还没有选择命名"));
-  QAccessibleInterface& list = seen(*names.view());
+  EXPECT_THAT(preview("btnRun"), testing::StartsWith(none + "⚠ 还没有选择命名"));
+  QAccessibleInterface& list = accessible(*names.view());
   ASSERT_EQ(list.childCount(), 2);
   EXPECT_EQ(list.child(0)->text(QAccessible::Name).toStdString(), "档案（件）名称：0003.pdf");
   EXPECT_EQ(names.itemText(0).toStdString(), "档案（件）名称");
 
   ExportForm form;
   form.chooseSavePath(L"\\home\\成果");
-  form.settings().ReNameSp1 = L"-";  // as the load leaves it
+  form.settings().ReNameSp1 = L"-";  // the default of data.ini
   form.setText(TextBox::Sp2, L"_");
   form.clickButton(OptionGroup::MutiPage, 0);
-  const auto preview = [&](int pattern, const wchar_t* width) {
+  const auto formPreview = [&](int pattern, const wchar_t* width) {
     form.selectRenameType(pattern);
     form.setText(TextBox::LiuShui, width);
     return toUtf8(namingPreview(form));
   };
   const std::string asPage = "例：档案 2024-0001 的第 0003 件，第 2 页存为：\n/home/成果/";
-  EXPECT_EQ(preview(4, L"3"), asPage + "2024-0001-0003_002.tif\n");
-  EXPECT_THAT(preview(1, L"3"),
+  EXPECT_EQ(formPreview(4, L"3"), asPage + "2024-0001-0003_002.tif\n");
+  EXPECT_THAT(formPreview(1, L"3"),
               testing::StartsWith(asPage + "002.tif\n⚠ 会互相覆盖，都存为 001.tif：\n"));
   form.setChecked(CheckBox::CreateBatchFolder, true);
   form.setChecked(CheckBox::CreateDocFolder, true);
-  EXPECT_EQ(preview(1, L"0"), asPage + "2024-0001/0003/2.tif\n");
-  EXPECT_EQ(preview(1, L"99999"), "页码位数或分割符不能用，请改正。\n");
+  EXPECT_EQ(formPreview(1, L"0"), asPage + "2024-0001/0003/2.tif\n");
+  EXPECT_EQ(formPreview(1, L"99999"), "页码位数或分割符不能用，请改正。\n");
   form.setText(TextBox::LiuShui, L"3");
   form.clickButton(OptionGroup::SaveFileType, 2);
   form.clickButton(OptionGroup::MutiPage, 1);
@@ -181,10 +182,10 @@ TEST_F(Help, TheNamingListAndTheRunButtonTellAtOnceWhatTheOptionsMakeOfAName) {
       "例：档案 2024-0001 的第 0003 件，第 2 页在这个文件里：\n/home/成果/2024-0001/0003/";
   EXPECT_EQ(toUtf8(namingPreview(form)),
             inOne + ".pdf\n⚠ 还没有选择命名，文件名里没有档案（件）名称！\n");
-  EXPECT_EQ(preview(0, L"3"), inOne + "0003.pdf\n");
+  EXPECT_EQ(formPreview(0, L"3"), inOne + "0003.pdf\n");
 }
 
-TEST_F(Help, TheTipsOfTheListAndOfStopTellHowFarTheRunIs) {
+TEST_F(Help, TheTipsOfTheListAndOfTheStopButtonShowTheProgress) {
   const auto setWaiting = [&](int batches) {
     std::string rows;
     for (int i = 0; i < batches; ++i) rows += ", ('B', '完成扫描', 1)";
@@ -196,7 +197,7 @@ TEST_F(Help, TheTipsOfTheListAndOfStopTellHowFarTheRunIs) {
   QWidget &list = find("listProcessLog"), &stop = find("btnStop");
   const QString tipOfList = list.toolTip(), tipOfStop = stop.toolTip();
   const auto tip = [] { return QToolTip::isVisible() ? QToolTip::text().toStdString() : ""; };
-  const auto comes = [&](const std::string& text) {  // by itself, while the tip is shown
+  const auto updatesTo = [&](const std::string& text) {  // while the tip is shown
     return QTest::qWaitFor([&] { return tip().find(text) != std::string::npos; });
   };
   const auto ask = [&](QWidget& control) {
@@ -216,10 +217,10 @@ TEST_F(Help, TheTipsOfTheListAndOfStopTellHowFarTheRunIs) {
     EXPECT_THAT(ask(list), testing::HasSubstr(begin + "已完成 0 批，还有 2 批等待导出\n"));
     setWaiting(2);
     host.progress().beginPage(3, 9);
-    EXPECT_TRUE(comes("第 3 页，共 9 页\n已完成 0 批，还有 2 批等待导出\n")) << tip();
+    EXPECT_TRUE(updatesTo("第 3 页，共 9 页\n已完成 0 批，还有 2 批等待导出\n")) << tip();
     host.progress().endBatch(true);
     host.progress().beginBatch(L"B2", 9);
-    EXPECT_TRUE(comes("已完成 1 批，还有 1 批等待导出\n")) << tip();
+    EXPECT_TRUE(updatesTo("已完成 1 批，还有 1 批等待导出\n")) << tip();
     EXPECT_THAT(ask(stop), testing::AllOf(testing::StartsWith("正在导出档案【B2】\n"),
                                           testing::EndsWith(tipOfStop.toStdString())));
     QToolTip::hideText();
@@ -237,7 +238,7 @@ TEST_F(Help, TheTipsOfTheListAndOfStopTellHowFarTheRunIs) {
   EXPECT_EQ(ask(list), tipOfList.toStdString());
 }
 
-TEST(ScreenFit, TheDesignIsShownWholeWheneverItCan) {
+TEST(ScreenFit, TheWholeWindowIsVisibleWheneverPossible) {
   const QSize design(933, 645);
   for (const QSize screen : {QSize(1920, 1080), QSize(1366, 768), QSize(1366, 681)}) {
     EXPECT_EQ(fittingScale(design, screen, 1), 1) << screen.width();
@@ -249,7 +250,7 @@ TEST(ScreenFit, TheDesignIsShownWholeWheneverItCan) {
     EXPECT_LE(design.width() * scale, screen.width());
     EXPECT_LE(design.height() * scale + 20, screen.height());
   }
-  // What Qt can draw smallest stays, on a screen that it is too large for.
+  // The scale is never below one dot per pixel, even if the screen is too small for that.
   EXPECT_EQ(fittingScale(design, QSize(800, 600), 1), 1);
   EXPECT_EQ(fittingScale(design, QSize(400, 300), 2), 0.5);
 }

@@ -13,7 +13,7 @@ namespace {
 
 class Layout : public Station {
  protected:
-  /// How many pixels of a control, or of a part of it, are as dark as text.
+  /// The number of pixels of a control, or of a part of it, that are as dark as text.
   static int ink(QWidget& control, const QRect& part = {0, 0, -1, -1}) {
     const QImage image = control.grab(part).toImage();
     int dark = 0;
@@ -24,12 +24,12 @@ class Layout : public Station {
   }
 };
 
-TEST_F(Layout, ControlsLieWhereTheyAreDesigned) {
+TEST_F(Layout, ControlsHaveTheirDesignedPositions) {
   const struct {
-    const char *name, *inside;
+    const char *name, *parent;
     QRect geometry;  // in pixels
   } places[] = {
-      {"listProcessLog", "frmMain", {408, 9, 525, 644}},  // as the first layout leaves it
+      {"listProcessLog", "frmMain", {408, 9, 525, 644}},  // after the first layout
       {"Frame6", "frmMain", {8, 8, 393, 73}},
       {"txtSavePath", "Frame6", {8, 16, 329, 49}},
       {"Frame1", "frmMain", {8, 88, 393, 57}},
@@ -48,9 +48,9 @@ TEST_F(Layout, ControlsLieWhereTheyAreDesigned) {
   EXPECT_EQ(window.size(), QSize(933, 645).boundedTo(window.screen()->availableSize()));
   window.resize(933, 645);
   window.show();
-  for (const auto& [name, inside, geometry] : places) {
+  for (const auto& [name, parent, geometry] : places) {
     EXPECT_EQ(find(name).geometry(), geometry) << name;
-    EXPECT_EQ(find(name).parentWidget()->objectName().toStdString(), inside) << name;
+    EXPECT_EQ(find(name).parentWidget()->objectName().toStdString(), parent) << name;
     EXPECT_TRUE(find(name).isVisible()) << name;
   }
   EXPECT_FALSE(find("Frame7").isVisible());
@@ -61,7 +61,7 @@ TEST_F(Layout, ControlsLieWhereTheyAreDesigned) {
   }
 }
 
-TEST_F(Layout, EveryTextStandsOutFromWhatItIsWrittenOn) {
+TEST_F(Layout, EveryTextHasEnoughContrastToItsBackground) {
   const auto luminance = [](const QColor& colour) {
     const auto linear = [](double part) {
       return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
@@ -98,7 +98,7 @@ TEST_F(Layout, NoCaptionIsClipped) {
     }(control->property("text").toString());
     if (qobject_cast<QLabel*>(control) || qobject_cast<QRadioButton*>(control) ||
         qobject_cast<QCheckBox*>(control)) {
-      // As much is drawn in the control as in a larger one.
+      // A larger control shows no more of the caption.
       const QSize size = control->size();
       const int drawn = ink(*control);
       control->resize(size + QSize(60, 40));
@@ -125,7 +125,7 @@ TEST_F(Layout, NoCaptionIsClipped) {
   }
 }
 
-TEST_F(Layout, TheNumberOfDigitsLiesInTheGapOfItsLabelInEveryFont) {
+TEST_F(Layout, TheDigitsBoxIsInTheGapOfItsLabelInEveryFont) {
   const QFont usual = QApplication::font();
   for (const double wider : {0.0, -1.0}) {
     QFont font = usual;
@@ -142,7 +142,7 @@ TEST_F(Layout, TheNumberOfDigitsLiesInTheGapOfItsLabelInEveryFont) {
   QApplication::setFont(usual);
 }
 
-TEST_F(Layout, TabGoesThroughTheControlsInTheirOrderAndStopsOnceInAGroup) {
+TEST_F(Layout, TabVisitsTheControlsInOrderAndEachGroupOnce) {
   const std::string order =
       "listProcessLog optSaveFileType_2 optSaveFileType_1 optSaveFileType_0 optMutiPage_0 "
       "optMutiPage_1 optCompressionType_1 optCompressionType_0 optCompressionRatios_2 "
@@ -173,7 +173,7 @@ TEST_F(Layout, TabGoesThroughTheControlsInTheirOrderAndStopsOnceInAGroup) {
             "cmdSelectPath btnRun btnExit ");
 }
 
-TEST_F(Layout, TheListFollowsTheWindowAndRefusesNegativeMeasures) {
+TEST_F(Layout, TheListFollowsTheWindowAndIgnoresNegativeSizes) {
   window.show();
   const std::pair<QSize, QSize> steps[] = {{{933, 645}, {525, 644}}, {{1300, 800}, {892, 799}},
                                            {{407, 300}, {892, 299}}, {{409, 20}, {1, 19}},
