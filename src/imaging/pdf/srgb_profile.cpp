@@ -18,7 +18,7 @@ void put(std::string& out, std::uint32_t value, int width) {
   }
 }
 
-// Numbers with 16 bits behind the point (s15Fixed16Number).
+// Each number has 16 fraction bits (s15Fixed16Number).
 std::string xyz(std::array<std::uint32_t, 3> fixedPoint) {
   std::string data("XYZ \0\0\0\0", 8);
   for (const std::uint32_t number : fixedPoint) put(data, number, 4);
@@ -30,7 +30,7 @@ std::string text(std::string_view words) {
   return data.append(words).append(1, '\0');
 }
 
-// The text in ASCII, and no text in Unicode and in Macintosh script.
+// The text in ASCII; the Unicode and Macintosh texts are empty.
 std::string descriptionText(std::string_view words) {
   std::string data("desc\0\0\0\0", 8);
   put(data, static_cast<std::uint32_t>(words.size() + 1), 4);

@@ -4,7 +4,7 @@
 
 namespace orvane {
 
-/// An ICC profile (ICC.1:2001-04, version 2.1, monitor class) of sRGB, made from the numbers of
+/// An ICC profile (ICC.1:2001-04, version 2.1, monitor class) of sRGB, computed from
 /// IEC 61966-2-1.
 std::string srgbProfile();
 

@@ -203,6 +203,18 @@ TEST(Group4, CopiesRowsAndNotWhatFollowsOrNamesTheRowAndTheDamage) {
   }
 }
 
+TEST(Group4, RunsAroundTheirMakeUpCodesAreReadByLibtiff) {
+  for (const std::uint32_t run : {63, 64, 2559, 2560, 2623, 2624, 2687, 2688, 5183, 5184, 7744}) {
+    Raster page = emptyRaster(Raster{}, 2 * run + 8, 1);
+    for (std::uint32_t x = run; x < 2 * run; ++x) {
+      page.pixels[x / 8] |= static_cast<std::uint8_t>(0x80 >> x % 8);
+    }
+    const LibtiffReading reading = readWithLibtiff(encodeGroup4(page));
+    EXPECT_EQ(reading.messages, "") << run;
+    EXPECT_EQ(reading.pixels, page.pixels) << run;
+  }
+}
+
 TEST(Group4, BlankRowsEndWithThePageOrWithTheirBits) {
   for (const std::uint32_t rows : {1, 55, 56, 57, 63, 64, 200}) {
     EncodedImage image = encodeGroup4(emptyRaster(Raster{}, 8, rows));

@@ -30,7 +30,7 @@ struct PdfFileTest : FileTest {
     }
     return write(pages);
   }
-  // The output intent and the profiles of pages.
+  // The number of ICC profiles in the file, including that of the output intent.
   long profiles() const { return std::stol(judge("grep -ao acsp out | wc -l")); }
 };
 
@@ -83,7 +83,7 @@ TEST_F(PdfFileTest, AnAppendIsTheSameRememberedOrReadBack) {
     EXPECT_EQ(profiles(), page == plainPage ? 1 : 5);
   }
   EXPECT_EQ(judge("pdfimages -l 9 -list out | grep -c icc"), "6\n");
-  PdfFile().create(path, plainPage(7));  // another file under the old name
+  PdfFile().create(path, plainPage(7));  // a new file of the same name
   remembering.append(path, plainPage(8));
   EXPECT_EQ(PdfFile::pageCount(path), 2);
 }
@@ -103,7 +103,7 @@ TEST_F(PdfFileTest, DeletingGivesTheFileThatNeverHadThePage) {
     }
     expectSound();
   }
-  PdfFile::deletePage(path, 1);  // the first one names the document and brings a profile
+  PdfFile::deletePage(path, 1);  // the identifier depends on it, and it brings a profile
   expectSound();
   EXPECT_EQ(profiles(), 4);
   write(profiledPage, 202);
@@ -126,7 +126,7 @@ TEST_F(PdfFileTest, OnlyWhatThisProgramWroteIsTouched) {
     const auto told = HasSubstr("not a PDF file that this program wrote");
     EXPECT_THAT(failureOf([&] { PdfFile().append(path, plainPage(1)); }), told);
     EXPECT_EQ(bytes(), content);
-    if (content == brokenProfile) continue;  // a look at the profiles comes with appends only
+    if (content == brokenProfile) continue;  // only an append reads the profiles
     EXPECT_THAT(failureOf([&] { PdfFile::deletePage(path, 1); }), told);
     EXPECT_THAT(failureOf([&] { PdfFile::pageCount(path); }), told);
     EXPECT_EQ(bytes(), content);
