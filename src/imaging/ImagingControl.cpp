@@ -13,7 +13,7 @@
 #include "foundation/utf8_text.h"
 #include "imaging/BitmapHandles.h"
 #include "imaging/encode_page.h"
-#include "imaging/jpeg/JpegFile.h"
+#include "imaging/jpeg/jpeg.h"
 #include "imaging/operations/crop.h"
 #include "imaging/operations/finishing_filter.h"
 #include "imaging/operations/resize.h"

@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 
 #include "imaging/container_checks.h"
-#include "imaging/jpeg/JpegFile.h"
+#include "imaging/jpeg/jpeg.h"
 #include "imaging/pdf/PdfFile.h"
 #include "imaging/tiff/TiffFile.h"
 #include "support/failureOf.h"

@@ -4,30 +4,51 @@
 #include <array>
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
 #include <jerror.h>
 #include <jpeglib.h>
 #include <new>
-#include <utility>
+#include <vector>
 
 #include "foundation/Bytes.h"
 #include "foundation/Failure.h"
+#include "foundation/OutputFile.h"
 #include "imaging/jpeg/jpeg_header.h"
+#include "imaging/jpeg/jpeg_tables.h"
 #include "imaging/raster/EncodedImage.h"
 #include "imaging/raster/Raster.h"
+#include "imaging/raster/icc_profile.h"
 
 namespace orvane {
 namespace {
 
-/// One run of libjpeg's compressor. Its errors become Failure with libjpeg's text.
+void silence(j_common_ptr, int) {}
+
+// One run of libjpeg's compressor. Its errors become Failure with libjpeg's text.
 class JpegCompressor {
  public:
-  JpegCompressor();
+  JpegCompressor() {
+    info_.err = jpeg_std_error(&errors_.base);
+    errors_.base.error_exit = leave;
+    errors_.base.emit_message = silence;
+  }
   JpegCompressor(const JpegCompressor&) = delete;
   JpegCompressor& operator=(const JpegCompressor&) = delete;
-  ~JpegCompressor();
+  ~JpegCompressor() {
+    // After an error too, libjpeg hands the memory over that it has written to.
+    if (output_ != nullptr) info_.dest->term_destination(&info_);
+    std::free(output_);
+    jpeg_destroy_compress(&info_);
+  }
 
-  /// Encodes an 8-bit gray or RGB raster as a whole baseline stream. To be called once.
-  Bytes compress(const Raster& raster, const JpegTables& tables, const Resolution& resolution);
+  // Encodes an 8-bit gray or RGB raster as a whole baseline stream. To be called once.
+  Bytes compress(const Raster& raster, const SaveTables& tables, const Resolution& resolution) {
+    if (!tryCompress(raster, tables, resolution)) {
+      if (errors_.base.msg_code == JERR_OUT_OF_MEMORY) throw std::bad_alloc();
+      throw Failure(errors_.text);
+    }
+    return Bytes(output_, output_ + outputSize_);
+  }
 
  private:
   struct Errors {
@@ -36,96 +57,34 @@ class JpegCompressor {
     char text[JMSG_LENGTH_MAX];
   };
 
-  struct Destination {
-    jpeg_destination_mgr base;  // first, as above
-    JpegCompressor* owner;
-  };
+  // libjpeg is C and is left by a jump; nothing that it skips may need a destructor.
+  [[noreturn]] static void leave(j_common_ptr info) {
+    auto* errors = reinterpret_cast<Errors*>(info->err);
+    errors->base.format_message(info, errors->text);
+    std::longjmp(errors->jump, 1);
+  }
 
-  [[noreturn]] static void leave(j_common_ptr info);
-  static void beginOutput(j_compress_ptr info);
-  static boolean growOutput(j_compress_ptr info);
-  static void endOutput(j_compress_ptr info);
+  bool tryCompress(const Raster& raster, const SaveTables& tables, const Resolution& resolution);
 
-  bool tryCompress(const Raster& raster, const JpegTables& tables, const Resolution& resolution);
-  void setTable(int index, const QuantisationTable& table);
+  void setTable(int index, const RowOrderTable& table) {
+    std::array<unsigned, 64> steps;
+    std::ranges::copy(table.steps, steps.begin());
+    jpeg_add_quant_table(&info_, index, steps.data(), 100, TRUE);
+  }
 
   Errors errors_{};
   jpeg_compress_struct info_{};
-  Destination destination_{};
-  Bytes output_;
+  unsigned char* output_ = nullptr;  // of malloc
+  unsigned long outputSize_ = 0;
 };
 
 constexpr JDIMENSION kRowsAtOnce = 16;
 
-constexpr std::size_t kFirstOutput = std::size_t{1} << 16;
-
-void silence(j_common_ptr, int) {}
-
-bool tryResize(Bytes& bytes, std::size_t size) {
-  try {
-    bytes.resize(size);
-    return true;
-  } catch (const std::exception&) {
-    return false;
-  }
-}
-
-JpegCompressor::JpegCompressor() {
-  info_.err = jpeg_std_error(&errors_.base);
-  errors_.base.error_exit = leave;
-  errors_.base.emit_message = silence;
-  destination_.base.init_destination = beginOutput;
-  destination_.base.empty_output_buffer = growOutput;
-  destination_.base.term_destination = endOutput;
-  destination_.owner = this;
-}
-
-JpegCompressor::~JpegCompressor() {
-  jpeg_destroy_compress(&info_);
-}
-
-Bytes JpegCompressor::compress(const Raster& raster, const JpegTables& tables,
-                               const Resolution& resolution) {
-  if (!tryCompress(raster, tables, resolution)) {
-    if (errors_.base.msg_code == JERR_OUT_OF_MEMORY) throw std::bad_alloc();
-    throw Failure(errors_.text);
-  }
-  return std::move(output_);
-}
-
-// libjpeg is C and has to be left by a jump; nothing that it skips may need a destructor.
-void JpegCompressor::leave(j_common_ptr info) {
-  auto* errors = reinterpret_cast<Errors*>(info->err);
-  errors->base.format_message(info, errors->text);
-  std::longjmp(errors->jump, 1);
-}
-
-void JpegCompressor::beginOutput(j_compress_ptr info) {
-  growOutput(info);
-}
-
-// Called when the output is full, however much of it libjpeg says is free.
-boolean JpegCompressor::growOutput(j_compress_ptr info) {
-  auto* destination = reinterpret_cast<Destination*>(info->dest);
-  Bytes& output = destination->owner->output_;
-  const std::size_t used = output.size();
-  if (!tryResize(output, std::max(2 * used, kFirstOutput))) ERREXIT1(info, JERR_OUT_OF_MEMORY, 0);
-  destination->base.next_output_byte = output.data() + used;
-  destination->base.free_in_buffer = output.size() - used;
-  return TRUE;
-}
-
-void JpegCompressor::endOutput(j_compress_ptr info) {
-  auto* destination = reinterpret_cast<Destination*>(info->dest);
-  Bytes& output = destination->owner->output_;
-  output.resize(output.size() - destination->base.free_in_buffer);
-}
-
-bool JpegCompressor::tryCompress(const Raster& raster, const JpegTables& tables,
+bool JpegCompressor::tryCompress(const Raster& raster, const SaveTables& tables,
                                  const Resolution& resolution) {
   if (setjmp(errors_.jump) != 0) return false;
   jpeg_create_compress(&info_);
-  info_.dest = &destination_.base;
+  jpeg_mem_dest(&info_, &output_, &outputSize_);
   info_.image_width = raster.width;
   info_.image_height = raster.height;
   info_.input_components = raster.samplesPerPixel;
@@ -150,10 +109,34 @@ bool JpegCompressor::tryCompress(const Raster& raster, const JpegTables& tables,
   return true;
 }
 
-void JpegCompressor::setTable(int index, const QuantisationTable& table) {
-  std::array<unsigned, 64> entries;
-  std::copy(table.begin(), table.end(), entries.begin());
-  jpeg_add_quant_table(&info_, index, entries.data(), 100, TRUE);
+// Appends APP2 segment `index` of `count` (ICC.1 annex B.4).
+void appendSegment(Bytes& segments, ByteView part, std::size_t index, std::size_t count) {
+  const std::size_t length = 2 + kIccSegmentName.size() + 2 + part.size();
+  appendMarker(segments, kIccSegmentMarker);
+  segments.push_back(static_cast<std::uint8_t>(length >> 8));
+  segments.push_back(static_cast<std::uint8_t>(length));
+  segments.insert(segments.end(), kIccSegmentName.begin(), kIccSegmentName.end());
+  segments.push_back(static_cast<std::uint8_t>(index + 1));
+  segments.push_back(static_cast<std::uint8_t>(count));
+  segments.insert(segments.end(), part.begin(), part.end());
+}
+
+Bytes profileSegments(ByteView profile) {
+  const std::size_t count = (profile.size() + kMostIccSegmentBytes - 1) / kMostIccSegmentBytes;
+  Bytes segments;
+  for (std::size_t i = 0; i < count; ++i) {
+    const ByteView rest = profile.subspan(i * kMostIccSegmentBytes);
+    appendSegment(segments, rest.first(std::min(rest.size(), kMostIccSegmentBytes)), i, count);
+  }
+  return segments;
+}
+
+// Where further segments may be inserted: after the start of the image and the JFIF segment, which
+// has to be the first.
+std::size_t placeOfSegments(ByteView stream) {
+  const bool isJfif = stream.size() > 6 && stream[2] == 0xFF && stream[3] == 0xE0;
+  const std::size_t place = isJfif ? 4 + (std::size_t{stream[4]} << 8 | stream[5]) : 2;
+  return std::min(place, stream.size());
 }
 
 }  // namespace
@@ -173,8 +156,22 @@ EncodedImage encodeJpeg(const Raster& raster, JpegFactors factors, const Resolut
     image.chromaSubsampling = {2, 2};
   }
   JpegCompressor compressor;
-  image.strips.push_back(compressor.compress(raster, quantisationTables(factors), resolution));
+  image.strips.push_back(compressor.compress(raster, saveTables(factors), resolution));
   return image;
+}
+
+void writeJpegFile(const std::wstring& path, const EncodedImage& image) {
+  requireWholeImage(path, image);
+  if (image.compression != Compression::Jpeg || image.strips.size() != 1) {
+    throw fileFailure(path, "the image is not one JPEG stream");
+  }
+  const ByteView stream = image.strips.front();
+  const std::size_t place = placeOfSegments(stream);
+  const Bytes profile = profileSegments(image.iccProfile);
+  const std::vector<ByteView> parts{stream.first(place), profile, stream.subspan(place)};
+  OutputFile file = OutputFile::createAnew(path);
+  file.write(0, parts);
+  file.close();
 }
 
 }  // namespace orvane

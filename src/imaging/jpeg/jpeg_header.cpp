@@ -1,59 +1,13 @@
 #include "imaging/jpeg/jpeg_header.h"
 
 #include <algorithm>
-#include <numeric>
+#include <cmath>
 #include <string_view>
+#include <utility>
 
 #include "foundation/Failure.h"
 
 namespace orvane {
-
-const QuantisationTable kAnnexKLuminance = {16, 11, 10, 16, 24,  40,  51,  61,   //
-                                            12, 12, 14, 19, 26,  58,  60,  55,   //
-                                            14, 13, 16, 24, 40,  57,  69,  56,   //
-                                            14, 17, 22, 29, 51,  87,  80,  62,   //
-                                            18, 22, 37, 56, 68,  109, 103, 77,   //
-                                            24, 35, 55, 64, 81,  104, 113, 92,   //
-                                            49, 64, 78, 87, 103, 121, 120, 101,  //
-                                            72, 92, 95, 98, 112, 100, 103, 99};
-
-const QuantisationTable kAnnexKChrominance = {17, 18, 24, 47, 99, 99, 99, 99,  //
-                                              18, 21, 26, 66, 99, 99, 99, 99,  //
-                                              24, 26, 56, 99, 99, 99, 99, 99,  //
-                                              47, 66, 99, 99, 99, 99, 99, 99,  //
-                                              99, 99, 99, 99, 99, 99, 99, 99,  //
-                                              99, 99, 99, 99, 99, 99, 99, 99,  //
-                                              99, 99, 99, 99, 99, 99, 99, 99,  //
-                                              99, 99, 99, 99, 99, 99, 99, 99};
-
-const std::array<std::uint8_t, 64> kZigzag = {
-    0,  1,  8,  16, 9,  2,  3,  10, 17, 24, 32, 25, 18, 11, 4,  5,   //
-    12, 19, 26, 33, 40, 48, 41, 34, 27, 20, 13, 6,  7,  14, 21, 28,  //
-    35, 42, 49, 56, 57, 50, 43, 36, 29, 22, 15, 23, 30, 37, 44, 51,  //
-    58, 59, 52, 45, 38, 31, 39, 46, 53, 60, 61, 54, 47, 55, 62, 63};
-
-namespace {
-
-QuantisationTable scaled(const QuantisationTable& table, int percent) {
-  QuantisationTable result;
-  std::transform(table.begin(), table.end(), result.begin(), [percent](int entry) {
-    return static_cast<std::uint16_t>(std::clamp((entry * percent + 50) / 100, 1, 255));
-  });
-  return result;
-}
-
-}  // namespace
-
-int quantisationPercent(int quality) {
-  quality = std::clamp(quality, 1, 100);
-  return quality < 50 ? 5000 / quality : 200 - 2 * quality;
-}
-
-JpegTables quantisationTables(JpegFactors factors) {
-  return {scaled(kAnnexKLuminance, quantisationPercent(100 - factors.major)),
-          scaled(kAnnexKChrominance, quantisationPercent(100 - factors.minor))};
-}
-
 namespace {
 
 using namespace jpeg_marker;
@@ -87,7 +41,7 @@ class HeaderReader {
  public:
   explicit HeaderReader(ByteView stream) : stream_(stream) {}
 
-  std::optional<JpegHeader> read() {
+  std::optional<JpegSource> read() {
     if (stream_.number16() != (0xFF00 | kStartOfImage)) {
       throw Failure("JPEG: it does not begin as a stream");
     }
@@ -121,7 +75,7 @@ class HeaderReader {
     if (marker == kFrameBaseline) return readFrame(segment);
     if (marker == kAdobe) return readAdobe(segment);
     if (marker == kRestartInterval) {
-      header_.restartInterval = segment.number16();
+      source_.restartInterval = segment.number16();
       return;
     }
     const bool passedOver =
@@ -136,9 +90,9 @@ class HeaderReader {
         supported_ = false;
         return;
       }
-      QuantisationTable& table = header_.quantisation[kind].emplace();
-      std::ranges::copy(segment.take(table.size()), table.begin());
-      if (std::ranges::count(table, 0) != 0) throw Failure("JPEG: a quantisation step is 0");
+      auto& [steps] = source_.quantisation[kind].emplace();
+      std::ranges::copy(segment.take(steps.size()), steps.begin());
+      if (std::ranges::count(steps, 0) != 0) throw Failure("JPEG: a quantisation step is 0");
     }
   }
 
@@ -147,29 +101,27 @@ class HeaderReader {
       const std::uint8_t kind = segment.byte();
       HuffmanTable table;
       std::ranges::copy(segment.take(table.counts.size()), table.counts.begin());
-      const unsigned total = std::accumulate(table.counts.begin(), table.counts.end(), 0u);
-      const ByteView symbols = segment.take(total);
-      table.symbols.assign(symbols.begin(), symbols.end());
-      const bool dc = kind < 0x10;
+      const ByteView symbols = segment.take(table.codeCount());
+      const bool isDc = kind < 0x10;
       const bool badSymbol =
-          dc && std::ranges::any_of(table.symbols, [](auto symbol) { return symbol > 15; });
-      if (total > 256 || (kind & ~0x13) != 0 || badSymbol || !isPossible(table)) {
+          isDc && std::ranges::any_of(symbols, [](auto symbol) { return symbol > 15; });
+      if ((kind & ~0x13) != 0 || badSymbol || !table.isPossible()) {
         throw Failure("JPEG: a Huffman table is impossible");
       }
-      auto& tables = dc ? header_.dcTables : header_.acTables;
-      tables[kind & 3] = std::move(table);
+      std::ranges::copy(symbols, table.symbols.begin());
+      (isDc ? source_.dcTables : source_.acTables)[kind & 3] = table;
     }
   }
 
   void readFrame(SegmentReader segment) {
-    if (!header_.components.empty()) throw Failure("JPEG: there are two frames");
+    if (!source_.components.empty()) throw Failure("JPEG: there are two frames");
     const std::uint8_t precision = segment.byte();
-    header_.height = segment.number16();
-    header_.width = segment.number16();
+    source_.height = segment.number16();
+    source_.width = segment.number16();
     const std::uint8_t count = segment.byte();
-    if (header_.width == 0) throw Failure("JPEG: it has no columns");
+    if (source_.width == 0) throw Failure("JPEG: it has no columns");
     for (std::uint8_t i = 0; i < count; ++i) {
-      JpegComponent& component = header_.components.emplace_back();
+      JpegComponent& component = source_.components.emplace_back();
       component.id = segment.byte();
       const std::uint8_t sampling = segment.byte();
       component.horizontal = sampling >> 4;
@@ -180,11 +132,11 @@ class HeaderReader {
         throw Failure("JPEG: a sampling factor is impossible");
       }
     }
-    supported_ = precision == 8 && header_.height != 0 && samplingIsUsual();
+    supported_ = precision == 8 && source_.height != 0 && samplingIsUsual();
   }
 
   bool samplingIsUsual() const {
-    const auto& components = header_.components;
+    const auto& components = source_.components;
     if (components.size() == 1) return true;
     if (components.size() != 3) return false;
     const auto isSingle = [](const JpegComponent& chroma) {
@@ -201,14 +153,14 @@ class HeaderReader {
     constexpr std::size_t kSize = 12;
     if (segment.left() < kSize) return;
     const ByteView bytes = segment.take(kSize);
-    if (std::equal(kName.begin(), kName.end(), bytes.begin())) header_.adobeRgb = bytes[11] == 0;
+    if (std::equal(kName.begin(), kName.end(), bytes.begin())) source_.adobeRgb = bytes[11] == 0;
   }
 
-  std::optional<JpegHeader> readScan(SegmentReader segment) {
-    if (header_.components.empty()) throw Failure("JPEG: a scan comes before its frame");
+  std::optional<JpegSource> readScan(SegmentReader segment) {
+    if (source_.components.empty()) throw Failure("JPEG: a scan comes before its frame");
     const std::uint8_t count = segment.byte();
-    if (count != header_.components.size()) return std::nullopt;  // one of several scans
-    for (JpegComponent& component : header_.components) {
+    if (count != source_.components.size()) return std::nullopt;  // one of several scans
+    for (JpegComponent& component : source_.components) {
       if (segment.byte() != component.id) throw Failure("JPEG: a scan names unknown components");
       const std::uint8_t tables = segment.byte();
       component.dcTable = tables >> 4;
@@ -218,44 +170,33 @@ class HeaderReader {
     if (segment.byte() != 0 || segment.byte() != 63 || segment.byte() != 0) {
       throw Failure("JPEG: a scan does not hold all coefficients");
     }
-    header_.data = stream_.take(stream_.left());
-    return std::move(header_);
+    source_.data = stream_.take(stream_.left());
+    return std::move(source_);
   }
 
   void requireTables(const JpegComponent& component) const {
     const bool there = component.quantisation < 4 && component.dcTable < 4 &&
-                       component.acTable < 4 && header_.quantisation[component.quantisation] &&
-                       header_.dcTables[component.dcTable] && header_.acTables[component.acTable];
+                       component.acTable < 4 && source_.quantisation[component.quantisation] &&
+                       source_.dcTables[component.dcTable] && source_.acTables[component.acTable];
     if (!there) throw Failure("JPEG: a table is missing");
   }
 
   SegmentReader stream_;
-  JpegHeader header_;
+  JpegSource source_;
   bool supported_ = true;
 };
-
-}  // namespace
-
-std::optional<JpegHeader> readJpegHeader(ByteView stream) {
-  return HeaderReader(stream).read();
-}
-
-namespace {
-
-using namespace jpeg_marker;
 
 void append16(Bytes& bytes, std::size_t number) {
   bytes.push_back(static_cast<std::uint8_t>(number >> 8));
   bytes.push_back(static_cast<std::uint8_t>(number));
 }
 
-void append(Bytes& bytes, const Bytes& more) {
+void append(Bytes& bytes, ByteView more) {
   bytes.insert(bytes.end(), more.begin(), more.end());
 }
 
 void appendSegment(Bytes& stream, std::uint8_t marker, const Bytes& content) {
-  stream.push_back(0xFF);
-  stream.push_back(marker);
+  appendMarker(stream, marker);
   append16(stream, content.size() + 2);
   append(stream, content);
 }
@@ -264,7 +205,7 @@ Bytes jfif(const Resolution& resolution) {
   Bytes content = {'J', 'F', 'I', 'F', 0, 1, 1, 1};  // version 1.1, density in dots per inch
   append16(content, jfifDensity(resolution.x));
   append16(content, jfifDensity(resolution.y));
-  append(content, {0, 0});  // no thumbnail
+  append16(content, 0);  // no thumbnail
   return content;
 }
 
@@ -275,7 +216,8 @@ Bytes frame(const JpegHeader& header) {
   content.push_back(static_cast<std::uint8_t>(header.components.size()));
   for (const JpegComponent& component : header.components) {
     const auto sampling = component.horizontal << 4 | component.vertical;
-    append(content, {component.id, static_cast<std::uint8_t>(sampling), component.quantisation});
+    append(content,
+           Bytes{component.id, static_cast<std::uint8_t>(sampling), component.quantisation});
   }
   return content;
 }
@@ -284,9 +226,9 @@ Bytes scan(const JpegHeader& header) {
   Bytes content = {static_cast<std::uint8_t>(header.components.size())};
   for (const JpegComponent& component : header.components) {
     const auto tables = component.dcTable << 4 | component.acTable;
-    append(content, {component.id, static_cast<std::uint8_t>(tables)});
+    append(content, Bytes{component.id, static_cast<std::uint8_t>(tables)});
   }
-  append(content, {0, 63, 0});  // all coefficients, in one go
+  append(content, Bytes{0, 63, 0});  // all coefficients in one scan
   return content;
 }
 
@@ -296,23 +238,30 @@ void appendHuffmanTables(Bytes& stream, const HuffmanTables& tables, std::uint8_
   for (std::size_t i = 0; i < tables.size(); ++i) {
     if (!tables[i]) continue;
     Bytes content = {static_cast<std::uint8_t>(kind + i)};
-    content.insert(content.end(), tables[i]->counts.begin(), tables[i]->counts.end());
-    append(content, tables[i]->symbols);
+    append(content, tables[i]->counts);
+    append(content, std::span(tables[i]->symbols).first(tables[i]->codeCount()));
     appendSegment(stream, kHuffmanTables, content);
   }
 }
 
 }  // namespace
 
-Bytes jpegHead(const JpegHeader& header, const Resolution& resolution) {
+std::optional<JpegSource> readJpegHeader(ByteView stream) {
+  return HeaderReader(stream).read();
+}
+
+std::uint16_t jfifDensity(double dotsPerInch) {
+  if (!(dotsPerInch >= 1.0)) return 1;  // also for NaN
+  return static_cast<std::uint16_t>(std::lround(std::min(dotsPerInch, 65535.0)));
+}
+
+Bytes jfifHead(const JpegHeader& header, const Resolution& resolution) {
   Bytes stream = {0xFF, kStartOfImage};
   appendSegment(stream, kApplication0, jfif(resolution));
   for (std::size_t i = 0; i < header.quantisation.size(); ++i) {
     if (!header.quantisation[i]) continue;
     Bytes content = {static_cast<std::uint8_t>(i)};
-    for (const std::uint16_t entry : *header.quantisation[i]) {
-      content.push_back(static_cast<std::uint8_t>(entry));
-    }
+    append(content, header.quantisation[i]->steps);
     appendSegment(stream, kQuantisationTables, content);
   }
   appendSegment(stream, kFrameBaseline, frame(header));
@@ -325,6 +274,11 @@ Bytes jpegHead(const JpegHeader& header, const Resolution& resolution) {
   }
   appendSegment(stream, kStartOfScan, scan(header));
   return stream;
+}
+
+void appendMarker(Bytes& stream, std::uint8_t marker) {
+  stream.push_back(0xFF);
+  stream.push_back(marker);
 }
 
 }  // namespace orvane

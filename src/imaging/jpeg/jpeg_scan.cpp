@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "imaging/jpeg/jpeg_header.h"
-
 namespace orvane {
 namespace {
 
-// The place of the next 0xFF, or the end.
+// The next 0xFF, or the end.
 const std::uint8_t* findFF(const std::uint8_t* at, const std::uint8_t* end) {
   const void* found =
       at == end ? nullptr : std::memchr(at, 0xFF, static_cast<std::size_t>(end - at));
@@ -33,21 +31,18 @@ ByteView EntropySegments::next() {
   return segment_;
 }
 
-bool EntropySegments::atMarker(std::uint8_t marker) const {
+// The position after `marker` if that comes next, and fill bytes before it are passed over; else 0.
+std::size_t EntropySegments::afterMarker(std::uint8_t marker) const {
   const auto code = std::ranges::find_if(data_, [](std::uint8_t byte) { return byte != 0xFF; });
-  return code != data_.end() && code != data_.begin() && *code == marker;
+  if (code == data_.end() || code == data_.begin() || *code != marker) return 0;
+  return static_cast<std::size_t>(code - data_.begin()) + 1;
 }
 
 bool EntropySegments::takeRestart() {
-  if (!atMarker(static_cast<std::uint8_t>(jpeg_marker::kRestart0 + restarts_ % 8))) return false;
-  ++restarts_;
-  const auto code = std::ranges::find_if(data_, [](std::uint8_t byte) { return byte != 0xFF; });
-  data_ = data_.subspan(static_cast<std::size_t>(code - data_.begin()) + 1);
-  return true;
-}
-
-bool EntropySegments::atEndOfImage() const {
-  return atMarker(jpeg_marker::kEndOfImage);
+  const auto marker = static_cast<std::uint8_t>(jpeg_marker::kRestart0 + restarts_++ % 8);
+  const std::size_t taken = afterMarker(marker);
+  data_ = data_.subspan(taken);
+  return taken != 0;
 }
 
 void appendStuffed(Bytes& stream, ByteView bytes) {
@@ -61,6 +56,21 @@ void appendStuffed(Bytes& stream, ByteView bytes) {
     stream.push_back(0);
     at = ff + 1;
   }
+}
+
+JpegScan::JpegScan(const JpegSource& source) : source_(source), segments_(source.data) {
+  for (std::size_t i = 0; i < source.components.size(); ++i) {
+    std::optional<CoefficientDecoder>& dc = dcDecoders_[source.components[i].dcTable];
+    std::optional<CoefficientDecoder>& ac = acDecoders_[source.components[i].acTable];
+    if (!dc) dc.emplace(source.dcTableOf(i), kMostDcSize);
+    if (!ac) ac.emplace(source.acTableOf(i), kMostAcSize);
+    components_.push_back({*dc, *ac, source.blocksPerMcu(i)});
+  }
+}
+
+void JpegScan::fail(const char* what) const {
+  throw Failure("JPEG: row of blocks " + std::to_string(mcu_ / source_.mcusPerRow() + 1) + ": " +
+                what);
 }
 
 }  // namespace orvane

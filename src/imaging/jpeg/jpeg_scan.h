@@ -1,7 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,8 +14,8 @@
 
 namespace orvane {
 
-/// The entropy-coded data of a JPEG scan, cut at its markers and freed of the zero bytes that are
-/// stuffed behind each 0xFF (ITU-T T.81 B.1.1.5).
+/// The entropy-coded data of a JPEG scan, cut at its markers, without the zero byte that follows
+/// each byte 0xFF (ITU-T T.81 B.1.1.5).
 class EntropySegments {
  public:
   explicit EntropySegments(ByteView data) : data_(data) {}
@@ -25,46 +27,40 @@ class EntropySegments {
   /// Takes the restart marker that is due, if it is the next one.
   bool takeRestart();
 
-  bool atEndOfImage() const;
+  bool atEndOfImage() const { return afterMarker(jpeg_marker::kEndOfImage) != 0; }
 
   /// What has not been taken yet.
   ByteView left() const { return data_; }
 
  private:
-  bool atMarker(std::uint8_t marker) const;
+  std::size_t afterMarker(std::uint8_t marker) const;
 
   ByteView data_;
   Bytes segment_;
   std::uint8_t restarts_ = 0;
 };
 
-/// Appends `bytes` to a JPEG stream with a zero byte stuffed behind each 0xFF.
+/// Appends `bytes` to a JPEG stream with a zero byte after each byte 0xFF.
 void appendStuffed(Bytes& stream, ByteView bytes);
 
 /// Walks the entropy-coded data of a stream, MCU by MCU, and gives what it finds to a sink:
 ///
 ///     sink.dc(component, value)      the DC coefficient of the next block
-///     sink.ac(index, value)          one AC coefficient other than 0, `index` in zigzag order
+///     sink.ac(index, value)          an AC coefficient, `index` in zigzag order; some of them 0
 ///     sink.endBlock()
 ///
-/// Strict: every MCU, every restart marker and the end of the image have to be there. Throws
-/// Failure for damage. Values lie in the range of 8-bit samples: DC -1024 to 1023, AC -1023 to
-/// 1023.
+/// Strict: every MCU, every restart marker and the end of the image must be there. Throws Failure
+/// for damage. Values are in the range of 8-bit samples: DC -1024 to 1023, AC -1023 to 1023.
 class JpegScan {
  public:
-  explicit JpegScan(const JpegHeader& header) : header_(header), segments_(header.data) {
-    for (const auto& component : header.components) {
-      coders_.push_back(
-          {HuffmanDecoder(*header.dcTables[component.dcTable]),
-           HuffmanDecoder(*header.acTables[component.acTable]),
-           header.isGray() ? 1u : unsigned{component.horizontal} * component.vertical});
-    }
-  }
+  explicit JpegScan(const JpegSource& source);
+  JpegScan(const JpegScan&) = delete;
+  JpegScan& operator=(const JpegScan&) = delete;
 
   template <typename Sink>
   void walk(Sink& sink) {
-    const std::uint32_t total = header_.mcusPerRow() * header_.mcuRows();
-    const std::uint32_t interval = header_.restartInterval == 0 ? total : header_.restartInterval;
+    const std::uint32_t total = source_.mcuCount();
+    const std::uint32_t interval = source_.restartInterval == 0 ? total : source_.restartInterval;
     while (mcu_ < total) {
       if (mcu_ != 0 && !segments_.takeRestart()) fail("a restart marker is missing");
       walkInterval(std::min(interval, total - mcu_), sink);
@@ -73,32 +69,35 @@ class JpegScan {
     if (!segments_.atEndOfImage()) fail("the end of the image is missing");
   }
 
-  /// After the walk: the data as it lies in the stream, up to the end of the image.
+  /// After the walk: the data of the stream up to the end of the image, as it is stored.
   ByteView walkedData() const {
-    return header_.data.first(header_.data.size() - segments_.left().size());
+    return source_.data.first(source_.data.size() - segments_.left().size());
   }
 
  private:
-  static constexpr unsigned kMostDcSize = 11;
-  static constexpr unsigned kMostAcSize = 10;
   static constexpr int kLeastDc = -1024;
   static constexpr int kMostDc = 1023;
 
-  struct Coder {
-    HuffmanDecoder dc;
-    HuffmanDecoder ac;
-    unsigned blocksPerMcu;
+  // `BitReader::refill` makes 56 bits ready.
+  static constexpr unsigned kShortStepsARefill = 56 / CoefficientDecoder::kShortBits;
+
+  using Decoders = std::array<std::optional<CoefficientDecoder>, 4>;
+
+  struct Component {
+    const CoefficientDecoder& dc;
+    const CoefficientDecoder& ac;
+    std::uint32_t blocksPerMcu;
     int lastDc = 0;
   };
 
   template <typename Sink>
   void walkInterval(std::uint32_t mcus, Sink& sink) {
-    for (Coder& coder : coders_) coder.lastDc = 0;
+    for (Component& component : components_) component.lastDc = 0;
     const ByteView data = segments_.next();
     BitReader bits(data);
     for (const std::uint32_t end = mcu_ + mcus; mcu_ < end; ++mcu_) {
-      for (std::size_t i = 0; i < coders_.size(); ++i) {
-        for (unsigned block = 0; block < coders_[i].blocksPerMcu; ++block) {
+      for (std::size_t i = 0; i < components_.size(); ++i) {
+        for (std::uint32_t block = 0; block < components_[i].blocksPerMcu; ++block) {
           walkBlock(bits, i, sink);
         }
       }
@@ -108,51 +107,55 @@ class JpegScan {
   }
 
   template <typename Sink>
-  void walkBlock(BitReader& bits, std::size_t component, Sink& sink) {
-    Coder& coder = coders_[component];
+  void walkBlock(BitReader& bits, std::size_t index, Sink& sink) {
+    Component& component = components_[index];
     bits.refill();
-    const HuffmanDecoder::Hit dc = coder.dc.find(bits.bits());
-    if (dc.length == 0 || dc.symbol > kMostDcSize) fail("bad code");
-    coder.lastDc += takeValue(bits, dc.length, dc.symbol);
-    if (coder.lastDc < kLeastDc || coder.lastDc > kMostDc) fail("a value is out of range");
-    sink.dc(component, coder.lastDc);
-    for (unsigned index = 1; index < 64; ++index) {
-      bits.refill();
-      const HuffmanDecoder::Hit ac = coder.ac.find(bits.bits());
-      const unsigned run = ac.symbol >> 4;
-      const unsigned size = ac.symbol & 15;
-      if (size - 1u >= kMostAcSize) {
-        if (ac.length == 0 || size != 0 || (run != 0 && run != 15)) fail("bad code");
-        bits.skip(ac.length);
-        if (run == 0) break;  // the end of the block
-        index += 15;          // sixteen zeros
-        if (index >= 64) fail("a block is too long");
-        continue;
-      }
-      const int value = takeValue(bits, ac.length, size);
-      index += run;
-      if (index >= 64) fail("a block is too long");
-      sink.ac(index, value);
-    }
+    component.lastDc += takeStep(bits, component.dc).value;
+    if (component.lastDc < kLeastDc || component.lastDc > kMostDc) fail("a value is out of range");
+    sink.dc(index, component.lastDc);
+    walkAc(bits, component.ac, sink);
     sink.endBlock();
   }
 
-  // Takes a code and the `size` bits of its value (T.81 figure F.12).
-  static int takeValue(BitReader& bits, unsigned codeLength, unsigned size) {
-    const auto raw = static_cast<int>(bits.bits() << codeLength >> 1 >> (63 - size));
-    bits.skip(codeLength + size);
-    const int half = 1 << size >> 1;
-    return raw >= half ? raw : raw - (1 << size) + 1;
+  // The bits for a first batch of steps are left over from the DC coefficient.
+  template <typename Sink>
+  void walkAc(BitReader& bits, const CoefficientDecoder& decoder, Sink& sink) {
+    for (unsigned index = 0;; bits.refill()) {
+      for (unsigned i = 0; i < kShortStepsARefill - 1; ++i) {
+        const CoefficientStep step = takeStep(bits, decoder);
+        index += step.advance;
+        if (index > 63) {
+          if (index < CoefficientStep::kEndOfBlock) fail("a block is too long");
+          return;
+        }
+        sink.ac(index, step.value);
+        if (index == 63) return;
+      }
+    }
   }
 
-  [[noreturn]] void fail(const char* what) const {
-    throw Failure("JPEG: row of blocks " + std::to_string(mcu_ / header_.mcusPerRow() + 1) + ": " +
-                  what);
+  // Takes a short step from the bits that are ready; a long one needs refills before and after.
+  CoefficientStep takeStep(BitReader& bits, const CoefficientDecoder& decoder) const {
+    CoefficientStep step = decoder.shortStep(bits.bits());
+    if (step.length == 0) {
+      bits.refill();
+      step = decoder.anyStep(bits.bits());
+      if (step.length == 0) fail("bad code");
+      bits.skip(step.length);
+      bits.refill();
+    } else {
+      bits.skip(step.length);
+    }
+    return step;
   }
 
-  const JpegHeader& header_;
+  [[noreturn]] void fail(const char* what) const;
+
+  const JpegSource& source_;
   EntropySegments segments_;
-  std::vector<Coder> coders_;
+  Decoders dcDecoders_;  // of the tables that the components use
+  Decoders acDecoders_;
+  std::vector<Component> components_;
   std::uint32_t mcu_ = 0;
 };
 

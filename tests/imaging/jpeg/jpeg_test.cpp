@@ -5,6 +5,8 @@
 
 #include "imaging/jpeg/jpeg_transcode.h"
 #include "imaging/pages.h"
+#include "imaging/tiff/TiffFile.h"
+#include "imaging/tiff/TiffPage.h"
 #include "support/TempStation.h"
 #include "support/command.h"
 #include "support/failureOf.h"
@@ -145,7 +147,16 @@ std::string firstTableOf(const EncodedImage& image) {
   return stream.substr(stream.find("\xFF\xDB") + 5, 64);
 }
 
-// Tables that are coarser already: all coefficients stay, and with them every pixel.
+// What tiffinfo says of the colours of a page with such a stream.
+std::string coloursOf(const Source& source) {
+  if (source.samples == 1) return "Photometric Interpretation: min-is-black\n";
+  const std::size_t at = source.options.find("-sample ");
+  const std::string factors = at == std::string::npos ? "2x2" : source.options.substr(at + 8, 3);
+  return std::string("YCbCr Subsampling: ") + factors[0] + ", " + factors[2] + "\n";
+}
+
+// Tables that are coarser already: all coefficients stay, and with them every pixel. So they do in
+// a TIFF file, and once more when its page is copied.
 TEST_F(JpegTranscode, CopiesAPageThatIsCoarseEnough) {
   for (const Source& source : kSources) {
     SCOPED_TRACE(source.options);
@@ -157,6 +168,17 @@ TEST_F(JpegTranscode, CopiesAPageThatIsCoarseEnough) {
     EXPECT_TRUE(pixelsOf(*copy) == pixelsOf(image));
     const Bytes density(copy->strips[0].begin() + 13, copy->strips[0].begin() + 18);
     EXPECT_EQ(density, (Bytes{1, 1, 0x2C, 1, 0x2C}));
+
+    std::filesystem::remove(station.native("page.tif"));
+    TiffFile().append(station.path(L"page.tif"), *copy);
+    EXPECT_THAT(station.shell("tiffinfo -d page.tif 2>&1"), HasSubstr(coloursOf(source)));
+    EXPECT_EQ(station.shell("tiffinfo -d page.tif 2>&1 >/dev/null"), "");
+    const auto strips = TiffPage(station.path(L"page.tif"), 1).jpegStrips();
+    ASSERT_TRUE(strips);
+    const auto again = transcodeJpeg(*strips, {20, 16});
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->strips, copy->strips);
+    EXPECT_EQ(again->photometric, image.photometric);
   }
 }
 
@@ -215,11 +237,11 @@ TEST_F(JpegTranscode, NoticesAllDamageThatLibjpegNotices) {
     for (int i = 0; i < 40; ++i) {
       EncodedImage image = whole;
       Bytes& stream = image.strips[0];
-      const Bytes behindStart = damaged(Bytes(stream.begin() + 2, stream.end()), random);
+      const Bytes afterStart = damaged(Bytes(stream.begin() + 2, stream.end()), random);
       stream.resize(2);
-      stream.insert(stream.end(), behindStart.begin(), behindStart.end());
+      stream.insert(stream.end(), afterStart.begin(), afterStart.end());
       CommandResult judged = djpeg(stream);
-      // Of the application's segment, which is written anew.
+      // Of the JFIF segment, which is not copied.
       if (judged.output.find("unknown JFIF revision") != std::string::npos) judged.exitCode = 0;
       noticedByLibjpeg += judged.exitCode == 0 ? 0 : 1;
       std::optional<EncodedImage> result;
