@@ -10,8 +10,9 @@
 namespace orvane {
 
 /// Writes PDF files: PDF 1.4, PDF/A-1b (ISO 19005-1), one image a page, media box = pixels /
-/// resolution in points. Images are None, Group4 (one strip) or Jpeg (one strip). One object serves
-/// one imaging instance and remembers the layout of the file that it wrote last.
+/// resolution in points. Images are None, Group4 (one strip that ends in an end-of-block) or
+/// Jpeg (one strip). One object serves one imaging instance and remembers the layout of the file
+/// that it wrote last.
 class PdfFile {
  public:
   PdfFile();

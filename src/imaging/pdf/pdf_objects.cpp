@@ -132,27 +132,12 @@ const char* findMisfit(const EncodedImage& image) {
   return "LZW compression";
 }
 
-// True when the stream ends in an end-of-block (ITU-T T.6: two end-of-line codes) and padding bits.
-bool endsInEndOfBlock(const Bytes& stream) {
-  constexpr std::uint64_t kEndOfBlock = 0x001001;
-  std::size_t size = stream.size();
-  while (size > 0 && stream[size - 1] == 0) --size;
-  std::uint64_t last = 0;
-  for (std::size_t i = size - std::min<std::size_t>(size, 4); i < size; ++i) {
-    last = last << 8 | stream[i];
-  }
-  if (size < 3) return false;
-  while ((last & 1) == 0) last >>= 1;
-  return (last & 0xFFFFFF) == kEndOfBlock;
-}
-
 // The filter decodes black runs to 0 by default. In our strips a black run is bits of value 1,
 // which mean white in a MinIsBlack image.
 std::string group4Filter(const EncodedImage& image) {
   std::string parameters =
       "/K -1 /Columns " + std::to_string(image.width) + " /Rows " + std::to_string(image.height);
   if (image.photometric != Photometric::MinIsWhite) parameters += " /BlackIs1 true";
-  if (!endsInEndOfBlock(image.strips.front())) parameters += " /EndOfBlock false";
   return "\n/Filter /CCITTFaxDecode /DecodeParms << " + parameters + " >>";
 }
 
