@@ -12,18 +12,18 @@
 
 namespace orvane::bench {
 
-/// What is exported, and to what.
+/// A document, and how it is exported.
 struct ExportTask {
   std::filesystem::path document;      ///< a document folder with its `Doc.dat`
-  std::filesystem::path outputFolder;  ///< created when missing
+  std::filesystem::path outputFolder;  ///< created if missing
   std::int16_t saveFileType = 0;       ///< 0 TIFF, 1 JPEG, 2 PDF
-  bool isPageFile = false;             ///< one file a page
+  bool isPageFile = false;             ///< one file per page
   std::int16_t compressionType = 0;    ///< 0 compress, 1 do not compress
   std::int16_t compressionRatios = 0;  ///< 0, 1 or 2
 };
 
-/// One document export through the routine that the run calls, without a window but with the
-/// program's way with memory.
+/// Exports one document through the routine that the run calls, with the memory settings of the
+/// program but without a window. Returns false after a failure.
 inline bool exportDocument(const ExportTask& task) {
   keepFreedMemory();
   const std::filesystem::path document = std::filesystem::absolute(task.document);

@@ -1,6 +1,6 @@
-// One page, and one document of 200 pages, for each output kind. The pages are drawn by the
-// sample-station maker on the first run and kept in the folder named by ORVANE_BENCH_PAGES, or in
-// orvane-bench below the temporary folder.
+// Exports one page and one document of 200 pages to each kind of output. The pages are drawn by
+// sample-station on the first run and kept in the folder ORVANE_BENCH_PAGES, by default in
+// orvane-bench in the temporary folder.
 
 #include <benchmark/benchmark.h>
 #include <cstdlib>
@@ -20,7 +20,7 @@ fs::path workFolder() {
   return chosen != nullptr ? fs::path(chosen) : fs::temp_directory_path() / "orvane-bench";
 }
 
-// The maker lies beside this program.
+// In the folder of this program.
 fs::path sampleStation() {
   return fs::read_symlink("/proc/self/exe").parent_path() / "sample-station";
 }

@@ -1,6 +1,6 @@
-// Exports one document folder and prints the milliseconds that it took, the peak memory of the
-// process in MB, and the longest time in milliseconds that a window would have waited for a look at
-// its events. `bench/compare` sets these figures beside those of other tools.
+// Exports one document folder and prints the time in milliseconds, the peak memory of the process
+// in MB, and the longest time in milliseconds between two yields, which is the longest delay of the
+// window. `bench/compare` compares these figures with those of other tools.
 
 #include <algorithm>
 #include <chrono>
@@ -18,7 +18,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-// Stands where the window would handle its events.
+// Measures the times between yields.
 class WaitWatch final : public orvane::WindowServices {
  public:
   void showBox(std::wstring_view, std::wstring_view, orvane::BoxIcon) override {}

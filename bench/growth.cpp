@@ -1,5 +1,5 @@
-// Times every page of a document of 5,000 and draws the cost of a page over its number, as an SVG
-// picture on standard output: the median of each hundred pages, for a TIFF and a PDF file.
+// Measures the time of each page of a document of 5,000 pages, for a TIFF and a PDF file. Writes an
+// SVG picture to standard output that shows the median of each hundred pages over the page number.
 //
 //   growth PAGE.tif FOLDER > growth.svg
 
@@ -20,7 +20,7 @@ using namespace orvane;
 constexpr int kPages = 5000;
 constexpr int kGroup = 100;
 
-/// The median milliseconds of a page in each group of pages.
+// Returns the median time of each group of pages in milliseconds; empty after a failure.
 std::vector<double> measure(decltype(&mdlImageProcess::SaveImage) save, const std::wstring& page,
                             const std::wstring& target) {
   ImagingControl ImgControl;

@@ -1,6 +1,5 @@
-// The nights that nobody watches, in one go: a run of many batches, a batch that fails again and
-// again, and a table of a million rows. Prints its figures; ends with 1 when one is beyond its
-// limit.
+// Long unattended runs: many batches, one batch that fails again and again, and a table of a
+// million rows. Prints the figures. The exit status is 1 if one exceeds its limit.
 
 #include <chrono>
 #include <fstream>
@@ -43,7 +42,7 @@ double msSince(std::chrono::steady_clock::time_point begin) {
       .count();
 }
 
-// Runs until `passes` batches are over and compares the last fifth of them with the first one.
+// Runs `passes` passes and compares the last fifth of them with the first fifth.
 void run(const test::ExportStation& station, const std::string& what, int passes) {
   test::JournalHost host;
   host.options.SavePath = station.outputText();
@@ -55,7 +54,7 @@ void run(const test::ExportStation& station, const std::string& what, int passes
   int done = 0;
   auto begin = std::chrono::steady_clock::now();
   host.whenLineAdded = [&](const std::string& line) {
-    host.journal.clear();  // the memory is to be the program's
+    host.journal.clear();  // only the memory of the program is measured
     if (line != " ") return;
     ++done;
     host.lines.clear();

@@ -1,5 +1,5 @@
-// Splits the cost of one page into its steps, as a table: the medians of the pages of a document
-// folder, in milliseconds.
+// Prints the cost of each step of a page: the medians over the pages of a document folder, in
+// milliseconds.
 //
 //   page-cost FOLDER-OF-G4 FOLDER-OF-LZW1 FOLDER-OF-JPEG OUTPUT-FOLDER
 
@@ -24,7 +24,7 @@ namespace {
 
 using namespace orvane;
 
-/// The steps of one page, timed one after the other.
+/// The times of the steps of a page, over many pages.
 class Steps {
  public:
   template <typename Work>

@@ -1,11 +1,11 @@
-# Every target of the project is compiled under the same rules: warnings are errors.
+# All targets have the same warnings, and warnings are errors.
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-  # GCC 12 sees -Wrestrict in "literal" + std::string where there is none: its bug 105651.
+  # GCC 12 has false positives for "literal" + std::string (GCC bug 105651).
   add_compile_options(-Wno-restrict)
 endif()
 
-# With what the fuzzers need as well, so that they are linked from the same objects as the tests.
+# Includes the instrumentation for the fuzzers, so that they share the objects with the tests.
 if(ORVANE_SANITIZE)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     message(FATAL_ERROR "ORVANE_SANITIZE needs clang: cmake --preset asan")
@@ -13,7 +13,7 @@ if(ORVANE_SANITIZE)
   add_compile_options(-O1 -g1 -fno-omit-frame-pointer -fno-sanitize-recover=all
                       -fsanitize=fuzzer-no-link,address,undefined)
   add_link_options(-fsanitize=address,undefined)
-  add_compile_definitions(__SANITIZE_ADDRESS__)  # as GCC says it
+  add_compile_definitions(__SANITIZE_ADDRESS__)  # GCC defines it by itself
 endif()
 
 if(ORVANE_COVERAGE)
@@ -22,14 +22,14 @@ if(ORVANE_COVERAGE)
 endif()
 
 find_program(CCACHE ccache)
-if(CCACHE)  # which serves objects of precompiled headers only if told that their macros do not matter
+if(CCACHE)  # ccache caches objects that use precompiled headers only with these options
   set(CMAKE_CXX_COMPILER_LAUNCHER
       ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
 endif()
 
-# Headers that are read once for all files of a kind. A file still includes what it uses: the preset
-# "debug" compiles without them (CMAKE_DISABLE_PRECOMPILE_HEADERS).
-if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # equal headers make equal files
+# Precompiled headers. A file must still include what it uses: the preset "debug" compiles without
+# them (CMAKE_DISABLE_PRECOMPILE_HEADERS).
+if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)  # makes the file depend on the content only, for ccache
   set(pchOptions "SHELL:-Xclang -fno-pch-timestamp")
 else()
   set(pchOptions -fpch-preprocess)
@@ -48,15 +48,15 @@ endfunction()
 set(headers <algorithm> <array> <cstdint> <filesystem> <functional> <map> <memory> <optional>
             <string> <string_view> <utility> <vector>)
 orvane_headers(src_headers HEADERS ${headers})
-# Tests are compiled more often than they run: without optimisation, in every preset.
+# Tests are compiled without optimisation in every preset, because compiling takes longer than running.
 set(testOptions -O0 -fPIC)
-if(ORVANE_SANITIZE)  # where ./test builds all of them
+if(ORVANE_SANITIZE)  # ./test builds all tests in this preset
   orvane_headers(test_headers HEADERS ${headers} <sstream> <gmock/gmock.h> <gtest/gtest.h>
                  LINK GTest::gmock OPTIONS ${testOptions})
 endif()
 
-# A library of one subsystem. Headers are included by their path below src/, as in
-# "foundation/path_text.h". One with Qt is compiled under other flags than the common headers.
+# The library of a folder of src. Headers are included by their path below src/, for example
+# "foundation/path_text.h". WITH_QT: the precompiled headers are not used, because the flags differ.
 function(orvane_library name)
   cmake_parse_arguments(ARG "WITH_QT" "" "SOURCES;LINK" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
@@ -68,9 +68,9 @@ function(orvane_library name)
   endif()
 endfunction()
 
-# A GoogleTest program, registered with ctest as one test. ./test runs it under the sanitizers; one
-# marked IN_RELEASE, which tries the whole program or what the optimiser works hard on, runs in the
-# release build too.
+# A GoogleTest program, registered with ctest as one test. ./test runs it under the sanitizers.
+# IN_RELEASE: ./test runs it in the release build too. This is for tests of the whole program and of
+# code that depends on the optimiser.
 function(orvane_test name)
   cmake_parse_arguments(ARG "IN_RELEASE" "" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})

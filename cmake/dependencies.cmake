@@ -1,4 +1,4 @@
-# All from Debian 12; tools/install-packages installs what is missing.
+# All are packages of Debian 12; tools/install-packages installs missing ones.
 find_package(PkgConfig REQUIRED)
 find_package(Qt6 REQUIRED COMPONENTS Widgets)
 find_package(GTest REQUIRED)

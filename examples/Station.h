@@ -12,8 +12,8 @@
 
 namespace example {
 
-/// The program folder named on the command line, with the batch of its longest document as the
-/// current one.
+/// The program folder of the command line. The batch of its longest document becomes the current
+/// batch.
 class Station {
  public:
   Station(int argc, char** argv) {
@@ -30,7 +30,7 @@ class Station {
   /// The name of the station's longest document.
   std::wstring document() const { return orvane::pathText(document_.filename()); }
 
-  /// The path text of a file in a folder of the example's own.
+  /// The path text of a file in the folder `examples` of the station, which is created.
   std::wstring output(const std::string& name) const {
     std::filesystem::create_directories(folder_ / "examples");
     return orvane::pathText(folder_ / "examples" / name);
@@ -52,7 +52,7 @@ class Station {
   std::filesystem::path document_;
 };
 
-/// Prints what was done and how it went; the program's exit code comes from the failures.
+/// Prints each operation and its result. The exit code is 1 after a failure.
 class Report {
  public:
   void operator()(const std::wstring& what, bool succeeded) {

@@ -1,4 +1,4 @@
-// The conversions: a multi-page image file becomes a PDF file, and one file a page.
+// The conversions: from a multi-page image file to a PDF file, and to one file per page.
 
 #include <array>
 

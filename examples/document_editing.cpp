@@ -1,4 +1,4 @@
-// The page list of a document: load it, change it in memory, and save it under another name.
+// Loads the page list of a document, changes it in memory, and saves it under another name.
 
 #include "Station.h"
 #include "docops/mdlDocumentHelper.h"
@@ -24,8 +24,8 @@ int main(int argc, char** argv) {
   orvane::Document original;
   report(L"load " + station.document(), original.LoadDocument(station.document()));
 
-  // A new document with the same pages. Its folder and an empty list must be there for the backup
-  // that a save makes of the older list.
+  // A new document with the same pages. Its folder and a page list must exist, because a save first
+  // makes a backup of the old list.
   const std::wstring name = orvane::mdlDocumentHelper::MakeOnlyOneFileName(L"edited");
   orvane::mdlFolderAndFile::fileSystem().CreateFolder(orvane::GetDocumentPath(name));
   orvane::mdlFolderAndFile::fileSystem().CreateFile(orvane::GetDocDataPath(name));

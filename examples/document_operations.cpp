@@ -5,7 +5,7 @@
 
 namespace {
 
-/// What a host hands over for a document: an object with the property "DocumentID".
+/// A document of a host: an object with the property "DocumentID".
 class DocumentItem : public orvane::DispatchObject {
  public:
   explicit DocumentItem(std::wstring documentID) : documentID_(std::move(documentID)) {}

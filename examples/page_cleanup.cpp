@@ -1,4 +1,4 @@
-// The page clean-up: a host sets the steps, then has a file cleaned page by page into a new one.
+// The page clean-up: sets the steps, then cleans a document page by page into a new file.
 
 #include <array>
 
@@ -23,7 +23,7 @@ int main(int argc, char** argv) {
       {engines[0], engines[1], engines[2], engines[3], engines[4], engines[5]}, list);
 
   const std::wstring target = station.output("cleaned.tif");
-  orvane::mdlFolderAndFile::FileDelete(target);  // the pages are added to a file that is there
+  orvane::mdlFolderAndFile::FileDelete(target);  // pages would be appended to an existing file
   orvane::Document document;
   report(L"load " + station.document(), document.LoadDocument(station.document()));
   for (std::int16_t index = 1; index <= document.PageCount(); ++index) {

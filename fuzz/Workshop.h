@@ -15,9 +15,9 @@ namespace orvane::fuzz {
 
 /// A program folder for the inputs of one target.
 struct Workshop {
-  Workshop() { test::writeBytes(station.native("Log"), "in the way, so that no log grows"); }
+  Workshop() { test::writeBytes(station.native("Log"), "a file, so that no log is written"); }
 
-  /// Makes an input the content of a file of the folder.
+  /// Writes an input to a file of the folder.
   void put(const std::string& name, const std::uint8_t* data, std::size_t size) const {
     test::writeBytes(station.native(name), {reinterpret_cast<const char*>(data), size});
   }
@@ -29,14 +29,14 @@ struct Workshop {
   test::RecordingWindow window;
 };
 
-/// Ends the process, which is how a target tells that the program was wrong.
+/// Aborts the process unless `holds`, which libFuzzer reports as a finding.
 inline void require(bool holds, const char* what) {
   if (holds) return;
   std::cerr << what << std::endl;
   std::abort();
 }
 
-/// The number of pages of a file; 0 for one that cannot be read.
+/// The number of pages of a file; 0 if it cannot be read.
 inline int pagesOf(const std::wstring& path) {
   try {
     return ImagingControl().FilePageCount(path);
@@ -45,7 +45,7 @@ inline int pagesOf(const std::wstring& path) {
   }
 }
 
-/// True when the work ends without a failure.
+/// Returns true if `work` throws nothing.
 template <typename Work>
 bool succeeds(Work work) {
   try {

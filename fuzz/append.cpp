@@ -1,4 +1,5 @@
-// A page is added to a given TIFF or PDF file: one page more, or the file as it was.
+// Appends a page to a given TIFF or PDF file. The result must have one page more, or the file must
+// be unchanged.
 #include "fuzz/Workshop.h"
 #include "imaging/raster/Raster.h"
 #include "support/command.h"
@@ -20,9 +21,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   control.SaveMultiPage(true);
   if (!fuzz::succeeds([&] { control.SaveFile(); })) {
     const std::string after = shop.bytesOf("given");
-    fuzz::require(after == std::string(data, data + size), "a failed append left its traces");
+    fuzz::require(after == std::string(data, data + size), "a failed append changed the file");
   } else if (before > 0) {
-    fuzz::require(fuzz::pagesOf(path) == before + 1, "the pages do not add up");
+    fuzz::require(fuzz::pagesOf(path) == before + 1, "the page count is wrong");
   }
   return 0;
 }

@@ -1,5 +1,5 @@
-// A page list is loaded and saved. What was saved must load as the same list, and what could not be
-// saved must leave the file as it was. (Blanks in front of the first name do not count in a list.)
+// Loads and saves a page list. A saved list must load as the same list, and a failed save must not
+// change the file. (Blanks before the first name are ignored in a list.)
 #include "docstore/Document.h"
 #include "docstore/ScanTree.h"
 #include "fuzz/Workshop.h"
@@ -27,9 +27,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto pages = pagesOf(document);
   const std::string before = shop.bytesOf("Batchs/B1/D1/Doc.dat");
   if (!document.SaveDocument()) {
-    fuzz::require(shop.bytesOf("Batchs/B1/D1/Doc.dat") == before, "a failed save left its traces");
+    fuzz::require(shop.bytesOf("Batchs/B1/D1/Doc.dat") == before, "a failed save changed the file");
   } else if (!pages.empty() && !pages[0].starts_with(L' ')) {
-    fuzz::require(again.LoadDocument(L"D1") && pagesOf(again) == pages, "another list");
+    fuzz::require(again.LoadDocument(L"D1") && pagesOf(again) == pages, "the saved list differs");
   }
   return 0;
 }

@@ -1,5 +1,5 @@
-// A page file is loaded and saved in one of the forms of the export. What the export calls written
-// must be a file that reads back whole.
+// Loads a page file and saves it in one of the forms of the export. A successful save must produce
+// a file that can be read completely.
 #include "fuzz/Workshop.h"
 
 using namespace orvane;
@@ -23,11 +23,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;
   }
   if (shop.bytesOf(form.name).starts_with("\xFF\xD8")) return 0;
-  fuzz::require(fuzz::pagesOf(target) == 1, "no page in what was written");
+  fuzz::require(fuzz::pagesOf(target) == 1, "the written file has no page");
   if (form.name == std::string("out.tif")) {
     fuzz::require(mdlImageProcess::SaveImage(reader, target, 1, shop.station.path(L"again.tif"),
                                              true, 0, false),
-                  "what was written does not read back");
+                  "the written file cannot be read");
   }
   return 0;
 }

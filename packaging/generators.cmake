@@ -1,4 +1,4 @@
-# Read by cpack once for each generator: what goes into which package.
+# Read by cpack once per generator. Selects the components of each package.
 if(CPACK_GENERATOR STREQUAL "DEB")
   set(CPACK_COMPONENTS_ALL station desktop)
   set(CPACK_SET_DESTDIR ON)

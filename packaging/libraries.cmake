@@ -1,5 +1,5 @@
-# The component "libraries": the shared libraries and the Qt plugins that the program needs, in
-# lib/, without those that every Linux desktop has (the C and C++ runtimes, X11, OpenGL, fonts).
+# The component "libraries": the shared libraries and Qt plugins that the program needs, in lib/.
+# Libraries of every Linux desktop are excluded: the C and C++ runtimes, X11, OpenGL, fonts.
 set(pluginsOfQt ${QT6_INSTALL_PREFIX}/${QT6_INSTALL_PLUGINS})
 foreach(plugin platforms/libqxcb.so
                platforminputcontexts/libcomposeplatforminputcontextplugin.so

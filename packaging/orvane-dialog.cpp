@@ -1,8 +1,7 @@
-// What the menu entry has to say or to ask, in the program's own boxes: a desktop shows nobody what
-// a script prints.
+// The dialogs of open-station. (A desktop does not show the output of a script.)
 //   orvane-dialog message TEXT     a box
-//   orvane-dialog question TEXT    a box with 是 and 否; the exit status is 0 for 是
-//   orvane-dialog folder TITLE     the folder chooser; prints the folder, status 1 for a cancel
+//   orvane-dialog question TEXT    a box with 是 and 否; the exit status is 0 for 是, 1 for 否
+//   orvane-dialog folder TITLE     the folder chooser; prints the folder, or exits with 1
 //   orvane-dialog guide            opens the operator's guide
 
 #include <QApplication>

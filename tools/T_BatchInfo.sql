@@ -1,5 +1,5 @@
--- The table of a station: Orvane.dll is a SQLite file that holds it. CreateDate is text that sorts
--- by time, as in 2024-03-01 08:30:00.
+-- The table of a station, in the SQLite file Orvane.dll. CreateDate is a text that sorts by time,
+-- for example 2024-03-01 08:30:00.
 create table T_BatchInfo (
   BatchID     text not null primary key,
   BatchState  text,
@@ -9,5 +9,5 @@ create table T_BatchInfo (
   ScanStation text,
   Remark      text
 );
--- Finds the next batch at once, however many rows there are.
+-- Finds the next batch without scanning the table.
 create index IX_BatchInfo_State on T_BatchInfo (BatchState, CreateDate);

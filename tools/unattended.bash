@@ -1,6 +1,6 @@
-# For scripts that use the program as an operator does, on a screen in memory: to be sourced. The
-# script calls startScreen, then startProgram for each station; all is ended when the script ends.
-# Sets station, programId, windowId, and scratch, a folder that goes with the script.
+# To be sourced by scripts that operate the program on a virtual screen. The script calls
+# startScreen, then startProgram for each station; both are ended when the script ends. Sets station,
+# programId, windowId and scratch, a temporary folder that is deleted at the end.
 
 scratch=$(mktemp -d)
 station='' programId='' screenId=''
@@ -16,7 +16,7 @@ endChildren() {
 trap endChildren EXIT
 trap 'exit 130' INT TERM
 
-# The script's own name for messages, and where it wants the picture of a failed screen.
+# The name of the script for messages, and the file for a picture of the screen after a failure.
 scriptName=$(basename "$0")
 failurePicture=${failurePicture:-}
 
@@ -24,7 +24,7 @@ fail() {
   echo "$scriptName: $*" >&2
   if [ -n "$screenId" ] && [ -n "$failurePicture" ] &&
     import -window root "$failurePicture" 2>/dev/null; then
-    echo "$scriptName: the screen as it was: $failurePicture" >&2
+    echo "$scriptName: picture of the screen: $failurePicture" >&2
   fi
   [ ! -s "$scratch/program.log" ] || sed 's/^/  program: /' "$scratch/program.log" >&2
   local log
@@ -39,7 +39,7 @@ waitFor() {  # what, seconds, condition...
   shift 2
   until "$@"; do
     [ -z "$programId" ] || kill -0 "$programId" 2>/dev/null || fail "the program ended before $what"
-    [ $SECONDS -lt $end ] || fail "waited in vain for $what"
+    [ $SECONDS -lt $end ] || fail "timed out waiting for $what"
     sleep 0.1
   done
 }
@@ -49,12 +49,12 @@ startScreen() {  # [width x height]
   unset WAYLAND_DISPLAY QT_SCALE_FACTOR
   : >"$scratch/display"
   mkdir -m 700 -p "$XDG_RUNTIME_DIR"
-  # A number of its own: a server that is just going takes the socket of its successor with it. And
-  # no reset, which would turn away who comes in just as the last client leaves.
+  # The display number is unique, because a server that ends removes the socket of its successor.
+  # -noreset, because a reset after the last client rejects a client that connects at that moment.
   Xvfb ":$((100 + $$ % 50000))" -displayfd 3 -screen 0 "${1:-1280x1024}x24" -dpi 96 \
     -noreset -nolisten tcp 3>"$scratch/display" 2>"$scratch/screen.log" &
   screenId=$!
-  waitFor "the screen in memory" 15 test -s "$scratch/display"
+  waitFor "the virtual screen" 15 test -s "$scratch/display"
   DISPLAY=:$(<"$scratch/display")
   export DISPLAY
 }
@@ -65,8 +65,7 @@ endScreen() {
   screenId=''
 }
 
-# Starts a program that works in the station `$1` (by itself, or by the command behind it) and waits
-# for its window.
+# Starts the program of a station, by default directly, and waits for its window.
 startProgram() {  # station [command...]
   station=$1
   shift
@@ -82,15 +81,14 @@ windowIsThere() {
   [ -n "$windowId" ]
 }
 
-# At a place of the window's design, which is 933 x 645 pixels large; windowWidth is the width that it
-# really has.
+# Clicks at a position of the design, which has 933 x 645 pixels; windowWidth is the actual width.
 clickAt() {
   local width=${windowWidth:-933}
   xdotool mousemove --window "$windowId" $(($1 * width / 933)) $(($2 * width / 933)) click 1
 }
 
-# 启动, and what follows until every waiting batch is exported and the run is over. The lines of the
-# window's list are in $scratch/list then.
+# Clicks 启动 and waits until all waiting batches are exported and the run has ended. Then the lines
+# of the list are in $scratch/list.
 runToItsEnd() {
   clickAt 64 608
   waitFor "the export of all batches" 40 noBatchIsWaiting
@@ -107,14 +105,14 @@ runHasEnded() {
   copyList && grep -qF '没有扫描完成的档案！' "$scratch/list"
 }
 
-# Takes the lines of the window's list as an operator would: a click, Ctrl+A, Ctrl+C.
+# Copies the lines of the list to $scratch/list, with a click, Ctrl+A and Ctrl+C.
 copyList() {
   clickAt 800 600
   xdotool key --clearmodifiers ctrl+a ctrl+c
   timeout 2 xclip -o -selection clipboard -t UTF8_STRING >"$scratch/list" 2>/dev/null
 }
 
-closeProgram() {  # [command that does it: by itself a click on 退出]
+closeProgram() {  # [command that closes it, by default a click on 退出]
   [ $# -gt 0 ] || set -- clickAt 304 608
   "$@"
   local end=$((SECONDS + 10)) status=0

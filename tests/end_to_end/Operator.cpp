@@ -6,8 +6,8 @@
 namespace orvane::test {
 namespace {
 
-// The visible window with exactly this title, as a desktop shows it (a search would be content with
-// the older property, to which nothing is added); empty when there is none.
+// The id of the visible window with exactly this title, or an empty text. (xdotool search --name
+// would also match the older title property.)
 std::string windowOf(const std::string& title) {
   return runCommand(
              "for window in $(xdotool search --onlyvisible --name . 2>/dev/null); do"
@@ -40,7 +40,7 @@ int Operator::leave() {
   return *program_.exitCode();
 }
 
-// What a window manager, which this screen has not, sends to the program.
+// Sends the message of a window manager; this screen has none.
 void Operator::closeWindow() const {
   Display* const display = XOpenDisplay(nullptr);
   if (display == nullptr) throw std::runtime_error("no display");

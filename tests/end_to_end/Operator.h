@@ -13,34 +13,35 @@ struct NoWindow {
   int exitCode;
 };
 
-/// The program as an operator has it: started in a station, seen and used through its window alone.
+/// An operator of the real program, who starts it in a station and uses nothing but its window.
 class Operator {
  public:
-  /// Starts the program of the station, in an environment with some "NAME=value" more, and waits
-  /// for its window. Throws NoWindow.
+  /// Starts the program of the station and waits for its window. `environment` has options and
+  /// assignments for env(1). Throws NoWindow.
   explicit Operator(const ExportStation& station, const std::string& environment = {});
 
   void pressRun() const { click(64, 608); }
   void pressStop() const { click(184, 608); }
 
-  /// Presses 退出, which answers between runs only, until the program has ended.
+  /// Presses 退出, which is disabled during a run, until the program ends. Returns the exit code.
   int leave();
 
-  /// The close box.
+  /// Clicks the close box.
   void closeWindow() const;
 
-  /// Takes the display away, as the end of an X server does.
+  /// Closes the connection to the display, as when the X server ends.
   void endDisplay() const;
 
-  /// Types a folder into the folder chooser.
+  /// Opens the folder chooser and types a folder.
   void chooseFolder(const std::string& path) const;
 
-  /// The text of the list, taken with Ctrl+A and Ctrl+C once its last line is `lastLine`.
+  /// Waits until the last line of the list is `lastLine`. Returns the whole list, copied with
+  /// Ctrl+A and Ctrl+C.
   std::string listEndingWith(const std::string& lastLine) const;
 
   /// Waits for a message box with exactly this title.
   void waitForBox(const std::string& title) const;
-  /// Waits for it and closes it with the Enter key.
+  /// Waits for the box and closes it with Enter.
   void closeBox(const std::string& title) const;
 
   Process& program() { return program_; }

@@ -7,15 +7,15 @@
 
 namespace orvane::test {
 
-/// A screen in memory, of this test program's own.
+/// The virtual screen of this test program.
 class Screen {
  public:
-  /// Starts it at the first call; `DISPLAY` leads to it from then on.
+  /// Starts the screen at the first call and sets `DISPLAY`.
   static void forAllTests() { static Screen screen; }
 
  private:
-  // A number of its own: a server that is just going takes the socket of its successor with it. And
-  // no reset, which would turn away who comes in just as the last client leaves.
+  // The display number is unique, because a server that ends removes the socket of its successor.
+  // -noreset, because a reset after the last client rejects a client that connects at that moment.
   Screen()
       : name_(":" + std::to_string(100 + getpid() % 50000)),
         server_("Xvfb " + name_ + " -screen 0 1280x1024x24 -dpi 96 -noreset -nolisten tcp") {

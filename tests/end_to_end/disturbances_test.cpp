@@ -1,4 +1,4 @@
-// Runs that do not go through undisturbed, with the real program.
+// Disturbed runs of the real program.
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ class Disturbances : public testing::Test {
  protected:
   static void SetUpTestSuite() { Screen::forAllTests(); }
 
-  // Two batches wait, B1 and the younger B2.
+  // Two batches are waiting, B1 and the younger B2.
   Disturbances() {
     ExportSettings options;
     options.SavePath = station.outputText();
@@ -32,16 +32,16 @@ class Disturbances : public testing::Test {
     addDocuments("B2", 1);
   }
 
-  // Documents of two pages: 1000, 1001 and so on.
+  // Adds documents of two pages, named 1000, 1001 and so on.
   void addDocuments(const std::string& batch, int count) {
     for (int i = 0; i < count; ++i) {
       station.addDocument(batch + "/" + std::to_string(1000 + i), {"P1", "P2"});
     }
   }
 
-  // Runs the program. B1 has so many documents that it is far from its end when its first file is
-  // there; the program is halted then, so that what the operator does arrives in mid-batch.
-  void inMidBatch(Operator& person, const std::function<void()>& act) {
+  // Calls `act` in the middle of a batch. B1 has so many documents that it is far from its end when
+  // its first file appears; then the program is stopped until `act` returns.
+  void duringBatch(Operator& person, const std::function<void()>& act) {
     addDocuments("B1", kMany);
     person.pressRun();
     waitFor("the first file", [&] { return fs::exists(station.output("B1/1000_001.tif")); });
@@ -64,7 +64,7 @@ class Disturbances : public testing::Test {
 TEST_F(Disturbances, AFailedBatchIsTriedAgainUntilStop) {
   const struct {
     const char* command;
-    std::string pass, remark, logged;
+    std::string pass, remark, log;
   } cases[] = {
       {"rm Batchs/B1/1001/P2.tif", "档案：B1开始导出...\n1000 导出成功！\n1001 导出失败！\n \n",
        "成果输出失败！", "(.*DocumentHelper-SaveAsDocument-按页保存时出错。页码：2\n)+"},
@@ -82,24 +82,24 @@ TEST_F(Disturbances, AFailedBatchIsTriedAgainUntilStop) {
     person.pressStop();
     std::string list = person.listEndingWith(" ") + "\n";
     while (list.starts_with(c.pass)) list.erase(0, c.pass.size());
-    EXPECT_EQ(list, "") << "the same lines in every pass";
-    EXPECT_EQ(person.leave(), 0) << "after the stop the program can be left";
-    EXPECT_EQ(states(), failed) << "younger batches wait";
+    EXPECT_EQ(list, "") << "every pass must add the same lines";
+    EXPECT_EQ(person.leave(), 0) << "after a stop the program can be closed";
+    EXPECT_EQ(states(), failed) << "the younger batch must wait";
     EXPECT_TRUE(station.outputFiles().empty());
     EXPECT_EQ(station.scanTree(), scans);
-    EXPECT_THAT(station.takeLog(), testing::MatchesRegex(c.logged));
+    EXPECT_THAT(station.takeLog(), testing::MatchesRegex(c.log));
   }
 }
 
-TEST_F(Disturbances, ALockedDatabaseIsWaitedForUntilItIsFreeOrTheOperatorActs) {
+TEST_F(Disturbances, WaitsForALockedDatabaseUntilItIsFreeOrTheOperatorActs) {
   FILE* const scanning = popen(("sqlite3 " + quoted(station.native("Orvane.dll"))).c_str(), "we");
   std::fprintf(scanning, "begin exclusive;\n.shell touch %s\n", station.native("locked").c_str());
   std::fflush(scanning);
   waitFor("the lock", [&] { return fs::exists(station.native("locked")); });
-  Operator inAHurry(station);
-  inAHurry.pressRun();
-  inAHurry.closeWindow();
-  EXPECT_EQ(inAHurry.program().exitCodeAtEnd(), 0);
+  Operator impatient(station);
+  impatient.pressRun();
+  impatient.closeWindow();
+  EXPECT_EQ(impatient.program().exitCodeAtEnd(), 0);
   EXPECT_EQ(station.takeLog(), "");
 
   Operator person(station);
@@ -115,15 +115,15 @@ TEST_F(Disturbances, ALockedDatabaseIsWaitedForUntilItIsFreeOrTheOperatorActs) {
             " 没有扫描完成的档案！");
   EXPECT_EQ(person.leave(), 0);
   EXPECT_EQ(states(), kExported);
-  const std::string told = "Orvane成果导出[mdlDataBase]:";
+  const std::string source = "Orvane成果导出[mdlDataBase]:";
   EXPECT_EQ(station.takeLog(),
-            told + "OpenConnection Err:database is locked\n" + told +
+            source + "OpenConnection Err:database is locked\n" + source +
                 "Error on opening database:there is no open connection to the database\n");
 }
 
-TEST_F(Disturbances, AStopFinishesTheBatchAndBeginsNoOther) {
+TEST_F(Disturbances, AStopFinishesTheCurrentBatchAndStartsNoOther) {
   Operator person(station);
-  inMidBatch(person, [&] { person.pressStop(); });
+  duringBatch(person, [&] { person.pressStop(); });
   EXPECT_THAT(person.listEndingWith(" "),
               testing::EndsWith("\n1149 导出成功！\n档案导出成果成功！\n "));
   EXPECT_EQ(person.leave(), 0);
@@ -131,7 +131,7 @@ TEST_F(Disturbances, AStopFinishesTheBatchAndBeginsNoOther) {
   EXPECT_EQ(station.outputFiles().size(), kMany * 2);
 }
 
-TEST_F(Disturbances, WhateverEndsTheProgramInMidBatchSavesTheSettingsFirst) {
+TEST_F(Disturbances, EveryWayOfEndingTheProgramDuringABatchSavesTheSettingsFirst) {
   const auto send = [](int signal) {
     return [signal](Operator& person) { person.program().send(signal); };
   };
@@ -146,9 +146,10 @@ TEST_F(Disturbances, WhateverEndsTheProgramInMidBatchSavesTheSettingsFirst) {
     SCOPED_TRACE(name);
     station.shell("sed -i s/IsMutiPage=False/IsMutiPage=false/ data.ini; rm -rf output/*");
     Operator person(station, "--default-signal");
-    inMidBatch(person, [&] { end(person); });
+    duringBatch(person, [&] { end(person); });
     EXPECT_EQ(person.program().exitCodeAtEnd(), 0);
-    EXPECT_LT(station.outputFiles().size(), kMany * 2) << "at once, not at the batch's end";
+    EXPECT_LT(station.outputFiles().size(), kMany * 2)
+        << "the program must end at once, not at the end of the batch";
     EXPECT_EQ(states(), kWaiting);
     EXPECT_THAT(station.read("data.ini"), testing::HasSubstr("IsMutiPage=False\r\n"))
         << "the settings are saved";
@@ -162,7 +163,7 @@ TEST_F(Disturbances, WhateverEndsTheProgramInMidBatchSavesTheSettingsFirst) {
   EXPECT_EQ(station.outputFiles().size(), kMany * 2 + 2);
 }
 
-TEST_F(Disturbances, TheFolderIsChosenAnewWhenItHasGone) {
+TEST_F(Disturbances, AMissingOutputFolderIsReportedAndAnotherCanBeChosen) {
   station.shell("mkdir home; mv output moved");
   Operator person(station,
                   "-u XDG_CONFIG_HOME --default-signal HOME=" + quoted(station.native("home")));
@@ -172,15 +173,15 @@ TEST_F(Disturbances, TheFolderIsChosenAnewWhenItHasGone) {
   person.pressRun();
   person.listEndingWith(kAllDone);
   EXPECT_TRUE(fs::exists(station.native("moved/B2/1000_001.tif")));
-  EXPECT_FALSE(fs::exists(station.native("home/.config"))) << "the chooser keeps nothing";
+  EXPECT_FALSE(fs::exists(station.native("home/.config"))) << "the chooser must not write settings";
   station.shell("rm -r moved");
   person.pressRun();
   person.waitForBox("提醒");
   person.program().send(SIGTERM);
-  EXPECT_EQ(person.program().exitCodeAtEnd(), 0) << "also in front of a box";
+  EXPECT_EQ(person.program().exitCodeAtEnd(), 0) << "while a box is open";
 }
 
-TEST_F(Disturbances, ASecondInstanceEndsAtOnceAndDisturbsNothing) {
+TEST_F(Disturbances, ASecondInstanceEndsAtOnce) {
   Operator first(station);
   Process second(quoted(station.native("orvane-export")));
   EXPECT_EQ(second.exitCodeAtEnd(), 0);
@@ -190,7 +191,7 @@ TEST_F(Disturbances, ASecondInstanceEndsAtOnceAndDisturbsNothing) {
 
   first.program().send(SIGKILL);
   EXPECT_EQ(first.program().exitCodeAtEnd(), 128 + SIGKILL);
-  EXPECT_EQ(Operator(station).leave(), 0) << "a killed instance stands in nobody's way";
+  EXPECT_EQ(Operator(station).leave(), 0) << "a killed instance must not block the next one";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Every form of output, from the real window to files that other programs read.
+// Every form of output, from the real window to files that other programs can read.
 #include <gtest/gtest.h>
 
 #include "end_to_end/Operator.h"
@@ -40,7 +40,7 @@ struct ScannedDocument {
   std::vector<std::string> pages;
 };
 
-// What waits in the sample station, in the order of the names.
+// The waiting documents of the sample station, in the order of their names.
 const std::vector<ScannedDocument> kDocuments{
     {"2024-0001", "0001", {"0001", "0002", "0003"}},
     {"2024-0001", "0002", {"0001", "0002"}},
@@ -83,7 +83,7 @@ class ExportForms : public testing::TestWithParam<Form> {
     layOut(station, options);
   }
 
-  // What the judge has to write of the output.
+  // The expected output of the judge.
   std::string expectedPages() const {
     std::string lines;
     for (const auto& [batch, document, pages] : kDocuments) {
@@ -100,7 +100,8 @@ class ExportForms : public testing::TestWithParam<Form> {
     return lines;
   }
 
-  // The look of a scanned page when it is exported: its pixels stay where nothing is lost.
+  // The expected coding, size and resolution of an exported page. If the coding is lossless and the
+  // judge can read it, also the checksum of the pixels.
   std::string lookOf(const std::string& page) const {
     static std::map<std::string, std::string> sources;  // depth and checksum of the pixels
     std::string& source = sources[page];
@@ -116,7 +117,7 @@ class ExportForms : public testing::TestWithParam<Form> {
   ExportStation station;
 };
 
-TEST_P(ExportForms, AllBatchesLeaveTheStation) {
+TEST_P(ExportForms, ExportsAllWaitingBatches) {
   const auto scans = station.scanTree();
   Operator person(station);
   person.pressRun();

@@ -6,8 +6,8 @@
 
 namespace orvane::test {
 
-/// The rights of an ordinary user for the life of this object, so that permissions count also where
-/// tests run as root.
+/// Gives the process the rights of an ordinary user while it exists, so that permissions matter
+/// even if the tests run as root.
 class AsOrdinaryUser {
  public:
   AsOrdinaryUser() {

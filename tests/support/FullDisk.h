@@ -6,7 +6,7 @@
 
 namespace orvane::test {
 
-/// For the life of this object no file grows past `limit` bytes, as on a full disk.
+/// While it exists, no file can grow beyond `limit` bytes, as on a full disk.
 class FullDisk {
  public:
   explicit FullDisk(std::uint64_t limit) {

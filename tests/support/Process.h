@@ -13,21 +13,21 @@
 
 namespace orvane::test {
 
-/// Returns as soon as the condition holds; throws when it does not within half a minute.
+/// Returns as soon as the condition holds. Throws if it does not within 30 seconds.
 inline void waitFor(const std::string& what, const std::function<bool()>& condition) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (!condition()) {
     if (std::chrono::steady_clock::now() > deadline) {
-      throw std::runtime_error("waited in vain for " + what);
+      throw std::runtime_error("timed out waiting for " + what);
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
 }
 
-/// A child process. It is ended when this object goes, and dies with this process.
+/// A child process. It is terminated by the destructor, and killed if this process ends.
 class Process {
  public:
-  /// Starts a command of the shell.
+  /// Starts a shell command.
   explicit Process(const std::string& command) : id_(fork()) {
     if (id_ < 0) throw std::runtime_error("fork failed");
     if (id_ > 0) return;
@@ -38,7 +38,7 @@ class Process {
   ~Process() {
     if (exitCode()) return;
     send(SIGTERM);
-    send(SIGCONT);  // it may be halted
+    send(SIGCONT);  // it may be stopped
     waitpid(id_, nullptr, 0);
   }
   Process(const Process&) = delete;
@@ -46,7 +46,7 @@ class Process {
 
   void send(int signal) const { kill(id_, signal); }
 
-  /// The exit code once it has ended, 128 + signal when a signal ended it.
+  /// The exit code, or 128 + signal, if the process has ended.
   std::optional<int> exitCode() {
     int status = 0;
     if (!exitCode_ && waitpid(id_, &status, WNOHANG) == id_) {
@@ -55,7 +55,7 @@ class Process {
     return exitCode_;
   }
 
-  /// Waits for the end.
+  /// Waits for the end of the process and returns its exit code.
   int exitCodeAtEnd() {
     waitFor("the end of a process", [this] { return exitCode().has_value(); });
     return *exitCode_;

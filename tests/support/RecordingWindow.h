@@ -17,8 +17,8 @@ struct Box {
   bool operator==(const Box&) const = default;
 };
 
-/// The window of a test: installed for its own life, it keeps the boxes, closes each at once, and
-/// counts the yields.
+/// The window services of a test, installed while it exists. It records the boxes, closes each at
+/// once, and counts the yields.
 class RecordingWindow : public WindowServices {
  public:
   RecordingWindow() { installWindowServices(this); }
@@ -35,20 +35,20 @@ class RecordingWindow : public WindowServices {
   }
   void showBusyPointer(bool busy) override { busyPointer.push_back(busy); }
 
-  /// The boxes since the last call, a line each: "<text> | <title>", with " | !" for the icon.
+  /// The boxes since the last call, one per line: "<text> | <title>", with " | !" for the icon.
   std::string takeBoxes() {
-    std::string told;
+    std::string lines;
     for (const Box& box : std::exchange(boxes, {})) {
-      told +=
+      lines +=
           toUtf8(box.text + L" | " + box.title) + (box.icon == BoxIcon::Critical ? " | !\n" : "\n");
     }
-    return told;
+    return lines;
   }
 
   std::vector<Box> boxes;
-  std::vector<bool> busyPointer;  ///< the calls, in their order
+  std::vector<bool> busyPointer;  ///< the calls in order
   int yields = 0;
-  std::function<void()> onYield;  ///< what the operator does meanwhile
+  std::function<void()> onYield;  ///< what the operator does during a yield
 };
 
 }  // namespace orvane::test

@@ -17,13 +17,13 @@
 
 namespace orvane::test {
 
-/// The bytes of a file; the empty text for a file that is not there.
+/// The bytes of a file; empty if it does not exist.
 inline std::string readBytes(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/// Writes a file and the folders above it.
+/// Writes a file and creates the folders above it.
 inline void writeBytes(const std::filesystem::path& file, const std::string& bytes) {
   std::filesystem::create_directories(file.parent_path());
   std::ofstream stream(file, std::ios::binary | std::ios::trunc);
@@ -32,7 +32,7 @@ inline void writeBytes(const std::filesystem::path& file, const std::string& byt
   }
 }
 
-/// A fresh folder that is the program's folder for the life of this object, then gone.
+/// A temporary folder that is the program's folder while this object exists.
 class TempStation {
  public:
   TempStation() : oldFolder_(programFolder()) {
@@ -49,12 +49,12 @@ class TempStation {
   TempStation(const TempStation&) = delete;
   TempStation& operator=(const TempStation&) = delete;
 
-  /// The native path of `relative`, which has `/` as separator.
+  /// The native path of `relative`, whose separator is `/`.
   std::filesystem::path native(const std::string& relative = {}) const {
     return relative.empty() ? native_ : native_ / relative;
   }
 
-  /// The path text of `relative`, which has `\` as separator and none in front.
+  /// The path text of `relative`, whose separator is `\`; it must not begin with one.
   std::wstring path(const std::wstring& relative = {}) const {
     return pathText(native_) + (relative.empty() ? L"" : L"\\" + relative);
   }
@@ -64,12 +64,12 @@ class TempStation {
   }
   std::string read(const std::string& relative) const { return readBytes(native(relative)); }
 
-  /// The output of a command of the shell that runs in this folder and must succeed.
+  /// Runs a shell command in this folder and returns its output. The command must succeed.
   std::string shell(const std::string& command) const {
     return outputOf("cd " + quoted(native_) + " && { " + command + "\n}");
   }
 
-  /// The entries since the last call, a line each: "<source>:<message>".
+  /// The log entries since the last call, one per line: "<source>:<message>".
   std::string takeLog() const {
     const std::string program = "Orvane成果导出 - ";
     std::string log;
@@ -81,8 +81,8 @@ class TempStation {
     return log;
   }
 
-  /// The lines of all logs of the station, decoded, without their time stamps and without the empty
-  /// line behind each: "Orvane成果导出 - <source>:<message>".
+  /// The decoded entries of all logs, without time stamps and without the empty line after each:
+  /// "Orvane成果导出 - <source>:<message>".
   std::vector<std::wstring> logEntries() const {
     constexpr std::size_t kStampLength = 20;  // "YYYY-MM-DD HH:MM:SS "
     std::vector<std::wstring> entries;

@@ -8,15 +8,15 @@
 #include <string>
 #include <sys/wait.h>
 
-/// Running the tools that judge what the program wrote.
+/// Runs the tools that judge the output of the program.
 namespace orvane::test {
 
 struct CommandResult {
-  int exitCode = -1;   ///< 128 + signal when a signal ended it
-  std::string output;  ///< standard output and standard error, in the order they came
+  int exitCode = -1;   ///< 128 + signal if a signal ended the command
+  std::string output;  ///< standard output and standard error, interleaved
 };
 
-/// Runs a command of the shell to its end.
+/// Runs a shell command to its end.
 inline CommandResult runCommand(const std::string& command) {
   FILE* pipe = popen(("( " + command + " ) 2>&1").c_str(), "r");
   if (pipe == nullptr) throw std::runtime_error("popen failed: " + command);
@@ -30,14 +30,14 @@ inline CommandResult runCommand(const std::string& command) {
   return result;
 }
 
-/// The output of a command that must succeed.
+/// Runs a shell command, which must succeed, and returns its output.
 inline std::string outputOf(const std::string& command) {
   const CommandResult result = runCommand(command);
   if (result.exitCode != 0) throw std::runtime_error(command + "\n" + result.output);
   return result.output;
 }
 
-/// `text` in single quotes, as one word for the shell.
+/// Quotes `text` as one word for the shell.
 inline std::string quoted(const std::string& text) {
   std::string word = "'";
   for (const char c : text) word += c == '\'' ? std::string("'\\''") : std::string(1, c);

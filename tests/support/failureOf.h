@@ -6,7 +6,7 @@
 
 namespace orvane::test {
 
-/// The text of the Failure that `work` throws; empty when it throws none.
+/// The text of the Failure that `work` throws; empty if it throws none.
 template <typename Work>
 std::string failureOf(Work work) {
   try {

@@ -20,7 +20,7 @@ ReferenceStation::ReferenceStation() {
   for (int i = 0; i < kBatches; ++i) {
     const std::string batch = "B" + std::to_string(i);
     const auto document =
-        scan(batch) / (batch + "D");  // so that every output begins with the batch
+        scan(batch) / (batch + "D");  // so that every output name begins with the batch
     batches.push_back(batch);
     for (const char* name : {"1/P0", "1/P1", "2/P2"}) {
       writeBytes(document.string() + name + ".tif", pages[name[3] - '0']);
@@ -85,10 +85,11 @@ int ReferenceStation::work() const {
   host.whenLineAdded = [&](const std::string& line) {
     if (line.ends_with("开始导出...")) {
       host.options = formOf(line[std::string("档案：B").size()] - '0');
-      if (++passes == 2 * kBatches) host.setIsStopRequested(true);  // it would try for ever
+      if (++passes == 2 * kBatches)
+        host.setIsStopRequested(true);  // a failing batch is tried forever
     } else if (line.find("失败") != line.npos) {
       failed = true;
-      broken = broken || !outputsAreWhole();
+      broken = broken || !outputsAreComplete();
     }
   };
   RunOutPutBatch(host);
@@ -97,24 +98,24 @@ int ReferenceStation::work() const {
   return failed || !host.window.boxes.empty() ? 1 : 0;
 }
 
-bool ReferenceStation::outputsAreWhole() const {
+bool ReferenceStation::outputsAreComplete() const {
   for (const auto& [name, bytes] : outputTree()) {
     if (!outputs_.contains(name) || outputs_.at(name) != bytes) return false;
   }
   return true;
 }
 
-std::string ReferenceStation::wrongs(bool wasKilled) const {
+std::string ReferenceStation::defects(bool wasKilled) const {
   std::string found;
   if (scanTree() != scans_) found += "the scans changed; ";
   const std::string settings = readBytes(native("data.ini"));
   if (settings != settings_ && settings != finishedSettings_) found += "data.ini: " + settings;
-  if (!wasKilled && !outputsAreWhole()) found += "a broken file is left; ";
+  if (!wasKilled && !outputsAreComplete()) found += "an incomplete file is left; ";
   for (const std::wstring& entry : logEntries()) {
     const std::string line = toUtf8(entry);
     const bool isNoMemory = line.find("Cannot allocate memory") != line.npos;
     if (line.find("std::") != line.npos || (isNoMemory && line.find(".tif: ") == line.npos)) {
-      found += "this tells nothing: " + line;
+      found += "an unclear log entry: " + line;
     }
   }
   const std::string states = query(
@@ -123,8 +124,8 @@ std::string ReferenceStation::wrongs(bool wasKilled) const {
   const auto outputs = outputTree();
   for (const auto& [name, bytes] : outputs_) {
     const bool isExported = states.find(name.substr(0, 2)) != states.npos;
-    const bool isWhole = outputs.contains(name) && outputs.at(name) == bytes;
-    if (isExported && !isWhole) found += name + " is not whole; ";
+    const bool isComplete = outputs.contains(name) && outputs.at(name) == bytes;
+    if (isExported && !isComplete) found += name + " is not complete; ";
   }
   return found;
 }

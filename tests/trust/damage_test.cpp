@@ -1,5 +1,7 @@
-// Damaged page files of every kind that a station reads, exported in every form.
+// Damaged page files of every kind that the program reads, exported in every form.
+#include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <random>
 #include <sstream>
@@ -17,7 +19,7 @@ namespace {
 
 constexpr int kCuts = 50;
 constexpr unsigned kLongestSeconds = 5;
-#if defined(__SANITIZE_ADDRESS__)  // whose shadow takes terabytes of addresses
+#if defined(__SANITIZE_ADDRESS__)  // its shadow memory needs terabytes of address space
 constexpr int kChanges = 25;
 constexpr rlim_t kMostMemory = RLIM_INFINITY;
 #else
@@ -25,7 +27,8 @@ constexpr int kChanges = 500;
 constexpr rlim_t kMostMemory = 1229U << 20;  // bytes: 1.2 GiB
 #endif
 
-// A kind of page, and how tiffcp stores it; with a blank in front as the last of three pages.
+// A kind of page, and the options of tiffcp that store it. After a blank, the page is the last of
+// three.
 const struct {
   std::uint16_t bits, samples, photometric;
   const char* storages;
@@ -45,7 +48,7 @@ const struct {
     {8, 3, PHOTOMETRIC_CIELAB, "lzw|zip -t -w 32 -l 32"},
 };
 
-// Little-endian, as the platform is.
+// Little-endian, like the platform.
 std::uint32_t number(const std::string& bytes, std::size_t at, int width) {
   std::uint32_t value = 0;
   bytes.copy(reinterpret_cast<char*>(&value), width, at);
@@ -57,8 +60,8 @@ void add(std::string& bytes, std::size_t at, int width, std::uint32_t summand) {
   bytes.replace(at, width, reinterpret_cast<const char*>(&value), width);
 }
 
-// The same classic file with its directory in front of the data, so that a cut takes data and
-// leaves a page that still opens. Other files come back as they are.
+// Moves the directory of a classic file before the data, so that a cut removes data and leaves a
+// page that can still be opened. Other files are returned unchanged.
 std::string directoryFirst(const std::string& file) {
   if (!file.starts_with(std::string("II*\0", 4))) return file;
   const std::uint32_t old = number(file, 4, 4);
@@ -92,19 +95,34 @@ const std::vector<Form> kForms{
     {mdlImageProcess::SavePDF, "out.pdf", true, "qpdf --check out.pdf"},
     {mdlImageProcess::SavePDF, "out.pdf", false, "qpdf --check out.pdf"}};
 
+// The case that the time limit reports.
+std::string currentCase;
+
+extern "C" void reportTimeout(int) {
+  constexpr std::string_view kMessage = "time limit exceeded: ";
+  for (const std::string_view part : {kMessage, std::string_view(currentCase)}) {
+    if (write(STDERR_FILENO, part.data(), part.size()) < 0) break;
+  }
+  std::abort();
+}
+
 class DamagedPages : public testing::Test {
  protected:
   DamagedPages() {
+    std::signal(SIGALRM, reportTimeout);
     getrlimit(RLIMIT_AS, &before);
     const rlimit limit{std::min(kMostMemory, before.rlim_max), before.rlim_max};
     setrlimit(RLIMIT_AS, &limit);
-    writeBytes(station.native("Log"), "in the way, so that no log grows");
+    writeBytes(station.native("Log"), "a file, so that no log is written");
   }
   ~DamagedPages() override { setrlimit(RLIMIT_AS, &before); }
 
-  // A hang ends the process; the page then still lies in its folder under /tmp.
-  bool exportPage(const std::string& bytes, const Form& form, std::int16_t page) {
+  // A hang ends the process and leaves the page in the temporary folder.
+  bool exportPage(const std::string& bytes, const Form& form, std::int16_t page,
+                  const std::string& damage) {
     writeBytes(station.native("page.tif"), bytes);
+    currentCase = kind + ", " + damage + ", to " + form.name + (form.compress ? "" : " plain") +
+                  ": " + station.native("page.tif").string() + "\n";
     alarm(kLongestSeconds);
     const bool done = form.save(control, station.path(L"page.tif"), page,
                                 pathText(station.native(form.name)), form.compress, 0, false);
@@ -118,47 +136,53 @@ class DamagedPages : public testing::Test {
     EXPECT_EQ(judged.exitCode, 0) << judged.output << " " << form.name;
   }
 
-  // Page number `page`, the last one of a good file, in every form; then cuts and changes of it.
+  // Exports page `page`, the last one of a valid file, in every form; then with cuts and changes.
   void damage(const std::string& whole, std::int16_t page = 1) {
+    SCOPED_TRACE(kind);
     for (const Form& form : kForms) {
-      ASSERT_TRUE(exportPage(whole, form, page)) << form.name;
+      ASSERT_TRUE(exportPage(whole, form, page, "undamaged")) << form.name;
       expectValid(form);
     }
     for (int i = 0; i < kCuts; ++i) {
       const std::size_t length = whole.size() * static_cast<std::size_t>(i) / kCuts;
-      EXPECT_FALSE(exportPage(whole.substr(0, length), kForms[i % kForms.size()], page)) << length;
+      const std::string cut = "cut to " + std::to_string(length) + " bytes";
+      EXPECT_FALSE(exportPage(whole.substr(0, length), kForms[i % kForms.size()], page, cut))
+          << cut;
     }
     for (int i = 0; i < kChanges; ++i) {
       std::string damaged = whole;
       damaged[random() % damaged.size()] = static_cast<char>(random());
       const Form& form = kForms[static_cast<std::size_t>(i) % kForms.size()];
-      if (exportPage(damaged, form, page) && ++exported % 100 == 0) expectValid(form);
+      if (exportPage(damaged, form, page, "change " + std::to_string(i)) && ++exported % 100 == 0) {
+        expectValid(form);
+      }
     }
   }
 
   rlimit before{};
   TempStation station;
   ImagingControl control;
+  std::string kind;  // of the page, for messages
   std::mt19937 random{20240601};
   int exported = 0;
 };
 
-TEST_F(DamagedPages, NeitherCrashNorHangNorGrowAndACutOneAlwaysFails) {
+TEST_F(DamagedPages, NeverCrashHangOrExhaustMemoryAndACutPageAlwaysFails) {
   for (const auto& source : kSources) {
-    TiffKind kind{source.bits, source.samples, source.photometric};
-    if (source.samples == 4 && source.photometric == PHOTOMETRIC_RGB) kind.extras = {2};
+    TiffKind form{source.bits, source.samples, source.photometric};
+    if (source.samples == 4 && source.photometric == PHOTOMETRIC_RGB) form.extras = {2};
     std::istringstream storages(source.storages);
     for (std::string storage; std::getline(storages, storage, '|');) {
       const std::int16_t pages = storage.starts_with(' ') ? 3 : 1;
-      SCOPED_TRACE(std::to_string(kind.bits) + " bits, " + storage);
-      writeTiff(station.native("base.tif"), kind, pages);
+      kind = std::to_string(form.bits) + " bits, " + storage;
+      writeTiff(station.native("base.tif"), form, pages);
       outputOf("cd " + quoted(station.native()) + " && tiffcp -c " + storage +
                " base.tif whole.tif");
       const std::string whole = readBytes(station.native("whole.tif"));
       damage(pages == 1 ? directoryFirst(whole) : whole, pages);
     }
   }
-  SCOPED_TRACE("old-style JPEG");
+  kind = "old-style JPEG";
   const std::string jpeg = outputOf("convert -size 64x48 gradient:red-blue -quality 90 jpg:-");
   damage(oldStyleJpegPage(64, 48, jpeg));
   EXPECT_GT(exported, 0);

@@ -1,5 +1,5 @@
-// What can happen around a run in the night: each is told as the system tells it, nothing outside
-// the output folder changes, and once the cause is gone the next run finishes.
+// What can disturb a run. Each disturbance is reported, nothing outside the output folder changes,
+// and the next run finishes after the cause was removed.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -19,16 +19,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class Night : public testing::Test {
+class DisturbedRun : public testing::Test {
  protected:
-  Night() {
+  DisturbedRun() {
     host.options.SavePath = station.outputText();
     host.options.ReNameFormat = kNameOfDocumentAndPage;
     host.options.IsCreateBatchFolder = true;
     writeBytes(station.native("beside/keep"), "kept");
   }
 
-  // Runs until the table is done or a batch has failed.
+  // Runs until all batches are exported or one has failed. `event` happens after the first
+  // document.
   void run(const std::function<void()>& event = {}) {
     bool happened = false;
     host.lines.clear();
@@ -44,7 +45,7 @@ class Night : public testing::Test {
     EXPECT_EQ(happened, event != nullptr);
   }
 
-  std::string told() const {
+  std::string reported() const {
     std::string text;
     for (const std::string& line : host.lines) text += line + "\n";
     for (const Box& box : host.window.boxes) text += toUtf8(box.text) + "\n";
@@ -54,10 +55,10 @@ class Night : public testing::Test {
 
   ExportStation station;
   JournalHost host;
-  std::function<void()> whenFailed;  // once
+  std::function<void()> whenFailed;  // called once
 };
 
-TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
+TEST_F(DisturbedRun, EachDisturbanceIsReportedAndTheNextRunFinishes) {
   const auto out = [&] { return station.output(); };
   const auto database = station.native("Orvane.dll");
   const auto source = [&] { return station.scan("B1/D2/P.tif"); };
@@ -76,7 +77,7 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
   const struct {
     const char* what;
     std::function<void()> event, repair;
-    std::string told, remark;
+    std::string report, remark;
   } cases[] = {
       {"the output folder is removed", [&] { fs::remove_all(out()); },
        [&] { fs::create_directory(out()); }, "输出文件夹无法访问：", batchFailed},
@@ -110,7 +111,7 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
          back(station.scan("B1"));
        },
        "B1\\D2\\: No such file", batchFailed},
-      {"no thread can be had", [&] { armFaults(out().c_str(), kThread, Fault::FailOnward, 1); },
+      {"no thread can be created", [&] { armFaults(out().c_str(), kThread, Fault::FailOnward, 1); },
        [] { disarmFaults(); }, "档案导出成果成功！", ""},
       {"the page list may not be read", [&] { fs::permissions(docDat(), fs::perms{0}); },
        [&] { fs::permissions(docDat(), fs::perms{0644}); }, "Doc.dat: Permission denied",
@@ -122,7 +123,7 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
        },
        [] { fs::current_path("/"); }, "档案导出成果成功！", ""},
 #ifndef __SANITIZE_ADDRESS__
-      {"there is no memory",
+      {"memory is exhausted",
        [&] {
          aside(source()), fs::copy_file(largePage, source());
          armFaults(out().c_str(), kMemory, Fault::FailOnward, 1);
@@ -131,9 +132,8 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
 #endif
       {"the disk is full", [&] { armFaults(out().c_str(), kWrite, Fault::FailOnward, 1); },
        [] { disarmFaults(); }, "D2001.tif: No space left on device", batchFailed},
-      {"the disk does not keep what was written",
-       [&] { armFaults(out().c_str(), kSync, Fault::Fail, 1); }, [] { disarmFaults(); },
-       "B1: Input/output error", batchFailed},
+      {"syncing the disk fails", [&] { armFaults(out().c_str(), kSync, Fault::Fail, 1); },
+       [] { disarmFaults(); }, "B1: Input/output error", batchFailed},
       {"a page is damaged", [&] { aside(source()), writeBytes(source(), damagedPage); },
        [&] { back(source()); }, "P.tif: the page cannot be decoded: ", batchFailed},
       {"a page is a folder", [&] { aside(source()), fs::create_directory(source()); },
@@ -146,13 +146,13 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
        "P.tif: Too many levels of symbolic links", batchFailed},
       {"a page is a pipe", [&] { aside(source()), mkfifo(source().c_str(), 0666); },
        [&] { back(source()); }, "P.tif: Invalid argument", batchFailed},
-      {"the database is locked until the failure is told",
+      {"the database is locked until the failure is reported",
        [&] {
          sqlite3* other = nullptr;
          sqlite3_open(database.c_str(), &other);
          ASSERT_EQ(sqlite3_exec(other, "begin immediate", nullptr, nullptr, nullptr), SQLITE_OK);
          whenFailed = [other] { sqlite3_close(other); };
-         host.setIsStopRequested(true);  // it would be waited for much longer
+         host.setIsStopRequested(true);  // shortens the wait for the lock
        },
        [] {}, "UpdateBatchInfo :database is locked", batchFailed},
       {"the database is removed", [&] { aside(database); }, [&] { back(database); }, updateFailed,
@@ -163,7 +163,7 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
              fs::rename(database.string() + ".copy", database);
        },
        [&] { fs::remove(database.string() + ".aside"); }, "档案导出成果成功！", ""},
-      {"the database is overwritten with rubbish",
+      {"the database is overwritten with garbage",
        [&] {
          fs::copy_file(database, database.string() + ".aside"), fs::resize_file(database, 100),
              std::ofstream(database, std::ios::in) << std::string(100, 'x');
@@ -176,12 +176,12 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
     fs::create_directory(out());
     station.createTable({"B1"});
     for (const char* name : {"B1/D1", "B1/D2", "B1/D3"}) station.addDocument(name, {"P"});
-    runCommand("chown -R 65534 " + quoted(station.native()));  // as root alone
+    runCommand("chown -R 65534 " + quoted(station.native()));  // succeeds only for root
     const auto scans = station.scanTree();
     {
       const AsOrdinaryUser user;
       run(c.event);
-      EXPECT_NE(told().find(c.told), std::string::npos) << told();
+      EXPECT_NE(reported().find(c.report), std::string::npos) << reported();
       c.repair();
     }
     EXPECT_EQ(station.scanTree(), scans);
@@ -193,15 +193,15 @@ TEST_F(Night, WhatHappensInMidRunIsToldAndTheNextRunFinishes) {
       run();
     }
     EXPECT_EQ(station.stateOf("B1").substr(0, std::string("完成成果输出").size()), "完成成果输出")
-        << told();
+        << reported();
   }
   EXPECT_EQ(readBytes(station.native("beside/keep")), "kept");
 }
 
-TEST_F(Night, OnAFileSystemInUserSpaceEveryFileAndFolderIsSynced) {
+TEST_F(DisturbedRun, OnAFileSystemInUserSpaceEveryFileAndFolderIsSynced) {
   host.options.ReNameFormat = kNameOfPage;
   station.addDocument("B1/D1", {"P", "P"});
-  station.addDocument("B1/D2", {"P"});  // over the first page of D1
+  station.addDocument("B1/D2", {"P"});  // replaces the first page of D1
   long syncs = 0;
   const auto exported = [&](Fault fault, long at) {
     station.createTable({"B1"});
@@ -215,10 +215,10 @@ TEST_F(Night, OnAFileSystemInUserSpaceEveryFileAndFolderIsSynced) {
   for (long at = 1; at <= 4; ++at) {
     EXPECT_EQ(exported(Fault::FailOnward, at), "完成扫描|成果输出失败！");
   }
-  EXPECT_NE(told().find("B1\\002.tif: Input/output error"), std::string::npos) << told();
+  EXPECT_NE(reported().find("B1\\002.tif: Input/output error"), std::string::npos) << reported();
 }
 
-TEST_F(Night, SettingsAreSavedWhereOwnersAndModesCannotBeChanged) {
+TEST_F(DisturbedRun, SettingsAreSavedEvenIfOwnersAndModesCannotBeChanged) {
   std::wstring section = L"S", key = L"k", values[] = {L"1", L"2"};
   armFaults(station.native().c_str(), kOwner, Fault::FailOnward, 1);
   for (std::wstring& value : values) {
@@ -228,11 +228,11 @@ TEST_F(Night, SettingsAreSavedWhereOwnersAndModesCannotBeChanged) {
   EXPECT_EQ(station.read("data.ini"), "[S]\r\nk=2\r\n");
 }
 
-TEST_F(Night, NoNameLeadsOutOfTheOutputFolderOrIntoTheWrongRow) {
+TEST_F(DisturbedRun, NoNameLeadsOutOfTheOutputFolderOrChangesAnotherRow) {
   const struct {
     std::wstring name;
-    bool isPageName;  // the page list can hold it
-    std::string told;
+    bool isPageName;  // it can be in a page list
+    std::string outcome;
   } cases[] = {
       {L"it's \"quoted\"`", true, "exported"},
       {L"B0' or '1'='1", true, "exported"},
@@ -280,7 +280,7 @@ TEST_F(Night, NoNameLeadsOutOfTheOutputFolderOrIntoTheWrongRow) {
     RunOutPutBatch(host);
     EXPECT_EQ(around(), before);
     const bool isExported = expected == "exported";
-    EXPECT_EQ(station.outputFiles().size(), isExported ? (isPageName ? 2u : 1u) : 0u) << told();
+    EXPECT_EQ(station.outputFiles().size(), isExported ? (isPageName ? 2u : 1u) : 0u) << reported();
     for (const std::string& file : station.outputFiles()) {
       EXPECT_TRUE(file.starts_with(bytes + "/" + bytes)) << file;
     }

@@ -47,7 +47,7 @@ bool isBelow(const char* path) {
   return plan.folder[0] != '\0' && std::string_view(path).starts_with(plan.folder);
 }
 
-// Of a path that starts at an open folder.
+// For a path relative to an open folder.
 bool isBelow(int folder, const char* path) {
   if (folder == AT_FDCWD || path[0] == '/') return isBelow(path);
   char place[sizeof plan.folder]{};
@@ -55,7 +55,7 @@ bool isBelow(int folder, const char* path) {
   return readlink(link.c_str(), place, sizeof place - 1) > 0 && isBelow(place);
 }
 
-// Counts a call; true when it is the one to fail.
+// Counts a call. Returns true if this call must fail.
 bool strikes(CallKind kind) {
   if ((plan.kinds & kind) == 0) return false;
   const long number = ++plan.count;
@@ -76,8 +76,8 @@ Function next(Function, const char* name) {
 }
 #define NEXT(name) static const auto call = next(&::name, #name)
 
-// A scan, or something to be written to. (A setting that cannot be read is empty, by contract.)
-bool counts(const char* path, int flags) {
+// True for scans and for files opened for writing. (A setting that cannot be read counts as empty.)
+bool canFail(const char* path, int flags) {
   const bool isWritten = (flags & O_ACCMODE) != O_RDONLY;
   return isWritten || std::string_view(path).find("/Batchs") != std::string_view::npos;
 }
@@ -86,18 +86,18 @@ bool claimsFuse() {
   return (plan.kinds & kFuse) != 0;
 }
 
-// `call` opens a file or folder; only what is opened to be written to is watched from then on, and
-// what can be synced.
+// `call` opens a file or folder. Its descriptor is watched if it is opened for writing, or if the
+// folder claims to be in FUSE, where everything is synced.
 template <typename Call>
 int opening(bool below, const char* path, int flags, Call call) {
-  const bool isWatched = below && counts(path, flags);
+  const bool isWatched = below && canFail(path, flags);
   if (isWatched && strikes(kOpen)) return failed((flags & O_CREAT) != 0 ? ENOSPC : EIO);
   const int descriptor = call();
   watch(descriptor, (isWatched && (flags & O_ACCMODE) != O_RDONLY) || (below && claimsFuse()));
   return descriptor;
 }
 
-// Half of one buffer, for a write that is cut short.
+// Fails, or writes only half of the buffer.
 template <typename Call>
 ssize_t writing(int descriptor, std::size_t size, Call call) {
   if (!isWatched(descriptor) || !strikes(kWrite)) return call(size);
@@ -112,12 +112,12 @@ constexpr std::size_t kLargeBlock = 64 * 1024;
   return true;
 }
 
-// In a program that was started with the library in front of it.
+// For a program that has the library preloaded.
 [[maybe_unused]] const bool armedByEnvironment = [] {
   const char* at = std::getenv("KILL_AT_CALL");
   const char* folder = std::getenv("KILL_FOLDER");
   if (at != nullptr && folder != nullptr) {
-    const char* file = std::getenv("CALLS_FILE");  // gets a byte for each call
+    const char* file = std::getenv("CALLS_FILE");  // gets one byte per call
     tally = file == nullptr ? -1 : open(file, O_WRONLY | O_CREAT | O_APPEND, 0666);
     armFaults(folder, kAllButMemory, Fault::Kill, std::atol(at));
   }
@@ -143,9 +143,9 @@ long disarmFaults() {
 
 using namespace orvane::test;
 
-// On a 64-bit platform the names that end in 64 are the same calls.
+// On a 64-bit platform, the names that end in 64 are aliases.
 #define ALSO(alias_, name) extern __typeof__(name) alias_ __attribute__((alias(#name)));
-// A call with a descriptor, or with a path as its first argument, that does nothing but fail.
+// Calls with a descriptor, or with a path as the first argument, that only fail.
 #define ON_DESCRIPTOR(kind, name, parameters, ...)                                   \
   int name parameters {                                                              \
     NEXT(name);                                                                      \
@@ -157,7 +157,7 @@ using namespace orvane::test;
     return isBelow(path) && strikes(kind) ? failed(ENOSPC) : call(__VA_ARGS__); \
   }
 
-// The mode behind the flags of a call that may create a file.
+// The mode argument of a call that may create a file.
 #define MODE_OF(flags)                                                        \
   va_list arguments;                                                          \
   va_start(arguments, flags);                                                 \
@@ -203,14 +203,14 @@ ssize_t pwritev(int descriptor, const iovec* pieces, int count, off_t offset) {
   return call(descriptor, &half, 1, offset);
 }
 
-// A kill loses nothing that was written, so the disk itself need not be waited for.
+// A kill loses nothing that was written, so the real sync is skipped.
 int fsync(int descriptor) {
   NEXT(fsync);
   if (!isWatched(descriptor)) return call(descriptor);
   return strikes(kSync) ? failed(EIO) : 0;
 }
 
-int syncfs(int descriptor) noexcept {  // of a folder, which is not open to be written to
+int syncfs(int descriptor) noexcept {  // called on folders, which are not watched
   NEXT(syncfs);
   if (plan.folder[0] == '\0') return call(descriptor);
   return !claimsFuse() && strikes(kSync) ? failed(EIO) : 0;
@@ -236,7 +236,7 @@ int dup(int descriptor) noexcept {
   return second;
 }
 
-int close(int descriptor) {  // the file is closed even so, as Linux does it
+int close(int descriptor) {  // closes the file even if it fails, like Linux
   NEXT(close);
   const bool fails = isWatched(descriptor) && strikes(kClose);
   watch(descriptor, false);
@@ -264,7 +264,7 @@ ALSO(pwritev64, pwritev)
 ALSO(ftruncate64, ftruncate)
 ALSO(fdatasync, fsync)
 
-#ifndef __SANITIZE_ADDRESS__  // which has an allocator of its own
+#ifndef __SANITIZE_ADDRESS__  // the sanitizer has its own allocator
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* block, size_t size);

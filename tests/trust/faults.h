@@ -1,8 +1,8 @@
 #pragma once
 
-/// System calls of an export that fail, or end the process, when a test says so. The library stands
-/// in front of the C library, linked to a test or preloaded into a program. Only files below one
-/// folder are watched, and allocations of 64 KiB and more.
+/// Makes chosen system calls fail or end the process. The library overrides functions of the C
+/// library; it is linked to a test or preloaded into a program. It affects only files below one
+/// folder, and allocations of at least 64 KiB.
 namespace orvane::test {
 
 enum CallKind : unsigned {
@@ -17,25 +17,25 @@ enum CallKind : unsigned {
   kRemove = 256,  ///< unlink, unlinkat
   kThread = 512,  ///< pthread_create
   kOwner = 1024,  ///< fchmod, fchown
-  kFuse = 2048,   ///< none, but the folder claims to be in a file system in user space
+  kFuse = 2048,   ///< no calls, but the folder claims to be in a file system in user space
   kAll = 511,
   kAllButMemory = kAll - kMemory,
 };
 
 enum class Fault {
-  None,        ///< only counts
+  None,        ///< calls are only counted
   Fail,        ///< call number `at` fails
-  FailOnward,  ///< it and every later one fails, as on a full disk
-  Short,       ///< a write takes only half of its bytes
-  Kill,        ///< SIGKILL in front of the call
+  FailOnward,  ///< that call and all later ones fail, as on a full disk
+  Short,       ///< a write writes only half of its bytes
+  Kill,        ///< SIGKILL before the call
 };
 
 extern "C" {
 
-/// From now on counts the calls of `kinds`, from 1, and lets the fault happen at call `at`.
+/// Starts to count the calls of `kinds`, from 1, and causes `fault` at call `at`.
 void armFaults(const char* folder, unsigned kinds, Fault fault, long at);
 
-/// Ends the watch and gives the number of calls counted.
+/// Stops counting and returns the number of calls.
 long disarmFaults();
 }
 

@@ -1,5 +1,5 @@
-// Every system call of a small export, and of what a host does with documents, fails once, or is
-// the last one before the process is killed.
+// Lets every system call of a small export, and of the document operations of a host, fail once,
+// and kills the process before it.
 #include "trust/faults.h"
 
 #include <csignal>
@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kKilled = 128 + SIGKILL;
-#ifdef __SANITIZE_ADDRESS__  // a sample of the calls will do
+#ifdef __SANITIZE_ADDRESS__  // a sample of the calls is enough
 constexpr long kStep = 7;
 #else
 constexpr long kStep = 1;
@@ -28,8 +28,8 @@ struct Case {
   const char* name;
   unsigned kinds;
   Fault fault;
-  long step;         // of the calls
-  int lowest, most;  // answers of the run
+  long step;              // between two calls that are tried
+  int smallest, largest;  // allowed results of the run
 };
 
 void PrintTo(const Case& c, std::ostream* stream) {
@@ -38,7 +38,7 @@ void PrintTo(const Case& c, std::ostream* stream) {
 
 class Faults : public testing::TestWithParam<Case> {
  protected:
-  // One start of the program under a fault.
+  // Runs the program with a fault.
   int run(unsigned kinds, Fault fault, long at) const {
     return inChild([&] {
       armFaults(station.native().c_str(), kinds, fault, at);
@@ -60,25 +60,25 @@ class Faults : public testing::TestWithParam<Case> {
   ReferenceStation station;
 };
 
-TEST_P(Faults, AreToldLoseNothingAndTheNextRunFinishes) {
+TEST_P(Faults, AreReportedLoseNothingAndTheNextRunFinishes) {
   const Case& c = GetParam();
   const long calls = callsOf(c.kinds);
   EXPECT_GT(calls, 50);
-  int told = 0;
+  int reported = 0;
   for (long at = 1; at <= calls && !HasFailure(); at += c.step * kStep) {
     SCOPED_TRACE("call " + std::to_string(at) + " of " + std::to_string(calls));
     station.reset();
-    const int answer = run(c.kinds, c.fault, at);
-    EXPECT_GE(answer, c.lowest);
-    EXPECT_LE(answer, c.most);
-    EXPECT_EQ(station.wrongs(c.most > 1), "");
-    told += answer == 0 ? 0 : 1;
-    const int next = answer == 0 ? 0 : run(0, Fault::None, 0);
+    const int result = run(c.kinds, c.fault, at);
+    EXPECT_GE(result, c.smallest);
+    EXPECT_LE(result, c.largest);
+    EXPECT_EQ(station.defects(c.largest > 1), "");
+    reported += result == 0 ? 0 : 1;
+    const int next = result == 0 ? 0 : run(0, Fault::None, 0);
     EXPECT_EQ(next, 0);
-    EXPECT_TRUE(station.isFinished()) << (answer == 0 ? "and nothing was told" : "in the next run");
+    EXPECT_TRUE(station.isFinished()) << (result == 0 ? "nothing was reported" : "in the next run");
   }
   RecordProperty("calls", static_cast<int>(calls));
-  RecordProperty("told", told);
+  RecordProperty("reported", reported);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, Faults,
@@ -127,8 +127,8 @@ class HostFaults : public testing::Test {
     return DocumentHelper().MergeDocument(name, &list);
   }
 
-  // What a run sees: the documents by the bytes of their pages, and other files. What the end of a
-  // process leaves is in nobody's way.
+  // What a run sees: the documents with the bytes of their pages, and other files. Temporary files
+  // that a killed process has left do no harm.
   std::map<std::string, std::string> seen() const {
     std::map<std::string, std::string> content;
     for (const auto& entry : fs::directory_iterator(station.scan("B"))) {
@@ -151,7 +151,7 @@ class HostFaults : public testing::Test {
   RecordingWindow window;
 };
 
-TEST_F(HostFaults, LeaveAllOfTheOldOrAllOfTheNewAndNothingInTheWay) {
+TEST_F(HostFaults, LeaveTheOldStateOrTheNewOneAndTheOperationCanBeRepeated) {
   ImagingControl engine;
   const auto at = [&](const wchar_t* name) { return gBatchFolder + L"\\" + name; };
   const std::pair<const char*, std::function<bool()>> operations[] = {
@@ -165,7 +165,7 @@ TEST_F(HostFaults, LeaveAllOfTheOldOrAllOfTheNewAndNothingInTheWay) {
   for (const auto& [name, run] : operations) {
     const auto& operation = run;
     for (const Fault fault : {Fault::Fail, Fault::Kill}) {
-      // A removal that fails leaves what it should have removed.
+      // Failing removals are not tried: they leave the file, as they must.
       const unsigned kinds = fault == Fault::Kill ? kAllButMemory : kAll - kRemove;
       reset();
       const auto before = seen(), treeBefore = station.scanTree();
@@ -178,17 +178,17 @@ TEST_F(HostFaults, LeaveAllOfTheOldOrAllOfTheNewAndNothingInTheWay) {
       for (long call = 1; call <= calls && !HasFailure(); call += kStep) {
         SCOPED_TRACE(std::string(name) + ", call " + std::to_string(call));
         reset();
-        const int answer = inChild([&] {
+        const int result = inChild([&] {
           armFaults(station.scan("").c_str(), kinds, fault, call);
           return operation() ? 0 : 1;
         });
         const auto left = seen();
         EXPECT_TRUE(left == before || left == after);
         if (fault == Fault::Fail) {
-          EXPECT_TRUE(station.scanTree() == (answer == 0 ? treeAfter : treeBefore));
+          EXPECT_TRUE(station.scanTree() == (result == 0 ? treeAfter : treeBefore));
           EXPECT_EQ(station.takeLog().find("std::"), std::string::npos);
         } else {
-          EXPECT_EQ(answer, kKilled);
+          EXPECT_EQ(result, kKilled);
         }
         if (left != before) continue;
         EXPECT_TRUE(operation());
@@ -198,9 +198,9 @@ TEST_F(HostFaults, LeaveAllOfTheOldOrAllOfTheNewAndNothingInTheWay) {
   }
 }
 
-TEST_F(HostFaults, ADocumentThatCannotBeDeletedOrNamedForWantOfMemoryIsLogged) {
+TEST_F(HostFaults, DeletingOrNamingADocumentWithoutMemoryIsLogged) {
   armFaults(station.scan("").c_str(), kMemory, Fault::None, 0);
-  const std::wstring name(20000, L'x');  // large enough to be watched
+  const std::wstring name(20000, L'x');  // larger than the smallest allocation that can fail
   if (disarmFaults() == 0) GTEST_SKIP() << "a sanitizer allocates by itself";
   DocumentHelper helper;
   const std::pair<const char*, std::function<bool()>> operations[] = {
@@ -215,7 +215,7 @@ TEST_F(HostFaults, ADocumentThatCannotBeDeletedOrNamedForWantOfMemoryIsLogged) {
   }
 }
 
-TEST(Calls, AnAddedPageOpensItsFileOnce) {
+TEST(Calls, AppendingAPageOpensTheFileOnce) {
   const TempStation station;
   station.shell("mkdir out && convert -size 40x30 gradient: -depth 8 in.tif");
   ImagingControl control;

@@ -1,4 +1,4 @@
-// The real program, killed in front of system calls all over a run.
+// The real program, killed before system calls throughout a run.
 #include <csignal>
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ class Kill : public testing::Test {
     for (const char* name : {"B1/D1", "B1/D2", "B2/D1", "B3/D1"}) {
       station.addDocument(name, {"P1", "P2", "P3", "P4"});
     }
-    // As the program writes them, but without a key, which each run adds.
+    // The settings as the program writes them, without one key, which each run adds.
     Operator(station).leave();
     settings = readBytes(station.native("data.ini"));
     settings.erase(settings.find("ReNameSp2"), std::string("ReNameSp2=_\r\n").size());
@@ -39,9 +39,9 @@ class Kill : public testing::Test {
     station.write("data.ini", settings);
   }
 
-  // One start, to the end of the program, with the kill in front of call number `at`. 0 kills
-  // nothing and counts the calls.
-  int runToBeKilled(long at) const {
+  // Runs the program and kills it before call number `at`; 0 only counts the calls. Returns the
+  // exit code.
+  int runAndKill(long at) const {
     try {
       Operator person(station, "LD_PRELOAD=" FAULTS " KILL_AT_CALL=" + std::to_string(at) +
                                    " KILL_FOLDER=" + quoted(station.native()) +
@@ -53,7 +53,7 @@ class Kill : public testing::Test {
     }
   }
 
-  // What a run has left, apart from the list.
+  // The state of the database and of the settings.
   std::string result() const {
     return station.query("pragma integrity_check; select BatchState from T_BatchInfo") +
            readBytes(station.native("data.ini"));
@@ -63,13 +63,13 @@ class Kill : public testing::Test {
   std::string settings;
 };
 
-// ORVANE_KILLS sets the number of moments; 100 take some minutes.
-TEST_F(Kill, ANewStartFinishesTheTableOfAProgramKilledAtAnyMoment) {
+// ORVANE_KILLS sets the number of kills; 100 take some minutes.
+TEST_F(Kill, ANewStartFinishesTheTableAfterAKillAtAnyMoment) {
   const char* const wanted = std::getenv("ORVANE_KILLS");
   const long kills = wanted != nullptr ? std::stol(wanted) : 10;
   const auto scans = station.scanTree();
   reset();
-  ASSERT_EQ(runToBeKilled(0), 0);
+  ASSERT_EQ(runAndKill(0), 0);
   const auto outputs = station.outputTree();
   const std::string undisturbed = result(), finished = readBytes(station.native("data.ini"));
   EXPECT_EQ(outputs.size(), 7u);
@@ -80,7 +80,7 @@ TEST_F(Kill, ANewStartFinishesTheTableOfAProgramKilledAtAnyMoment) {
     const long at = 1 + i * (calls - 1) / std::max(1L, kills - 1);
     SCOPED_TRACE("call " + std::to_string(at) + " of " + std::to_string(calls));
     reset();
-    EXPECT_EQ(runToBeKilled(at), 128 + SIGKILL);
+    EXPECT_EQ(runAndKill(at), 128 + SIGKILL);
     const std::string left = readBytes(station.native("data.ini"));
     EXPECT_TRUE(left == settings || left == finished) << left << settings << finished;
     Operator person(station);

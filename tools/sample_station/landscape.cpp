@@ -11,7 +11,7 @@
 namespace orvane::sample {
 namespace {
 
-constexpr double kShore = 0.70;  // where the water begins, as a part of the height
+constexpr double kShore = 0.70;  // the upper edge of the water, as a fraction of the height
 
 struct Tone {
   double red;
@@ -24,8 +24,8 @@ Tone mix(Tone a, Tone b, double t) {
 }
 
 struct Ridge {
-  double height;     // of the crest, as a part of the picture's height
-  double roughness;  // how far the crest moves up and down
+  double height;     // of the crest, as a fraction of the height of the picture
+  double roughness;  // the vertical range of the crest
   double detail;
   Tone colour;
 };

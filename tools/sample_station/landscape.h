@@ -5,8 +5,8 @@
 
 namespace orvane::sample {
 
-// A photograph-like picture: sky, ranges of hills in the haze, water. Continuous tones with fine
-// grain, which is what a lossy coder meets on a page with a photograph.
+// A picture like a photograph: sky, hazy ranges of hills, water. It has continuous tones and fine
+// grain, so that a lossy coder works as on a page with a photograph.
 QImage landscape(QSize pixels, std::uint64_t seed);
 
 }  // namespace orvane::sample

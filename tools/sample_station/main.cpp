@@ -1,5 +1,5 @@
-// Makes a sample program folder, or one long document for measurements. Run without arguments for
-// the options.
+// Creates a sample program folder, or one long document for measurements. Run it without arguments
+// for the options.
 #include <QGuiApplication>
 #include <charconv>
 #include <iostream>
@@ -94,7 +94,7 @@ void make(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");  // it draws, and shows nothing
+  qputenv("QT_QPA_PLATFORM", "offscreen");  // no window is shown
   const QGuiApplication application(argc, argv);
   try {
     make(optionsOf({argv + 1, argv + argc}));

@@ -55,7 +55,7 @@ SensorNoise::SensorNoise(std::uint64_t seed, double deviation)
     : state_(static_cast<std::uint32_t>(seed) | 1U) {
   Noise source(seed);
   for (auto& value : table_) {
-    double sum = 0;  // of twelve even draws: variance 1
+    double sum = 0;  // of twelve uniform values, which has variance 1
     for (int i = 0; i < 12; ++i) sum += source.between(-0.5, 0.5);
     value = static_cast<std::int8_t>(std::clamp(std::lround(sum * deviation), -127L, 127L));
   }

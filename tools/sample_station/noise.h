@@ -6,8 +6,8 @@
 
 namespace orvane::sample {
 
-// A small generator of repeatable random numbers (SplitMix64), so that a page comes out the same
-// on every machine and with every standard library.
+// A generator of repeatable random numbers (SplitMix64). A page is the same on every machine and
+// with every standard library.
 class Noise {
  public:
   explicit Noise(std::uint64_t seed) : state_(seed) {}
@@ -22,13 +22,14 @@ class Noise {
   std::uint64_t state_;
 };
 
-// Sensor noise, roughly normal, read from a table: a colour page asks for it 26 million times.
+// Sensor noise with a roughly normal distribution. It is read from a table, because a colour page
+// needs 26 million values.
 class SensorNoise {
  public:
   // `deviation` is the standard deviation in levels of 0 to 255.
   SensorNoise(std::uint64_t seed, double deviation);
 
-  // Four values, packed as signed bytes, a draw.
+  // The next four values.
   std::array<std::int8_t, 4> next4();
 
  private:
@@ -36,8 +37,8 @@ class SensorNoise {
   std::uint32_t state_;
 };
 
-// Smooth noise in [0, 1]: a sum of `octaves` layers of interpolated lattice values, each twice as
-// fine and half as strong as the one before.
+// Smooth noise in [0, 1]: the sum of `octaves` layers of interpolated lattice values, each twice as
+// fine and half as strong as the previous one.
 double smoothNoise(double x, double y, int octaves, std::uint64_t seed);
 
 }  // namespace orvane::sample

@@ -14,7 +14,7 @@
 namespace orvane::sample {
 namespace {
 
-// Everything is drawn in points; the painter scales to the resolution.
+// All coordinates are in points; the painter scales them to the resolution.
 constexpr QSizeF kA4(595.3, 841.9);
 constexpr double kLeft = 80;
 constexpr double kRight = 525;
@@ -43,7 +43,8 @@ struct Column {
   double bottom;
 };
 
-// Sets one paragraph from `y` on; answers where the next one begins. What does not fit is left out.
+// Draws a paragraph from `y` down and returns the position of the next one. Lines that do not fit
+// in the column are omitted.
 double setText(QPainter& painter, const QString& text, double size, Column column, double y) {
   QTextLayout layout(text, pageFont(size), painter.device());
   const double pitch = size * 1.72;

@@ -13,7 +13,8 @@ enum class Design {
   Dense,     // small print in two columns
 };
 
-// An A4 page as it lies on the glass, a little askew, drawn at `dpi`. `seed` chooses its words.
+// Draws an A4 page at `dpi`, slightly rotated as on the glass of a scanner. `seed` selects the
+// words.
 QImage drawPage(Design design, int dpi, std::uint64_t seed);
 
 }  // namespace orvane::sample

@@ -11,7 +11,7 @@
 
 namespace orvane::sample {
 
-// A page of a document: its name (UTF-8, without ".tif"), what is on it and how it is stored.
+// A page of a document: its name (UTF-8, without ".tif"), its content and its storage form.
 struct PagePlan {
   std::string name;
   Design design = Design::Notice;
@@ -24,7 +24,7 @@ class PageFactory {
  public:
   explicit PageFactory(int dpi) : dpi_(dpi) {}
 
-  // `seed` chooses the words; pages of one seed and design show the same sheet.
+  // `seed` selects the words. Pages with the same seed and design show the same sheet.
   void writePage(const std::filesystem::path& file, const PagePlan& plan, std::uint64_t seed);
 
  private:
@@ -34,7 +34,7 @@ class PageFactory {
   std::map<std::pair<Design, std::uint64_t>, QImage> sheets_;
 };
 
-// Writes the page list of a document: each name with a "$" behind it, in code page 936.
+// Writes the page list of a document: each name followed by "$", in code page 936.
 void writePageList(const std::filesystem::path& folder, const std::vector<std::string>& names);
 
 }  // namespace orvane::sample

@@ -53,7 +53,7 @@ void drawSeal(QPainter& painter, QPointF centre, Noise& noise) {
   painter.setPen(Qt::NoPen);
   painter.setBrush(QColor(250, 248, 242));
   painter.setOpacity(0.7);
-  for (int i = 0; i < 260; ++i) {  // where the ink did not take
+  for (int i = 0; i < 260; ++i) {  // spots without ink
     const double angle = noise.between(0, 2 * std::numbers::pi);
     const double reach = kSealRadius * std::sqrt(noise.between(0, 1.05));
     const double size = noise.between(0.2, 0.9);

@@ -6,7 +6,7 @@
 
 namespace orvane::sample {
 
-// What hands and office tools leave on a page. All measures are points (1/72 inch).
+// Marks of hands and office tools on a page. All coordinates are in points (1/72 inch).
 
 // A round red seal with a star and words along its rim.
 void drawSeal(QPainter& painter, QPointF centre, Noise& noise);

@@ -78,7 +78,7 @@ QString paragraph(int sentences, Noise& noise) {
   std::size_t at = noise.below(kSentences.size());
   for (int i = 0; i < sentences; ++i) {
     text += QString::fromUtf16(kSentences[at]);
-    at = (at + 5) % kSentences.size();  // visits every sentence before one comes back
+    at = (at + 5) % kSentences.size();  // visits every sentence before it repeats one
   }
   return text;
 }

@@ -7,11 +7,11 @@
 
 namespace orvane::sample {
 
-// The words on the sample pages. Everything is made up.
+// The words on the sample pages. All of them are fictitious.
 QString noticeTitle(Noise& noise);
 QString documentNumber(Noise& noise);
 QString sectionHeading(int number, Noise& noise);
-// About `sentences` sentences of running text, led by the two-character indent.
+// `sentences` sentences of text, after an indent of two characters.
 QString paragraph(int sentences, Noise& noise);
 QString photoCaption(Noise& noise);
 

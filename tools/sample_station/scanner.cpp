@@ -11,18 +11,18 @@ namespace {
 
 constexpr double kColourNoise = 2.6;
 constexpr double kGrayNoise = 3.0;
-constexpr double kThresholdNoise = 19;  // rough edges, as a bilevel scanner makes them
+constexpr double kThresholdNoise = 19;  // gives the rough edges of a bilevel scanner
 constexpr int kThreshold = 150;
 
 uchar level(int value) {
   return static_cast<uchar>(std::clamp(value, 0, 255));
 }
 
-// Dust on the glass and the shadow of the lid, drawn on a copy of the page.
+// Returns a copy of the page with dust on the glass and the shadow of the lid.
 QImage onTheGlass(const QImage& page, std::uint64_t seed) {
-  QImage lying = page;
+  QImage result = page;
   Noise noise(seed + 31);
-  QPainter painter(&lying);
+  QPainter painter(&result);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
   const double unit = page.width() / 2480.0;  // a pixel of a page at 300 dpi
@@ -37,10 +37,10 @@ QImage onTheGlass(const QImage& page, std::uint64_t seed) {
   const double height = page.height();
   painter.drawPolygon(QPolygonF({QPointF(0, 0), QPointF(noise.between(6, 26) * unit, 0),
                                  QPointF(noise.between(0, 9) * unit, height), QPointF(0, height)}));
-  return lying;
+  return result;
 }
 
-// How the lamp lights each column, in levels added to it: a little darker towards the edges.
+// The levels that the lamp adds to each column: slightly darker towards the edges.
 std::vector<int> lamp(int width, std::uint64_t seed) {
   std::vector<int> light(static_cast<std::size_t>(width));
   for (int x = 0; x < width; ++x) {

@@ -29,7 +29,7 @@ std::vector<BatchPlan> batchPlans() {
   using enum Design;
   using enum PageKind;
   return {
-      // Older than the others, and not ready: the export must pass it over.
+      // Older than the others, but not ready: the export must skip it.
       {{"2024-0000", kStillScanning, "2024-02-29 16:05:12", 1, "周敏", "SCAN-02"},
        {{"0001", {{"0001", Notice, G4}}}}},
       {{"2024-0001", kScanned, "2024-03-01 08:30:00", 6, "周敏", "SCAN-01"},
@@ -55,7 +55,7 @@ void writeDocument(const fs::path& folder, const DocumentPlan& plan, PageFactory
   writePageList(folder, names);
 }
 
-// A folder that a scanning station left behind: pages without a page list.
+// A leftover folder of a scanning station: pages without a page list.
 void writeLeftovers(const fs::path& folder, PageFactory& factory) {
   fs::create_directories(folder);
   factory.writePage(folder / "0001.tif", {"0001", Design::Notice, PageKind::G4}, 1);

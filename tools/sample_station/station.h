@@ -10,12 +10,12 @@ namespace orvane::sample {
 constexpr int kScanDpi = 300;
 constexpr int kSmallDpi = 100;
 
-// Fills `folder` as a program folder: the database Orvane.dll and the scan tree Batchs. An earlier
-// sample there is replaced; other files stay.
+// Creates the database Orvane.dll and the scan tree Batchs in `folder`. An earlier sample is
+// replaced; other files are kept.
 void makeStation(const std::filesystem::path& folder, int dpi);
 
-// Fills `folder` as one document: `count` pages of one kind, 000001.tif and so on, and Doc.dat.
-// Four different sheets take turns, so that a long document is made quickly.
+// Creates a document in `folder`: `count` pages of one kind, 000001.tif and so on, and Doc.dat.
+// Only four different sheets are drawn, so that a long document is created quickly.
 void makeDocument(const std::filesystem::path& folder, PageKind kind, int count, int dpi,
                   int jpegQuality);
 

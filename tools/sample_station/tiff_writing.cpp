@@ -68,10 +68,10 @@ void describe(TIFF* tiff, const QImage& scan, PageKind kind, int dpi, int jpegQu
     TIFFSetField(tiff, TIFFTAG_JPEGQUALITY, jpegQuality);
     if (isColour(kind)) TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
   }
-  // One strip where scanners deliver one compressed piece; short strips elsewhere.
-  const bool onePiece = kind == PageKind::G4 || kind == PageKind::ColourJpeg;
+  // Scanners store Group 4 and colour JPEG pages in one strip, other kinds in short strips.
+  const bool oneStrip = kind == PageKind::G4 || kind == PageKind::ColourJpeg;
   TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP,
-               static_cast<std::uint32_t>(onePiece ? scan.height() : 128));
+               static_cast<std::uint32_t>(oneStrip ? scan.height() : 128));
 }
 
 }  // namespace
@@ -96,7 +96,7 @@ void writeTiff(const std::filesystem::path& file, const QImage& scan, PageKind k
   const TiffHandle tiff(TIFFOpen(file.c_str(), "wl"));
   if (!tiff) throw std::runtime_error("cannot write " + file.string());
   describe(tiff.get(), scan, kind, dpi, jpegQuality);
-  QByteArray row(scan.bytesPerLine(), '\0');  // the codecs may change what they are handed
+  QByteArray row(scan.bytesPerLine(), '\0');  // a copy, because codecs may change the row
   for (int y = 0; y < scan.height(); ++y) {
     std::copy_n(scan.constScanLine(y), row.size(), row.data());
     if (TIFFWriteScanline(tiff.get(), row.data(), static_cast<std::uint32_t>(y)) < 0) {

@@ -1,5 +1,5 @@
-// Looks after the batches of a station from the command line. Run it without arguments for its
-// commands. It works in its own folder when that is a station, else in the current one.
+// Manages the batches of a station. Run it without arguments for its commands. The station is the
+// program's own folder if that is one, otherwise the current folder.
 
 #include <filesystem>
 #include <iostream>
@@ -30,7 +30,7 @@ constexpr const char* kUsage = R"(用法：
 constexpr const wchar_t* kWaiting = L"完成扫描";
 constexpr const wchar_t* kOnHold = L"暂停导出";
 
-// What the operator is told, without a prefix of the platform's.
+// An error message for the operator.
 struct Refusal : std::runtime_error {
   explicit Refusal(const std::wstring& text) : std::runtime_error(toUtf8(text)) {}
 };
@@ -59,7 +59,7 @@ void print(const std::wstring& line) {
   std::cout << toUtf8(line) << '\n';
 }
 
-// Line breaks and tabs in a value would pass for the next batch or column.
+// A line break or tab in a value would look like the next batch or column.
 std::wstring onOneLine(std::wstring text) {
   for (wchar_t& letter : text) {
     if (letter == L'\r' || letter == L'\n' || letter == L'\t') letter = L' ';
@@ -76,7 +76,7 @@ int list(BatchStore& store, const std::wstring& condition) {
   return 0;
 }
 
-// The program would neither expect nor see a change of the table in the middle of a run.
+// Refused while the program is open, because a run does not expect another state of a batch.
 int setState(BatchStore& store, const std::wstring& BatchID, const std::wstring& state) {
   const InstanceGuard guard(programFolder());
   if (guard.anotherRuns()) throw Refusal(L"程序正开着，请先关闭它再改状态。");

@@ -15,7 +15,7 @@
 namespace orvane::station {
 namespace {
 
-// Runs one step; a failure in it is an obstacle.
+// Runs one step and records a failure as an obstacle.
 template <typename Step>
 void tryStep(BatchCheck& check, const std::wstring& prefix, Step step) {
   try {
@@ -28,7 +28,7 @@ void tryStep(BatchCheck& check, const std::wstring& prefix, Step step) {
 void checkPageFile(BatchCheck& check, const std::wstring& path) {
   ++check.pages;
   tryStep(check, L"", [&] {
-    std::error_code missing;  // which the reader tells in its own words
+    std::error_code missing;  // checkPage reports a missing file
     const std::uintmax_t size = std::filesystem::file_size(nativePath(existingPath(path)), missing);
     if (!missing) check.bytes += size;
     checkPage(path);

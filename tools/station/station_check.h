@@ -6,16 +6,16 @@
 
 namespace orvane::station {
 
-/// What was found in one batch that waits for its export. Nothing is written.
+/// The result of checking a waiting batch.
 struct BatchCheck {
   std::uint64_t documents = 0;
   std::uint64_t pages = 0;
   std::uint64_t bytes = 0;              ///< of the page files
-  std::vector<std::wstring> obstacles;  ///< what the export would fail at
+  std::vector<std::wstring> obstacles;  ///< why the export would fail
 };
 
-/// Looks at everything that the export of a batch reads: its folder, every `Doc.dat`, every page.
-/// Unlike an export it goes on after an obstacle, and tells all of them.
+/// Reads everything that the export of a batch reads: its folder, every `Doc.dat` and every page.
+/// Unlike an export it continues after an obstacle and returns all of them. Writes nothing.
 BatchCheck checkBatch(const std::wstring& BatchID);
 
 }  // namespace orvane::station
