@@ -96,6 +96,21 @@ TEST_F(TiffFileTest, AClassicFileNeverPasses4GiB) {
   expectPages(2);
 }
 
+// 254 / 3 is a scanner's 100 dots a centimetre over three; numbers of single precision are common.
+TEST_F(TiffFileTest, ResolutionsAreTheNearestFractions) {
+  const std::tuple<double, std::uint32_t, std::uint32_t> cases[] = {
+      {300, 300, 1},   {203.2F, 1016, 5},   {254.0 / 3, 254, 3},   {72.27, 7227, 100},
+      {1e-3, 1, 1000}, {1e6, 1'000'000, 1}, {199.995F, 39999, 200}};
+  for (const auto& [dpi, numerator, denominator] : cases) {
+    EncodedImage page = plainPage(0);
+    page.resolution = {1, dpi};
+    TiffFile().create(path, page);
+    const std::uint32_t fractions[] = {1, 1, numerator, denominator};
+    const std::string stored(reinterpret_cast<const char*>(fractions), sizeof fractions);
+    EXPECT_THAT(bytes(), HasSubstr(stored)) << dpi;
+  }
+}
+
 using TiffDeletePage = TiffFileTest;
 
 // tiffsplit copies strips as they lie, and makes the same file of the same page.
@@ -167,6 +182,24 @@ TEST_F(TiffDeletePage, OldStyleJpegKeepsItsStream) {
   const DecodedPage after = TiffPage(path, 1).decode();
   EXPECT_EQ(after.damage, std::nullopt);
   EXPECT_TRUE(after.raster.pixels == before);
+}
+
+// tiffcp follows the directories that hang below the page that stays, the second linked from the
+// first.
+TEST_F(TiffDeletePage, DirectoriesBelowAPageFollowIt) {
+  const auto size = static_cast<std::uint32_t>(rawGrayPage(2, 2, "abcd").size());
+  const std::uint32_t step = size - 8;
+  for (const std::uint16_t type : std::initializer_list<std::uint16_t>{4, 13}) {
+    std::string front = rawGrayPage(2, 2, "abcd", {}, size + 2 * step);
+    front = rawGrayPage(2, 2, "wxyz", {}, size + step, front);
+    front = rawGrayPage(2, 2, "WXYZ", {}, 0, front);
+    writeBytes(file, rawGrayPage(2, 2, "page", {{330, type, 1, size}}, 0, front));
+    TiffFile::deletePage(path, 1);
+    judge("tiffcp -o $(tiffinfo out | sed -n 's/.*SubIFD Offsets: *//p') out below.tif");
+    EXPECT_THAT(readBytes(station.native("below.tif")),
+                AllOf(HasSubstr("wxyz"), HasSubstr("WXYZ")));
+    EXPECT_THAT(bytes(), AllOf(HasSubstr("page"), Not(HasSubstr("abcd"))));
+  }
 }
 
 TEST_F(TiffDeletePage, RefusalsLeaveTheFileAlone) {

@@ -45,8 +45,8 @@ bool isWhite(const Raster& raster, std::uint32_t y) {
          static_cast<std::ptrdiff_t>(raster.rowBytes());
 }
 
-// The strip lies behind the directory, so that the page still loads when the end is gone.
-TEST_F(Damage, ACutPageKeepsItsBeginningAndIsWhiteBehind) {
+// The strip is stored after the directory, so that the page still loads when the end is cut.
+TEST_F(Damage, ACutPageKeepsItsBeginningAndIsWhiteAfterIt) {
   const std::tuple<std::string, TiffKind, std::uint32_t> cases[] = {{"none", {}, 1},
                                                                     {"g3", kBilevel, 3},
                                                                     {"g4", kBilevel, 4},
@@ -70,6 +70,22 @@ TEST_F(Damage, ACutPageKeepsItsBeginningAndIsWhiteBehind) {
         EXPECT_TRUE(isWhite(cut.raster, 149)) << length;
       }
     }
+  }
+}
+
+// libtiff swaps the bytes of 16-bit samples last, so a damaged block of the other order has none
+// that can be shown.
+TEST_F(Damage, SamplesThatAreNotYetInTheMachinesByteOrderAreNotShown) {
+  for (const std::string order : {"-L", "-B"}) {
+    std::string file = stored({.bits = 16}, order + " -c packbits -r 50");
+    const Raster whole = decoded(file).raster;
+    const std::size_t half = (file.size() - 400) * 5 / 6;  // of the last strip
+    file.replace(half, file.size() - 400 - half, file.size() - 400 - half, '\0');
+    const DecodedPage damaged = decoded(file);
+    EXPECT_TRUE(damaged.damage.has_value());
+    EXPECT_TRUE(std::equal(whole.row(0), whole.row(100), damaged.raster.row(0)));
+    EXPECT_EQ(isWhite(damaged.raster, 100), order == "-B");
+    EXPECT_EQ(std::equal(whole.row(100), whole.row(101), damaged.raster.row(100)), order == "-L");
   }
 }
 

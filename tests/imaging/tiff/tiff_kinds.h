@@ -23,7 +23,7 @@ struct TiffKind {
 /// Writes `pages` pages of a kind, each with other pixels.
 void writeTiff(const std::filesystem::path& file, const TiffKind& kind, int pages = 1);
 
-/// Where the directory of a little-endian file stands; libtiff writes it after the strips, and the
+/// The offset of the directory of a little-endian file; libtiff writes it after the strips, and the
 /// first strip at 8.
 std::uint32_t directoryOf(const std::string& file);
 
@@ -35,9 +35,9 @@ struct RawEntry {
   std::uint32_t value;
 };
 
-/// A little-endian file made by hand: a directory, whose link leads to `next`, for a page of 8-bit
-/// gray, and behind it the one strip. Some entries are changed or added; those for the place or
-/// size of the strip get their values here. `front` is what stands before it all, as a rule a
+/// A little-endian file made by hand: a directory, whose link is `next`, for a page of 8-bit
+/// gray, and after it the one strip. Some entries are changed or added; those for the place or
+/// size of the strip get their values here. `front` precedes the directory; usually it is a
 /// header.
 std::string rawGrayPage(std::uint32_t width, std::uint32_t height, const std::string& strip,
                         const std::vector<RawEntry>& changes = {}, std::uint32_t next = 0,
