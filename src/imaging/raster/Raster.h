@@ -17,7 +17,7 @@ enum class ColourModel {
   Cmyk,
 };
 
-/// What the one extra sample behind the colour samples means.
+/// What the one extra sample after the colour samples means.
 enum class ExtraSample { None, Unspecified, AssociatedAlpha, UnassociatedAlpha };
 
 /// The decoded pixels of one page, upright, with the sample values of the file.
@@ -61,14 +61,8 @@ Raster emptyRaster(const Raster& like, std::uint32_t width, std::uint32_t height
 /// The byte that fills paper (white) in this form; for a palette its brightest entry.
 std::uint8_t paperByte(const Raster& form);
 
-/// Sets the padding bits behind each row to 0.
+/// Sets the padding bits after each row to 0.
 void clearPadding(Raster& raster);
-
-}  // namespace orvane
-
-/// Single samples of a row, and colours as the eye weighs them.
-
-namespace orvane {
 
 /// Sample `index` of a row of 1, 2, 4 or 8-bit samples.
 inline std::uint8_t shallowSample(const std::uint8_t* row, std::size_t index, unsigned bits) {

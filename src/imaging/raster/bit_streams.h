@@ -32,7 +32,7 @@ inline void storeBigEndian64(std::uint8_t* at, std::uint64_t v) {
   std::memcpy(at, &v, sizeof v);
 }
 
-/// Reads bits from the highest of each byte on. Behind the end of the data it goes on with zeros;
+/// Reads bits from the highest of each byte on. After the end of the data it reads zeros;
 /// `overran` tells that some of those have been used.
 class BitReader {
  public:
@@ -51,7 +51,7 @@ class BitReader {
 
   unsigned ready() const { return ready_; }
 
-  /// The bits ahead, the next one in the highest place; zeros behind the ready ones.
+  /// The bits ahead, the next one in the highest place; zeros after the ready ones.
   std::uint64_t bits() const { return window_; }
 
   void skip(unsigned count) {

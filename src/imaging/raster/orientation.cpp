@@ -40,12 +40,6 @@ void withPixelOf(std::size_t bytes, Work work) {
   }
 }
 
-/// Turns left and right about, in place. Exact at every depth.
-void mirrorColumns(Raster& raster);
-
-/// Turns top and bottom about, in place.
-void mirrorRows(Raster& raster);
-
 constexpr std::array<std::uint8_t, 256> makeReversedBits() {
   std::array<std::uint8_t, 256> table{};
   for (unsigned byte = 0; byte < 256; ++byte) {
@@ -58,7 +52,7 @@ constexpr std::array<std::uint8_t, 256> makeReversedBits() {
 
 constexpr std::array<std::uint8_t, 256> kReversedBits = makeReversedBits();
 
-// The reversed row begins with the padding; a shift to the left takes it out again.
+// The reversed row begins with the padding, which a shift to the left removes.
 void mirrorBitRow(std::uint8_t* row, std::size_t rowBytes, unsigned padding) {
   std::reverse(row, row + rowBytes);
   for (std::size_t i = 0; i < rowBytes; ++i) row[i] = kReversedBits[row[i]];
@@ -83,6 +77,7 @@ void mirrorShallowRow(std::uint8_t* row, const Raster& form) {
   }
 }
 
+// Swaps left and right, in place. Exact at every depth.
 void mirrorColumns(Raster& raster) {
   const std::size_t rowBytes = raster.rowBytes();
   if (raster.bitsPerPixel() == 1) {
@@ -102,6 +97,7 @@ void mirrorColumns(Raster& raster) {
   }
 }
 
+// Swaps top and bottom, in place.
 void mirrorRows(Raster& raster) {
   const std::size_t rowBytes = raster.rowBytes();
   for (std::uint32_t top = 0; top < raster.height / 2; ++top) {
@@ -109,9 +105,6 @@ void mirrorRows(Raster& raster) {
     std::swap_ranges(upper, upper + rowBytes, raster.row(raster.height - 1 - top));
   }
 }
-
-/// The raster with rows and columns swapped. Exact at every depth.
-Raster transposed(const Raster& raster);
 
 // Eight rows of eight bits, the first row in the highest byte (Hacker's Delight, section 7-3).
 std::uint64_t transposeBitBlock(std::uint64_t block) {
@@ -175,6 +168,7 @@ void transposeWholeBytes(const Raster& from, Raster& to) {
   }
 }
 
+// The raster with rows and columns swapped. Exact at every depth.
 Raster transposed(const Raster& raster) {
   Raster result = emptyRaster(raster, raster.height, raster.width);
   if (raster.bitsPerPixel() == 1) {

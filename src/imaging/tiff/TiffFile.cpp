@@ -28,10 +28,10 @@ SampleOrder sampleOrder(TiffForm form) {
   return form.bigEndian ? SampleOrder::BigEndian : SampleOrder::LittleEndian;
 }
 
-// First the page behind the end, where no reader looks yet, then the one link that makes it part of
-// the document. Answers how the file was left.
-FileStamp writeBehind(OutputFile& file, const TiffPagePlan& page, TiffForm form, std::uint64_t size,
-                      std::uint64_t lastLink) {
+// Writes the page after the end of the file, where no reader looks yet, then the one link that
+// makes it part of the document. Returns the stamp of the written file.
+FileStamp writeAfterEnd(OutputFile& file, const TiffPagePlan& page, TiffForm form,
+                        std::uint64_t size, std::uint64_t lastLink) {
   try {
     file.write(size, page.parts);
     file.write(lastLink, link(form, page.directoryOffset));
@@ -42,7 +42,7 @@ FileStamp writeBehind(OutputFile& file, const TiffPagePlan& page, TiffForm form,
     try {
       file.write(lastLink, link(form, 0));
     } catch (...) {
-      // The first failure is the one to tell.
+      // The first failure is the one to report.
     }
     file.cutBack(size);
     throw;
@@ -96,7 +96,7 @@ void TiffFile::appendTo(OutputFile& file, const EncodedImage& image) {
   const TiffPagePlan page =
       planTiffPage(file.path(), end.form, before.size, image, TiffSubfile::PageOfMany, end.pages);
   end_ = {};
-  const FileStamp stamp = writeBehind(file, page, end.form, before.size, end.nextLink);
+  const FileStamp stamp = writeAfterEnd(file, page, end.form, before.size, end.nextLink);
   end_ = {file.path(), stamp, end.form, page.nextLink, end.pages + 1};
 }
 

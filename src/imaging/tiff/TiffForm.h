@@ -24,19 +24,19 @@ inline unsigned tiffTypeBytes(std::uint16_t type) {
   return type < std::size(kBytes) ? kBytes[type] : 0;
 }
 
-/// How numbers and offsets stand in one TIFF file.
+/// How numbers and offsets are stored in one TIFF file.
 struct TiffForm {
   bool bigEndian = false;
   bool bigTiff = false;
 
-  /// Bytes of a file offset, which is also the room for a value inside a directory entry.
+  /// Bytes of a file offset, which is also the size of the value field of a directory entry.
   unsigned offsetBytes() const { return bigTiff ? 8 : 4; }
-  /// Bytes of the number of entries at the front of a directory.
+  /// Bytes of the number of entries at the beginning of a directory.
   unsigned countBytes() const { return bigTiff ? 8 : 2; }
   unsigned entryBytes() const { return bigTiff ? 20 : 12; }
-  /// Where the value of an entry, or its offset, stands in the entry.
+  /// Position of the value, or of its offset, in an entry.
   unsigned valuePlace() const { return bigTiff ? 12 : 8; }
-  /// Where the header holds the offset of the first directory.
+  /// Position in the header of the offset of the first directory.
   unsigned firstLink() const { return bigTiff ? 8 : 4; }
   unsigned headerBytes() const { return bigTiff ? 16 : 8; }
 
@@ -54,11 +54,8 @@ struct TiffForm {
   }
 };
 
-}  // namespace orvane
-
 /// Tags of TIFF 6.0 and its registered extensions.
-
-namespace orvane::tag {
+namespace tag {
 
 constexpr std::uint16_t kNewSubfileType = 254;
 constexpr std::uint16_t kImageWidth = 256;
@@ -98,4 +95,6 @@ constexpr std::uint16_t kIccProfile = 34675;
 constexpr std::uint16_t kGpsIfd = 34853;
 constexpr std::uint16_t kInteroperabilityIfd = 40965;
 
-}  // namespace orvane::tag
+}  // namespace tag
+
+}  // namespace orvane

@@ -13,11 +13,13 @@
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 
+struct tiff;  // libtiff's own name for TIFF
+
 namespace orvane {
 
-/// A regular file, opened once and read by position. A small one is read whole at once; a larger
-/// one is read piece by piece and never mapped, so that a file cut short by somebody else is a
-/// short read and no crash.
+/// A regular file, opened once and read by position. A small file is read into memory at once. A
+/// larger one is read piece by piece; it is not mapped, so that a file that another process
+/// truncates gives a short read and not a crash.
 class ImageFile {
  public:
   /// Throws Failure with path and reason.
@@ -28,7 +30,7 @@ class ImageFile {
   /// All bytes of a small file; empty for a larger one.
   ByteView wholeContent() const { return {content_.get(), content_ ? size_ : 0}; }
 
-  /// Copies up to `size` bytes from `offset` on; answers how many there were. A read that fails
+  /// Copies up to `size` bytes from `offset` on and returns their number. A read that fails
   /// counts as the end of the file.
   std::size_t readAt(std::uint64_t offset, std::uint8_t* to, std::size_t size) const noexcept;
 
@@ -40,14 +42,9 @@ class ImageFile {
   std::unique_ptr<std::uint8_t[]> content_;
 };
 
-}  // namespace orvane
-
-struct tiff;
-
-namespace orvane {
-
-/// What libtiff says about one file. Only the first message of a kind is kept; it usually names the
-/// cause of all others. Takes no memory while libtiff speaks: an exception must not pass through C.
+/// The messages of libtiff about one file. Only the first message of a kind is kept; it usually
+/// names the cause of the others. The handlers allocate nothing: an exception must not pass through
+/// C.
 class TiffMessages {
  public:
   void clear();

@@ -96,7 +96,7 @@ void readBlocks(const TiffHandle& tiff, TiffLayout& layout) {
   }
 }
 
-// What libtiff takes to decode one pixel of a strip or tile, beside the bytes it hands out.
+// Memory that libtiff needs to decode one pixel of a strip or tile, in addition to its output.
 std::uint64_t decoderBytesPerPixel(const TiffLayout& layout, std::uint64_t sampleBytes) {
   switch (layout.compression) {
     case COMPRESSION_SGILOG:
@@ -105,7 +105,7 @@ std::uint64_t decoderBytesPerPixel(const TiffLayout& layout, std::uint64_t sampl
     case COMPRESSION_WEBP:
       return 5;  // a 32-bit pixel and its alpha
     case COMPRESSION_PIXARLOG:
-      return 2 * layout.samplesPerPixel;
+      return std::uint64_t{2} * layout.samplesPerPixel;
     case COMPRESSION_LERC:
       return 2 * sampleBytes;  // and a mask
     default:

@@ -24,7 +24,7 @@ struct TiffLayout {
   std::uint32_t blockHeight = 0;  ///< of a strip or tile; the last strip may be shorter
   std::uint32_t blockCount = 0;   ///< of strips or tiles, in all planes
 
-  bool throughRgbaReader = false;  ///< see tiff_rgba.h
+  bool throughRgbaReader = false;  ///< see requireRgbaReader in tiff_decode.h
   /// What the page becomes: depth, model and palette; the size is that of the page as stored.
   Raster form;
 

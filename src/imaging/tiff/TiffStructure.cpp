@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint64_t kMostEntries = 4096;  // libtiff's own limit for a sane directory
 
-// The form that the header tells; nothing when it is no header of a TIFF file.
+// The form that the header states; nothing when it is not the header of a TIFF file.
 std::optional<TiffForm> findForm(const OutputFile& file, std::uint64_t size) {
   std::array<std::uint8_t, 16> header{};
   if (size < 8) return std::nullopt;

@@ -8,20 +8,20 @@
 
 namespace orvane {
 
-/// Where one directory of a TIFF file stands.
+/// The position of one directory of a TIFF file.
 struct TiffDirectoryPlace {
   std::uint64_t offset = 0;
   std::uint64_t entries = 0;
-  std::uint64_t nextLink = 0;  ///< where it holds the offset of the next one
+  std::uint64_t nextLink = 0;  ///< position of the offset of the next directory
 };
 
-/// One field of a directory, as it stands in the file.
+/// One field of a directory, as it is stored in the file.
 struct TiffEntry {
   std::uint16_t tag = 0;
   std::uint16_t type = 0;
   std::uint64_t count = 0;
-  std::uint64_t valueAt = 0;    ///< where the value stands, inside the entry or elsewhere
-  std::uint64_t pointerAt = 0;  ///< where the entry holds `valueAt`; 0 when the value is inside
+  std::uint64_t valueAt = 0;    ///< position of the value, inside the entry or elsewhere
+  std::uint64_t pointerAt = 0;  ///< position of `valueAt` in the entry; 0 when the value is inside
   /// Bytes of the whole value; 0 for a field type of unknown width.
   std::uint64_t valueBytes() const { return count * tiffTypeBytes(type); }
 };
@@ -39,16 +39,16 @@ class TiffStructure {
   TiffForm form() const { return form_; }
   std::uint64_t fileSize() const { return size_; }
 
-  /// The pages' directories in their order. A chain that runs in a circle throws Failure.
+  /// The directories of the pages in their order. Throws Failure for a circular chain.
   std::vector<TiffDirectoryPlace> pages() const;
   TiffDirectoryPlace directory(std::uint64_t offset) const;
   std::vector<TiffEntry> entries(const TiffDirectoryPlace& place) const;
   /// One unsigned number of the file, up to 8 bytes wide.
   std::uint64_t number(std::uint64_t offset, unsigned width) const;
-  /// A row of such numbers.
+  /// `count` such numbers in sequence.
   std::vector<std::uint64_t> numbers(std::uint64_t offset, std::uint64_t count,
                                      unsigned width) const;
-  /// Throws Failure unless the range lies in the file.
+  /// Throws Failure unless the range is inside the file.
   void requireInside(std::uint64_t offset, std::uint64_t length) const;
   Failure damaged(const char* reason) const;
 

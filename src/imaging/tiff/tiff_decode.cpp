@@ -13,6 +13,34 @@
 namespace orvane {
 namespace {
 
+/// The result of decoding the strips or tiles of a page.
+struct BlockTally {
+  bool allWhole = true;
+  bool anyRow = false;  ///< at least one row of pixels could be decoded
+};
+
+/// Decodes strips and tiles one by one, and salvages what can be read of a damaged one.
+class TiffBlockReader {
+ public:
+  TiffBlockReader(TiffHandle& tiff, const TiffLayout& layout);
+
+  /// Decodes block `index` to `to`, `rows` rows of `rowBytes` bytes each. Where data is missing
+  /// `to` keeps its content, which must be paper.
+  void read(std::uint32_t index, std::uint8_t* to, std::uint32_t rows, std::size_t rowBytes);
+
+  const BlockTally& tally() const { return tally_; }
+
+ private:
+  bool decode(std::uint32_t index, std::uint8_t* to, std::uint32_t rows, std::size_t rowBytes);
+  bool decodeCut(std::uint32_t index, std::uint8_t* to, std::uint32_t rows, std::size_t rowBytes);
+  bool givesARow(std::uint32_t index, std::size_t rowBytes);
+
+  TiffHandle& tiff_;
+  const TiffLayout& layout_;
+  bool partialDataIsReadable_;
+  BlockTally tally_;
+};
+
 bool hasPredictor(TIFF* tiff, std::uint16_t compression) {
   switch (compression) {
     case COMPRESSION_LZW:
@@ -29,8 +57,9 @@ bool hasPredictor(TIFF* tiff, std::uint16_t compression) {
   }
 }
 
-// What decoders leave behind at an error lacks their last steps: the sum over a row of differences
-// (TIFF 6.0 section 14) and the byte order of 16-bit samples. Others leave zeros, or anything.
+// What a decoder leaves in its buffer after an error lacks its last steps: the sum over a row of
+// differences (TIFF 6.0 section 14) and the byte order of 16-bit samples. Others leave zeros, or
+// anything.
 bool leavesReadableData(TIFF* tiff, const TiffLayout& layout) {
   switch (layout.compression) {
     case COMPRESSION_WEBP:
@@ -46,8 +75,6 @@ bool leavesReadableData(TIFF* tiff, const TiffLayout& layout) {
              (layout.bitsPerSample != 16 || TIFFIsByteSwapped(tiff) == 0);
   }
 }
-
-}  // namespace
 
 TiffBlockReader::TiffBlockReader(TiffHandle& tiff, const TiffLayout& layout)
     : tiff_(tiff),
@@ -96,66 +123,11 @@ bool TiffBlockReader::decodeCut(std::uint32_t index, std::uint8_t* to, std::uint
                                 to, static_cast<tmsize_t>(rows * rowBytes)) == 1;
 }
 
-// A decoder that fails does not tell how far it came.
+// A decoder that fails does not report how far it got.
 bool TiffBlockReader::givesARow(std::uint32_t index, std::size_t rowBytes) {
   Bytes row(rowBytes);
   return decode(index, row.data(), 1, rowBytes) || decodeCut(index, row.data(), 1, rowBytes);
 }
-
-namespace {
-
-constexpr unsigned kEndOfLineZeros = 11;  // at least; no row holds as many in a row
-constexpr unsigned kReturnToControl = 6;  // end-of-line codes
-
-// Every row begins with an end-of-line code; where rows may be coded two-dimensionally, a tag bit
-// follows it.
-std::optional<std::uint32_t> rowsBeforeReturnToControl(ByteView strip, bool hasTags) {
-  std::uint32_t endOfLines = 0;
-  unsigned zeros = 0, inSequence = 0;
-  bool tagFollows = false;
-  for (std::size_t i = 0; i < strip.size() * 8; ++i) {
-    const bool bit = (strip[i / 8] >> (7 - i % 8) & 1) != 0;
-    if (std::exchange(tagFollows, false)) continue;
-    if (!bit) {
-      ++zeros;
-      continue;
-    }
-    if (std::exchange(zeros, 0U) < kEndOfLineZeros) {
-      inSequence = 0;
-      continue;
-    }
-    ++endOfLines;
-    if (++inSequence == kReturnToControl) return endOfLines - kReturnToControl;
-    tagFollows = hasTags;
-  }
-  return std::nullopt;
-}
-
-}  // namespace
-
-std::optional<StripRows> rowsBeforeReturnToControl(const TiffHandle& tiff,
-                                                   const TiffLayout& layout) {
-  if (layout.compression != COMPRESSION_CCITTFAX3 || layout.tiled) return std::nullopt;
-  const std::optional<std::vector<Bytes>> strips = readFaxStrips(tiff, layout);
-  if (!strips) return std::nullopt;
-  std::uint32_t options = 0;
-  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_GROUP3OPTIONS, &options);
-  const bool hasTags = (options & GROUP3OPT_2DENCODING) != 0;
-  StripRows rows;
-  std::uint32_t room = layout.height;
-  bool hasEnded = false;
-  for (const Bytes& strip : *strips) {
-    const std::uint32_t full = std::min(room, layout.blockHeight);
-    rows.push_back(std::min(full, rowsBeforeReturnToControl(strip, hasTags).value_or(full)));
-    if (hasEnded && rows.back() > 0) return std::nullopt;
-    hasEnded = rows.back() < full;
-    room -= full;
-  }
-  if (!hasEnded || rows[0] == 0) return std::nullopt;
-  return rows;
-}
-
-namespace {
 
 /// A strip or tile on the page, and the samples it holds.
 struct Block {
@@ -245,8 +217,7 @@ void requireRowBytes(const TiffHandle& tiff, const TiffLayout& layout, std::size
   if (theirs != rowBytes) throw tiff.failure("the size of its rows makes no sense");
 }
 
-}  // namespace
-
+// Fills `raster`, which holds paper and has the size of the stored page, with the kept samples.
 BlockTally decodeSamples(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows,
                          Raster& raster) {
   TiffBlockReader reader(tiff, layout);
@@ -268,8 +239,6 @@ BlockTally decodeSamples(TiffHandle& tiff, const TiffLayout& layout, const Strip
   });
   return reader.tally();
 }
-
-namespace {
 
 using AbgrPixels = std::vector<std::uint32_t>;
 
@@ -297,7 +266,7 @@ void iccLabToCieLab(std::uint8_t* samples, std::uint32_t columns, std::uint32_t 
   }
 }
 
-/// The state of the RGBA reader for one page. It answers rows from the top; the page is brought
+/// The state of the RGBA reader for one page. It delivers rows from the top; the page is brought
 /// upright later.
 class RgbaReader {
  public:
@@ -359,16 +328,8 @@ void place(const AbgrPixels& pixels, std::uint32_t x, std::uint32_t y, std::uint
   }
 }
 
-}  // namespace
-
-void requireRgbaReader(const TiffHandle& tiff, const TiffLayout& layout) {
-  if (layout.photometric == PHOTOMETRIC_ICCLAB) {
-    TIFFSetField(tiff.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_CIELAB);
-  }
-  char reason[1024] = "";
-  if (TIFFRGBAImageOK(tiff.get(), reason) != 1) throw tiff.failure(reason);
-}
-
+// Decodes the page to `raster`, which is 8-bit RGB, holds paper and has the size of the stored
+// page. A strip or tile that cannot be decoded whole stays paper.
 BlockTally decodeThroughRgba(const TiffHandle& tiff, const TiffLayout& layout, Raster& raster) {
   RgbaReader reader(tiff, layout);
   AbgrPixels pixels(std::size_t{layout.blockWidth} * layout.blockHeight);
@@ -380,15 +341,13 @@ BlockTally decodeThroughRgba(const TiffHandle& tiff, const TiffLayout& layout, R
       const bool whole = reader.read(x, y, columns, rows, pixels);
       tally.anyRow |= whole;
       tally.allWhole &= whole;
-      // Old-style JPEG is one stream: after an error nothing more can come.
+      // Old-style JPEG is one stream: nothing follows after an error.
       if (!whole && layout.compression == COMPRESSION_OJPEG) return tally;
       if (whole) place(pixels, x, y, columns, rows, raster);
     }
   }
   return tally;
 }
-
-namespace {
 
 struct Decoding {
   DecodedPage page;
@@ -422,8 +381,8 @@ Decoding decodeRows(TiffHandle& tiff, const TiffLayout& layout, const StripRows&
 
 }  // namespace
 
-// libtiff takes the end of Group 3 rows for a damaged row, so it is asked again for those that come
-// before it.
+// libtiff takes the end of Group 3 rows for a damaged row. The rows before it are then decoded
+// again without it.
 DecodedPage decodeTiff(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows) {
   Decoding decoding = decodeRows(tiff, layout, codedRows);
   if (!decoding.page.damage) return std::move(decoding.page);
@@ -435,6 +394,14 @@ DecodedPage decodeTiff(TiffHandle& tiff, const TiffLayout& layout, const StripRo
     throw tiff.failure("the page cannot be decoded: " + *decoding.page.damage);
   }
   return std::move(decoding.page);
+}
+
+void requireRgbaReader(const TiffHandle& tiff, const TiffLayout& layout) {
+  if (layout.photometric == PHOTOMETRIC_ICCLAB) {
+    TIFFSetField(tiff.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_CIELAB);
+  }
+  char reason[1024] = "";
+  if (TIFFRGBAImageOK(tiff.get(), reason) != 1) throw tiff.failure(reason);
 }
 
 }  // namespace orvane

@@ -14,7 +14,7 @@ class TiffDirectories {
  public:
   explicit TiffDirectories(const TiffHandle& tiff);
 
-  /// The offset of the next directory, or 0 behind the last one. Throws Failure when the chain
+  /// The offset of the next directory, or 0 after the last one. Throws Failure when the chain
   /// leads out of the file or back to an earlier directory.
   std::uint64_t next();
 

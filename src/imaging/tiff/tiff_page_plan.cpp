@@ -17,8 +17,8 @@ struct Fraction {
   std::uint64_t denominator;
 };
 
-// Continued fractions, until the value is met to single precision: resolutions come out of other
-// TIFF files as single-precision numbers.
+// Continued fractions, until the value is exact to single precision: libtiff returns the
+// resolutions of other TIFF files as single-precision numbers.
 Fraction nearestFraction(double value) {
   constexpr double kTolerance = 1e-7;
   constexpr std::uint64_t kLimit = std::numeric_limits<std::uint32_t>::max();
@@ -88,8 +88,8 @@ std::uint64_t TiffDirectory::linkPlace() const {
 
 Bytes TiffDirectory::bytes(std::uint64_t offset) const {
   Bytes directory;
-  Bytes behind;
-  const std::uint64_t behindOffset = offset + linkPlace() + form_.offsetBytes();
+  Bytes values;
+  const std::uint64_t valuesOffset = offset + linkPlace() + form_.offsetBytes();
   form_.put(directory, entries_.size(), form_.countBytes());
   for (const auto& [tag, entry] : entries_) {
     form_.put(directory, tag, 2);
@@ -99,13 +99,13 @@ Bytes TiffDirectory::bytes(std::uint64_t offset) const {
       directory.insert(directory.end(), entry.value.begin(), entry.value.end());
       directory.resize(directory.size() + form_.offsetBytes() - entry.value.size());
     } else {
-      form_.put(directory, behindOffset + behind.size(), form_.offsetBytes());
-      behind.insert(behind.end(), entry.value.begin(), entry.value.end());
-      behind.resize((behind.size() + 1) / 2 * 2);
+      form_.put(directory, valuesOffset + values.size(), form_.offsetBytes());
+      values.insert(values.end(), entry.value.begin(), entry.value.end());
+      values.resize((values.size() + 1) / 2 * 2);
     }
   }
   form_.put(directory, 0, form_.offsetBytes());
-  directory.insert(directory.end(), behind.begin(), behind.end());
+  directory.insert(directory.end(), values.begin(), values.end());
   return directory;
 }
 
@@ -133,7 +133,8 @@ void addForm(TiffDirectory& directory, const EncodedImage& image) {
   }
 }
 
-// JPEG samples have the full range and lie centred (JFIF); the defaults of TIFF 6.0 say otherwise.
+// JPEG samples have the full range and centred chroma (JFIF); the defaults of TIFF 6.0 say
+// otherwise.
 void addYCbCr(TiffDirectory& directory, const EncodedImage& image) {
   constexpr std::array<double, 6> kFullRange{0, 255, 128, 255, 128, 255};
   directory.addShorts(tag::kYCbCrSubSampling, image.chromaSubsampling);
@@ -143,7 +144,7 @@ void addYCbCr(TiffDirectory& directory, const EncodedImage& image) {
 
 void addPlaceInDocument(TiffDirectory& directory, const EncodedImage& image, TiffSubfile subfile,
                         std::uint32_t number) {
-  // The second value, the number of pages, is 0: unknown, for the document may still grow.
+  // The second value, the number of pages, is 0: unknown, because the document may still grow.
   const std::array<std::uint16_t, 2> pageNumber{static_cast<std::uint16_t>(number), 0};
   directory.addLong(tag::kNewSubfileType, static_cast<std::uint32_t>(subfile));
   directory.addRational(tag::kXResolution, image.resolution.x);
@@ -157,7 +158,7 @@ std::uint64_t roundedUp(std::uint64_t offset) {
   return offset + offset % 2;
 }
 
-// Places the strips from `offset` on and answers where they end.
+// Places the strips from `offset` on and returns the offset of their end.
 std::uint64_t placeStrips(const EncodedImage& image, std::uint64_t offset, TiffPagePlan& plan,
                           std::vector<std::uint64_t>& offsets) {
   plan.parts.reserve(2 * image.strips.size() + 3);

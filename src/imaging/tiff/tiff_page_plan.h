@@ -22,17 +22,17 @@ class TiffDirectory {
   void addLong(std::uint16_t tag, std::uint32_t value);
   /// Offsets or sizes of data in the file: LONG in a classic file, LONG8 in BigTIFF.
   void addSizes(std::uint16_t tag, std::span<const std::uint64_t> values);
-  /// The nearest fractions; the common resolutions come out exact (203.2 as 1016/5).
+  /// The nearest fractions; common resolutions are exact (203.2 as 1016/5).
   void addRationals(std::uint16_t tag, std::span<const double> values);
   void addRational(std::uint16_t tag, double value) { addRationals(tag, std::span(&value, 1)); }
   void addText(std::uint16_t tag, std::string_view text);
-  /// Bytes of a meaning of their own (UNDEFINED).
+  /// Opaque bytes (UNDEFINED).
   void addBytes(std::uint16_t tag, ByteView bytes);
 
-  /// The directory as it stands at `offset`: sorted entries, no next directory, and behind them
-  /// the values that do not fit an entry, each on an even offset.
+  /// The directory for a place at `offset`: sorted entries, no next directory, and after them the
+  /// values that do not fit in an entry, each at an even offset.
   Bytes bytes(std::uint64_t offset) const;
-  /// Where the offset of the next directory stands, counted from the front of the directory.
+  /// Position of the offset of the next directory, from the beginning of the directory.
   std::uint64_t linkPlace() const;
 
  private:
@@ -50,13 +50,13 @@ class TiffDirectory {
 /// TIFF 6.0 NewSubfileType of a page.
 enum class TiffSubfile : std::uint32_t { SingleImage = 0, PageOfMany = 2 };
 
-/// A page laid out for a place at the end of a TIFF file: strips, then the directory, everything on
-/// even offsets. `parts` points into the image and into `directory`.
+/// A page laid out for a place at the end of a TIFF file: strips, then the directory, all at even
+/// offsets. `parts` points into the image and into `directory`.
 struct TiffPagePlan {
-  std::vector<ByteView> parts;  ///< what goes into the file from the planned offset on
+  std::vector<ByteView> parts;  ///< what is written from the planned offset on
   Bytes directory;
   std::uint64_t directoryOffset = 0;
-  std::uint64_t nextLink = 0;  ///< where the offset of the next directory goes
+  std::uint64_t nextLink = 0;  ///< offset of the field that links to the next directory
 };
 
 /// Plans page `number` (from 0) for `offset`. Throws Failure, naming `path`, for an image that does

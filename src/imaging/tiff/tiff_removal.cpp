@@ -48,9 +48,9 @@ void Relocation::arrange(std::uint64_t alignment) {
 }
 
 std::optional<std::uint64_t> Relocation::moved(std::uint64_t offset) const {
-  const auto behind = std::ranges::upper_bound(ranges_, offset, {}, &Range::from);
-  if (behind == ranges_.begin()) return std::nullopt;
-  const Range& range = *std::prev(behind);
+  const auto next = std::ranges::upper_bound(ranges_, offset, {}, &Range::from);
+  if (next == ranges_.begin()) return std::nullopt;
+  const Range& range = *std::prev(next);
   if (offset >= endOf(range)) return std::nullopt;
   return range.to + (offset - range.from);
 }
@@ -216,7 +216,7 @@ void TiffKeeper::writeTo(OutputFile& target, const OutputFile& source) const {
   for (const Relocation::Range& range : relocation_.ranges()) {
     target.copy(source, range.from, range.length, range.to);
   }
-  // Every offset that is written over stands in a kept range; a strip of no bytes leads nowhere.
+  // Every offset that is overwritten is inside a kept range. An empty strip gets offset 0.
   for (const Link& link : links_) {
     Bytes bytes;
     const std::uint64_t leadsTo = link.target == 0 ? 0 : relocation_.moved(link.target).value_or(0);

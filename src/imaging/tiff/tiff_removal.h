@@ -10,9 +10,9 @@
 
 namespace orvane {
 
-/// Where the kept ranges of a file go when all else is left out. Ranges keep their order, may
-/// overlap, and are moved towards the front by whole alignment units, so that every offset only
-/// ever gets smaller and what was aligned stays aligned.
+/// New places for the kept ranges of a file when everything else is left out. Ranges keep their
+/// order, may overlap, and move towards the beginning by whole alignment units, so that no offset
+/// grows and aligned data stays aligned.
 class Relocation {
  public:
   struct Range {
@@ -38,10 +38,10 @@ class Relocation {
   std::vector<Range> ranges_;
 };
 
-/// Keeps a choice of pages of a TIFF file. It collects the ranges of bytes that they need, and
-/// where among them offsets stand that must follow when the ranges move. The bytes themselves are
-/// not interpreted further, so strips, unknown and private fields travel untouched. Only PageNumber
-/// (TIFF 6.0 section 12) is counted again where a page has it.
+/// Keeps a choice of pages of a TIFF file. It collects the ranges of bytes that they need and
+/// the positions of the offsets in them that must change when the ranges move. The bytes themselves
+/// are not interpreted further, so strips and unknown or private fields are copied unchanged. Only
+/// PageNumber (TIFF 6.0 section 12) is renumbered in pages that have it.
 class TiffKeeper {
  public:
   /// Collects what `pages` need: strips, tiles, fields and the directories below them. They are
@@ -52,16 +52,16 @@ class TiffKeeper {
   void writeTo(OutputFile& target, const OutputFile& source) const;
 
  private:
-  struct Link {  ///< an offset in the file, and where it leads
+  struct Link {  ///< an offset stored in the file, and its value
     std::uint64_t at;
     std::uint64_t target;
   };
-  struct PageNumber {  ///< where the two numbers of a PageNumber field stand, and what they become
+  struct PageNumber {  ///< position and new values of a PageNumber field
     std::uint64_t at;
     std::uint16_t number;
     std::uint16_t total;
   };
-  struct OffsetList {  ///< a row of offsets in the file
+  struct OffsetList {  ///< an array of offsets in the file
     std::uint64_t at;
     std::uint64_t count;
     unsigned width;
