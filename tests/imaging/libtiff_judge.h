@@ -80,7 +80,7 @@ inline LibtiffReading readWithLibtiff(const EncodedImage& image, bool bigEndian 
                                       const StripRows& codedRows = {}) {
   writeTiff(memoryFile(), image, bigEndian);
   LibtiffReading reading;
-  const TiffPointer tiff = openTiff(memoryFile(), "r", reading.messages);
+  const TiffPointer tiff = openTiff(memoryFile(), "rc", reading.messages);  // strips uncut
   const auto rowBytes = static_cast<std::size_t>(TIFFScanlineSize(tiff.get()));
   for (std::uint32_t i = 0; i < TIFFNumberOfStrips(tiff.get()); ++i) {
     const std::uint32_t rows = std::min(image.rowsPerStrip, image.height - i * image.rowsPerStrip);

@@ -15,6 +15,7 @@ namespace orvane::test {
 namespace {
 
 using ::testing::HasSubstr;
+using namespace std::string_literals;
 
 const Raster kGray = form(ColourModel::MinIsBlack, 8), kRgb = form(ColourModel::Rgb, 8, 3);
 
@@ -147,6 +148,14 @@ std::string firstTableOf(const EncodedImage& image) {
   return stream.substr(stream.find("\xFF\xDB") + 5, 64);
 }
 
+// True when `stream` holds the entropy-coded data of a strip, which follows at most 14 bytes of
+// scan header, as it is.
+bool holdsScanOf(const Bytes& stream, const Bytes& strip) {
+  const Bytes start{0xFF, 0xDA};
+  const ByteView data(std::ranges::search(strip, start).begin() + 14, strip.end() - 2);
+  return !std::ranges::search(stream, data).empty();
+}
+
 // What tiffinfo says of the colours of a page with such a stream.
 std::string coloursOf(const Source& source) {
   if (source.samples == 1) return "Photometric Interpretation: min-is-black\n";
@@ -166,6 +175,9 @@ TEST_F(JpegTranscode, CopiesAPageThatIsCoarseEnough) {
     ASSERT_EQ(copy->strips.size(), 1u);
     EXPECT_EQ(copy->rowsPerStrip, source.height);
     EXPECT_TRUE(pixelsOf(*copy) == pixelsOf(image));
+    if (source.options.empty()) {
+      for (const Bytes& strip : image.strips) EXPECT_TRUE(holdsScanOf(copy->strips[0], strip));
+    }
     const Bytes density(copy->strips[0].begin() + 13, copy->strips[0].begin() + 18);
     EXPECT_EQ(density, (Bytes{1, 1, 0x2C, 1, 0x2C}));
 
@@ -225,6 +237,24 @@ TEST_F(JpegTranscode, LeavesOtherKindsOfStreamsToTheirPixels) {
     EncodedImage image = encodedByCjpeg(source);
     change(image);
     EXPECT_FALSE(transcodeJpeg(image, {}));
+  }
+}
+
+// The first is a Huffman table with a code of all ones.
+TEST_F(JpegTranscode, RefusesWhatNoStreamMayHold) {
+  const EncodedImage whole = encodedByCjpeg({1, 83, 45, kOneStrip, ""});
+  EXPECT_TRUE(transcodeJpeg(whole, {}));
+  for (const auto& [from, to] : {std::pair{"\1\5\1\1\1\1\1\1"s, "\1\5\1\1\1\1\2\0"s},
+                                 {"\xFF\xD9"s, "\x55\xFF\xD9"s},         // a byte too many
+                                 {"\0\x3F\0"s, "\0\x3E\0"s},             // not all coefficients
+                                 {"\0\x2D\0\x53"s, "\0\x35\0\x53"s}}) {  // eight rows more
+    std::string stream(whole.strips[0].begin(), whole.strips[0].end());
+    ASSERT_NE(stream.rfind(from), stream.npos);
+    stream.replace(stream.rfind(from), from.size(), to);
+    EncodedImage image = whole;
+    image.height += to == "\0\x35\0\x53"s ? 8 : 0;
+    image.strips[0].assign(stream.begin(), stream.end());
+    EXPECT_THROW(transcodeJpeg(image, {}), Failure) << to;
   }
 }
 

@@ -4,14 +4,15 @@
 
 #include "imaging/libtiff_judge.h"
 #include "imaging/pages.h"
+#include "imaging/raster/bit_streams.h"
 #include "support/failureOf.h"
 
 namespace orvane::test {
 namespace {
 
 // What libtiff reads, with its messages instead where it has any.
-Bytes readBack(const EncodedImage& image) {
-  const LibtiffReading reading = readWithLibtiff(image);
+Bytes readBack(const EncodedImage& image, SampleOrder order = SampleOrder::LittleEndian) {
+  const LibtiffReading reading = readWithLibtiff(image, order == SampleOrder::BigEndian);
   EXPECT_EQ(reading.messages, "");
   return reading.pixels;
 }
@@ -30,6 +31,37 @@ TEST(Lzw, WritesEveryCodeWidthAndTheEndOfStrip) {
   for (int length = 1; length < 4200; ++length) {
     bytes.push_back(static_cast<std::uint8_t>(random.below(256)));
     ASSERT_EQ(readBack(lzwOf(bytes)), bytes) << length;
+  }
+}
+
+// 254 codes of 9 bits, 512 of 10, 1024 of 11 and 2047 of 12, the last of them 4094.
+TEST(Lzw, ClearsTheTableAsSoonAsItIsFull) {
+  Random random(8);
+  Bytes bytes(20000);
+  for (auto& byte : bytes) byte = static_cast<std::uint8_t>(random.below(256));
+  const EncodedImage image = lzwOf(bytes);
+  BitReader bits(image.strips[0]);
+  for (const auto& [count, width] : {std::pair{1 + 254, 9}, {512, 10}, {1024, 11}, {2047, 12}}) {
+    for (int i = 0; i < count; ++i) bits.refill(), bits.skip(width);
+  }
+  bits.refill();
+  EXPECT_EQ(bits.bits() >> 52, 256u);
+}
+
+TEST(Lossless, KeepsEveryFormInBothByteOrders) {
+  for (const Raster& kind : {form(ColourModel::MinIsWhite, 1), form(ColourModel::Palette, 4),
+                             form(ColourModel::Palette, 8), form(ColourModel::MinIsBlack, 8),
+                             form(ColourModel::MinIsBlack, 16), form(ColourModel::Cmyk, 8, 4),
+                             form(ColourModel::Rgb, 16, 4, ExtraSample::UnassociatedAlpha)}) {
+    Random random(kind.bitsPerSample);
+    const Raster page = scannedPage(random, kind, 301, 377);
+    for (const SampleOrder order : {SampleOrder::LittleEndian, SampleOrder::BigEndian}) {
+      const EncodedImage lzw = encodeLzw(page, order), plain = encodeUncompressed(page, order);
+      const bool isQuantity = kind.bitsPerSample >= 8 && kind.model != ColourModel::Palette;
+      EXPECT_EQ(lzw.horizontalPredictor, isQuantity);
+      EXPECT_TRUE(readBack(lzw, order) == page.pixels);
+      EXPECT_TRUE(readBack(plain, order) == page.pixels);
+    }
   }
 }
 
