@@ -152,8 +152,8 @@ std::string firstTableOf(const EncodedImage& image) {
 // scan header, as it is.
 bool holdsScanOf(const Bytes& stream, const Bytes& strip) {
   const Bytes start{0xFF, 0xDA};
-  const ByteView data(std::ranges::search(strip, start).begin() + 14, strip.end() - 2);
-  return !std::ranges::search(stream, data).empty();
+  const auto scan = std::search(strip.begin(), strip.end(), start.begin(), start.end());
+  return std::search(stream.begin(), stream.end(), scan + 14, strip.end() - 2) != stream.end();
 }
 
 // What tiffinfo says of the colours of a page with such a stream.
