@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "docstore/ScanTree.h"
 #include "export/SaveAsDocument.h"
+#include "export/page_forecast.h"
 #include "foundation/path_text.h"
 #include "foundation/program.h"
 #include "imaging/ImagingControl.h"
@@ -20,6 +22,7 @@ struct ExportTask {
   bool isPageFile = false;             ///< one file per page
   std::int16_t compressionType = 0;    ///< 0 compress, 1 do not compress
   std::int16_t compressionRatios = 0;  ///< 0, 1 or 2
+  std::optional<unsigned> workers{};   ///< absent: as many as the program takes on this machine
 };
 
 /// Exports one document through the routine that the run calls, with the memory settings of the
@@ -29,6 +32,11 @@ inline bool exportDocument(const ExportTask& task) {
   const std::filesystem::path document = std::filesystem::absolute(task.document);
   gBatchFolder = pathText(document.parent_path());
   ImagingControl ImgControl, ImgMerge, ImgPageCount;
+  if (task.workers) ImgControl.setWorkers(*task.workers);
+  const ForecastInPlace forecast(
+      ImgControl, forecastOf({pathText(document.filename())},
+                             saveChoice(task.saveFileType, task.isPageFile, task.compressionType,
+                                        task.compressionRatios)));
   return mdlDocumentHelper::SaveAsDocument(
       ImgMerge, ImgControl, ImgPageCount, pathText(document.filename()), task.saveFileType,
       task.isPageFile, task.compressionType, task.compressionRatios,

@@ -38,10 +38,10 @@ class WaitWatch final : public orvane::WindowServices {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 7) {
+  if (argc != 7 && argc != 8) {
     std::fprintf(stderr,
                  "usage: export-document DOCUMENT OUTPUT-FOLDER tif|jpg|pdf page|multi "
-                 "compress|plain RATIO\n");
+                 "compress|plain RATIO [WORKERS]\n");
     return 2;
   }
   const std::string type = argv[3];
@@ -52,6 +52,7 @@ int main(int argc, char** argv) {
   task.isPageFile = std::string(argv[4]) == "page";
   task.compressionType = std::string(argv[5]) == "compress" ? 0 : 1;
   task.compressionRatios = static_cast<std::int16_t>(std::atoi(argv[6]));
+  if (argc == 8) task.workers = static_cast<unsigned>(std::atoi(argv[7]));
 
   WaitWatch window;
   orvane::installWindowServices(&window);

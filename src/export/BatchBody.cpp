@@ -6,6 +6,7 @@
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
 #include "export/SaveAsDocument.h"
+#include "export/page_forecast.h"
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"
@@ -61,6 +62,10 @@ class BatchExport : private ExportListener {
     const std::vector<std::wstring> subFolders =
         mdlFolderAndFile::fileSystem().SubFolders(gBatchFolder);
     const ScansOfBatch scans(subFolders);
+    const ForecastInPlace forecast(
+        host_.imaging().ImgControl,
+        forecastOf(subFolders, saveChoice(settings_.SaveFileType, !settings_.IsMutiPage,
+                                          settings_.CompressionType, settings_.CompressionRatios)));
     for (const std::wstring& name : subFolders) {
       const mdlFolderAndFile::LogCapture logged;
       const SubFolder kind = examine(name);

@@ -7,6 +7,7 @@
 #include "docstore/Document.h"
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
+#include "export/page_forecast.h"
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"
@@ -48,15 +49,12 @@ std::wstring outputFile(const DocumentExport& order, std::int16_t page) {
              : multiPageFilePath(order.SavePath, order.NewDocumentID, order.SaveFileType);
 }
 
-// A JPEG file holds one page, so a multi-page JPEG is written as PDF under its ".jpg" name.
-bool isImageFile(const DocumentExport& order) {
-  return order.SaveFileType == 0 || (order.SaveFileType == 1 && order.IsPageFile);
-}
-
 void savePage(const DocumentExport& order, const std::wstring& source, const std::wstring& target,
               std::int16_t page, bool append) {
-  const auto save = isImageFile(order) ? &mdlImageProcess::SaveImage : &mdlImageProcess::SavePDF;
-  if (save(order.ImgControl, source, 1, target, order.CompressionType == 0, order.CompressionRatios,
+  const SaveChoice choice = saveChoice(order.SaveFileType, order.IsPageFile, order.CompressionType,
+                                       order.CompressionRatios);
+  const auto save = choice.asPdf ? &mdlImageProcess::SavePDF : &mdlImageProcess::SaveImage;
+  if (save(order.ImgControl, source, 1, target, choice.bCompression, choice.CompressionRatios,
            append)) {
     return;
   }

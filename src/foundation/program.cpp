@@ -35,6 +35,7 @@ void keepFreedMemory() {
   constexpr int kMegabyte = 1 << 20;
   mallopt(M_MMAP_THRESHOLD, 32 * kMegabyte);  // the most that glibc allows; an A4 page takes 26
   mallopt(M_TRIM_THRESHOLD, 128 * kMegabyte);
+  mallopt(M_ARENA_MAX, 1);
 }
 
 std::wstring localTime(const char* format) {

@@ -16,7 +16,8 @@ const std::wstring& programFolder();
 void setProgramFolder(const std::wstring& folder);
 
 /// Makes the process keep the memory that it frees, up to a few pages' worth: the next page needs
-/// as much again, and the system would have to clear it each time. Called once, at the start.
+/// as much again, and the system would have to clear it each time. All threads share what is kept.
+/// Called once, at the start.
 void keepFreedMemory();
 
 /// The local date and time now, in a format of strftime that has digits only.

@@ -38,7 +38,7 @@ auto ImagingControl::guarded(const std::wstring& path, Operation operation) {
 template <typename Operation>
 void ImagingControl::change(Operation operation) {
   guarded([&] {
-    Examined<Raster>& held = loaded().holdPixels();
+    Examined<Raster>& held = loadedToChange().holdPixels();
     try {
       held.value = operation(std::move(held.value));
     } catch (...) {
@@ -52,6 +52,11 @@ void ImagingControl::change(Operation operation) {
 LoadedPage& ImagingControl::loaded() {
   if (!page_) throw Failure("no page is loaded");
   return *page_;
+}
+
+LoadedPage& ImagingControl::loadedToChange() {
+  ahead_.reset();
+  return loaded();
 }
 
 void ImagingControl::note(const DataState& data) {
@@ -81,15 +86,37 @@ void ImagingControl::logProfileLeftOut(const std::wstring& reason) const {
                              kApplicationTitle);
 }
 
+void ImagingControl::expectPages(PageForecast forecast) {
+  if (forecast && !pagesAhead_) pagesAhead_.emplace(workers_);
+  if (!pagesAhead_) return;
+  if (forecast) {
+    pagesAhead_->begin(std::move(forecast), settings_);
+  } else {
+    pagesAhead_->end();
+  }
+}
+
 void ImagingControl::SourceFile(const std::wstring& path) {
   page_.reset();
+  ahead_.reset();
   earlyEndIsLogged_ = false;
   skew_ = 0;
   imagError_ = kNoImagError;
   sourceFile_ = path;
   if (path.empty()) return;
   damage_.clear();
-  guarded([&] { page_.emplace(path, pageNumber_); });
+  guarded([&] { load(path); });
+}
+
+void ImagingControl::load(const std::wstring& path) {
+  if (pagesAhead_ && pageNumber_ == 1) {
+    if (auto page = pagesAhead_->take(path, settings_)) {
+      page_ = std::move(page->loaded);
+      ahead_ = {std::move(page->settings), std::move(page->encoded)};
+      return;
+    }
+  }
+  page_.emplace(path, pageNumber_);
 }
 
 std::int16_t ImagingControl::BitsPerPixel() const {
@@ -110,7 +137,9 @@ std::int32_t ImagingControl::FilePageCount(const std::wstring& path) {
 }
 
 void ImagingControl::Picture(ImagePicture* picture) {
-  if (picture == nullptr) page_.reset();
+  if (picture != nullptr) return;
+  page_.reset();
+  ahead_.reset();
 }
 
 void ImagingControl::SaveFile() {
@@ -123,10 +152,18 @@ void ImagingControl::SaveFile() {
   });
 }
 
+EncodedPage ImagingControl::encode(SampleOrder order) {
+  std::optional<Ahead> ahead = std::exchange(ahead_, std::nullopt);
+  if (ahead && order == SampleOrder::LittleEndian && encodeAlike(ahead->settings, settings_)) {
+    return std::move(ahead->encoded);
+  }
+  return encodePage(*page_, settings_, order, [] { windowServices().yield(); });
+}
+
 ImagingControl::Findings ImagingControl::saveTo(const std::wstring& path) {
   Findings found;
-  const auto image = [&](SampleOrder order) {
-    EncodedPage page = encodePage(*page_, settings_, order, [] { windowServices().yield(); });
+  const auto image = [&](SampleOrder order = SampleOrder::LittleEndian) {
+    EncodedPage page = encode(order);
     found = {std::move(page.data), std::move(page.profileLeftOut)};
     return std::move(page.image);
   };
@@ -135,21 +172,21 @@ ImagingControl::Findings ImagingControl::saveTo(const std::wstring& path) {
       if (saveMultiPage_) {
         tiffFile_.append(path, image);
       } else {
-        tiffFile_.create(path, image(SampleOrder::LittleEndian));
+        tiffFile_.create(path, image());
       }
       break;
     case Container::Pdf:
       if (saveMultiPage_) {
-        pdfFile_.append(path, image(SampleOrder::BigEndian));
+        pdfFile_.append(path, image());
       } else {
-        pdfFile_.create(path, image(SampleOrder::BigEndian));
+        pdfFile_.create(path, image());
       }
       break;
     case Container::Jpeg:
       if (saveMultiPage_ && mdlFolderAndFile::FileExist(path)) {
         throw Failure(path + L": a JPEG file holds one page, no page can be added");
       }
-      writeJpegFile(path, image(SampleOrder::BigEndian));
+      writeJpegFile(path, image());
       break;
   }
   return found;
@@ -186,7 +223,7 @@ void ImagingControl::RotateImage(double angle) {
 
 void ImagingControl::DeskewFirstStep() {
   guarded([&] {
-    const Examined<Raster>& held = loaded().holdPixels();
+    const Examined<Raster>& held = loadedToChange().holdPixels();
     skew_ = measureSkew(held.value, page_->resolution());
     note(held.data);
   });
@@ -213,6 +250,7 @@ std::int32_t ImagingControl::CopyDIB() {
 
 void ImagingControl::hDIB(std::int32_t handle) {
   guarded([&] {
+    ahead_.reset();
     page_.emplace(bitmapHandles().take(handle));
     imagError_ = kNoImagError;
   });

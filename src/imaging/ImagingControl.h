@@ -5,6 +5,7 @@
 
 #include "imaging/ImagingEngine.h"
 #include "imaging/LoadedPage.h"
+#include "imaging/PagesAhead.h"
 #include "imaging/encode_page.h"
 #include "imaging/pdf/PdfFile.h"
 #include "imaging/tiff/TiffFile.h"
@@ -30,6 +31,11 @@ class ImagingControl final : public ImagingEngine {
   void SourceFile(const std::wstring& path) override;
   std::wstring SourceFile() const override { return sourceFile_; }
   void PageNumber(std::int32_t page) override { pageNumber_ = page; }
+
+  void expectPages(PageForecast forecast) override;
+  /// Sets how many threads prepare expected pages, before the first forecast; 0 prepares none. At
+  /// first as many as suit the machine.
+  void setWorkers(unsigned workers) { workers_ = workers; }
 
   std::int16_t BitsPerPixel() const override;
   std::int32_t ImageWidth() const override;
@@ -85,6 +91,10 @@ class ImagingControl final : public ImagingEngine {
   };
 
   LoadedPage& loaded();
+  /// The loaded page, which may be changed: an encoding of it counts no more.
+  LoadedPage& loadedToChange();
+  void load(const std::wstring& path);
+  EncodedPage encode(SampleOrder order);
   void note(const DataState& data);
   void logEarlyEnd(const EarlyEnd& earlyEnd);
   void logProfileLeftOut(const std::wstring& reason) const;
@@ -98,12 +108,20 @@ class ImagingControl final : public ImagingEngine {
   bool saveMultiPage_ = false;
   SaveSettings settings_;
   std::optional<LoadedPage> page_;
+  /// An encoding of the page that was made ahead, and the settings that it was made under.
+  struct Ahead {
+    SaveSettings settings;
+    EncodedPage encoded;
+  };
+  std::optional<Ahead> ahead_;
   double skew_ = 0;  ///< degrees, from DeskewFirstStep to DeskewSecondStep
   std::int32_t imagError_ = kNoImagError;
   std::wstring damage_;
   bool earlyEndIsLogged_ = false;
   TiffFile tiffFile_;
   PdfFile pdfFile_;
+  unsigned workers_ = workersOfMachine();
+  std::optional<PagesAhead> pagesAhead_;  ///< since the first forecast
 };
 
 }  // namespace orvane

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 
 namespace orvane {
@@ -9,8 +11,26 @@ namespace orvane {
 /// `ImagingEngine::Picture`.
 class ImagePicture;
 
-/// What the program asks of one imaging instance. An instance holds at most one loaded page, the
-/// path it came from and a set of save settings, which keep their values until written again.
+/// What a saver is asked for. With the depth of a page it decides the codes that are written.
+struct SaveChoice {
+  bool asPdf = false;
+  bool isJpgName = false;  ///< the target's name ends in ".jpg"
+  bool bCompression = true;
+  std::int16_t CompressionRatios = 0;  ///< 0, 1 or 2 selects the JPEG factors
+};
+
+/// A file whose first page will be loaded and saved.
+struct ExpectedPage {
+  std::wstring path;
+  SaveChoice choice;
+};
+
+/// Gives one expected page at each call, in the order of the export; nothing at the end.
+using PageForecast = std::function<std::optional<ExpectedPage>()>;
+
+/// What the program asks of one imaging instance, on one thread. An instance holds at most one
+/// loaded page, the path it came from and a set of save settings, which keep their values until
+/// written again.
 ///
 /// An operation fails in one of two ways. It throws Failure, with path and reason in the text, and
 /// sets `ImagError`: a file that cannot be loaded or saved at all. Or it records a number in
@@ -27,6 +47,11 @@ class ImagingEngine {
   virtual std::wstring SourceFile() const = 0;
   /// The page, from 1, that the next write of `SourceFile` loads.
   virtual void PageNumber(std::int32_t page) = 0;
+
+  /// Tells which pages will be loaded and saved from now on, so that an instance can prepare them;
+  /// an empty forecast ends that. It is called while pages are loaded, on the caller's thread. One
+  /// that turns out wrong changes nothing but the time that is taken.
+  virtual void expectPages(PageForecast /*forecast*/) {}
 
   /// Bits of one pixel of the loaded page, all samples together; 0 when nothing is loaded.
   virtual std::int16_t BitsPerPixel() const = 0;

@@ -119,6 +119,28 @@ Container containerOf(std::int32_t outputType) {
   }
 }
 
+namespace {
+
+// What decides the codec and its parameters, apart from the container and the resolution.
+std::pair<std::int32_t, std::optional<JpegFactors>> codecOf(Container container,
+                                                            const SaveSettings& settings) {
+  if (container == Container::Jpeg) return {0, settings.jpegFactors};
+  const bool isPdf = container == Container::Pdf;
+  const std::int32_t code = isPdf ? settings.pdfCompression : settings.tiffCompression;
+  if (code != (isPdf ? std::int32_t{kPdfJpeg} : std::int32_t{kTiffJpeg}))
+    return {code, std::nullopt};
+  return {code, settings.jpegFactors};
+}
+
+}  // namespace
+
+bool encodeAlike(const SaveSettings& one, const SaveSettings& other) {
+  if (one.outputType != other.outputType) return false;
+  const Container container = containerOf(one.outputType);
+  return codecOf(container, one) == codecOf(container, other) &&
+         one.resolutionX == other.resolutionX && one.resolutionY == other.resolutionY;
+}
+
 EncodedPage encodePage(const LoadedPage& page, const SaveSettings& settings, SampleOrder order,
                        const std::function<void()>& pause) {
   const Container container = containerOf(settings.outputType);

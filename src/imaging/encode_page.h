@@ -24,6 +24,9 @@ struct SaveSettings {
   std::optional<double> resolutionY;
 };
 
+/// True if both settings encode every page alike. Settings that do not matter may differ.
+bool encodeAlike(const SaveSettings& one, const SaveSettings& other);
+
 enum class Container { Tiff, Jpeg, Pdf };
 
 /// The container of a `SaveType`. Throws Failure for any other number.

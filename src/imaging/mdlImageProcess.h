@@ -9,14 +9,6 @@
 
 namespace orvane {
 
-/// What a saver is asked for.
-struct SaveChoice {
-  bool asPdf = false;
-  bool isJpgName = false;  ///< the target's name ends in ".jpg"
-  bool bCompression = true;
-  std::int16_t CompressionRatios = 0;  ///< 0, 1 or 2 selects the JPEG factors
-};
-
 /// The codes that a saver writes to its instance for one page.
 struct SaveCodes {
   std::int32_t outputType = kSaveTiff;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <set>
 #include <string>
@@ -46,11 +47,15 @@ class ExportStation : public TempStation {
   }
 
   /// Writes the document `Batchs/<document>` with these pages. A page named "missing" has no file.
+  /// The others are an hour old: a new one is not prepared by other threads.
   void addDocument(const std::string& document, const std::vector<std::string>& pages) {
     std::string list;
     for (const std::string& page : pages) {
       list += page + "$";
-      if (page != "missing") writeBytes(scan(document + "/" + page + ".tif"), grayPage());
+      if (page == "missing") continue;
+      const std::filesystem::path file = scan(document + "/" + page + ".tif");
+      writeBytes(file, grayPage());
+      last_write_time(file, last_write_time(file) - std::chrono::hours(1));
     }
     writeBytes(scan(document + "/Doc.dat"), list);
   }

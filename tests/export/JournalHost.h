@@ -15,7 +15,9 @@ namespace orvane::test {
 /// The host of a run without a window. Its journal has what the operator would see, in order.
 class JournalHost final : public RunHost, private ProgressList {
  public:
-  JournalHost() {
+  /// Pages are prepared by `workers` threads. Without any, the yields of a run are always the same.
+  explicit JournalHost(unsigned workers = 0) {
+    engines_[0].setWorkers(workers);
     window.onYield = [this] {
       if (journal.empty() || journal.back() != "yield") journal.push_back("yield");
       if (whenYielding) whenYielding();

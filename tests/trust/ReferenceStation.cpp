@@ -38,6 +38,7 @@ ReferenceStation::ReferenceStation() {
                  "IsCreateBatchFolder=True\r\n");
   database_ = readBytes(native("Orvane.dll"));
   settings_ = readBytes(native("data.ini"));
+  shell("find Batchs -name '*.tif' -exec touch -d '1 hour ago' {} +");  // a new one is not prepared
   scans_ = scanTree();
   if (inChild([this] { return work(); }) != 0) throw std::runtime_error("the reference run failed");
   outputs_ = outputTree();
@@ -75,8 +76,8 @@ ExportSettings ReferenceStation::formOf(int batch) const {
   return settings;
 }
 
-int ReferenceStation::work() const {
-  JournalHost host;
+int ReferenceStation::work(unsigned workers) const {
+  JournalHost host(workers);
   bool failed = false, broken = false;
   int passes = 0;
   ExportForm form;

@@ -20,9 +20,10 @@ class ReferenceStation : public ExportStation {
   /// Restores the state before the run.
   void reset() const;
 
-  /// Runs the program without its window over the whole table. Returns 0 if nothing failed, 1 if a
-  /// failure was reported, 2 if a failed batch left an incomplete file.
-  int work() const;
+  /// Runs the program without its window over the whole table; `workers` threads prepare pages.
+  /// Returns 0 if nothing failed, 1 if a failure was reported, 2 if a failed batch left an
+  /// incomplete file.
+  int work(unsigned workers = 0) const;
 
   /// Describes what is wrong after a disturbed run; empty if nothing is. After a kill, files of the
   /// current batch may be incomplete.

@@ -1,6 +1,7 @@
 #include "trust/faults.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -26,11 +27,11 @@ struct Plan {
   unsigned kinds;
   Fault fault;
   long at;
-  long count;
+  std::atomic<long> count;
 } plan{};
 int tally = -1;
 
-std::array<bool, 4096> watched{};  // by descriptor
+std::array<std::atomic<bool>, 4096> watched{};  // by descriptor
 
 bool isWatched(int descriptor) {
   return descriptor >= 0 && static_cast<std::size_t>(descriptor) < watched.size() &&
@@ -264,7 +265,7 @@ ALSO(pwritev64, pwritev)
 ALSO(ftruncate64, ftruncate)
 ALSO(fdatasync, fsync)
 
-#ifndef __SANITIZE_ADDRESS__  // the sanitizer has its own allocator
+#if !defined __SANITIZE_ADDRESS__ && !defined __SANITIZE_THREAD__  // they have their own allocator
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void* __libc_realloc(void* block, size_t size);

@@ -30,6 +30,7 @@ struct Case {
   Fault fault;
   long step;              // between two calls that are tried
   int smallest, largest;  // allowed results of the run
+  unsigned workers = 0;
 };
 
 void PrintTo(const Case& c, std::ostream* stream) {
@@ -42,7 +43,7 @@ class Faults : public testing::TestWithParam<Case> {
   int run(unsigned kinds, Fault fault, long at) const {
     return inChild([&] {
       armFaults(station.native().c_str(), kinds, fault, at);
-      return station.work();
+      return station.work(GetParam().workers);
     });
   }
 
@@ -50,7 +51,7 @@ class Faults : public testing::TestWithParam<Case> {
     station.reset();
     inChild([&] {
       armFaults(station.native().c_str(), kinds, Fault::None, 0);
-      station.work();
+      station.work(GetParam().workers);
       writeBytes(station.native("count"), std::to_string(disarmFaults()));
       return 0;
     });
@@ -88,6 +89,9 @@ INSTANTIATE_TEST_SUITE_P(Kinds, Faults,
                              {"DiskThatIsGone", kAllButMemory, Fault::FailOnward, 8, 0, 2},
                              {"WritesInParts", kWrite, Fault::Short, 2, 0, 0},
                              {"Kill", kAllButMemory, Fault::Kill, 3, kKilled, kKilled},
+                             // The number of calls varies: the last may not come.
+                             {"OneCallWithWorkers", kAll | kThread, Fault::Fail, 2, 0, 1, 2},
+                             {"KillWithWorkers", kAllButMemory, Fault::Kill, 8, 0, kKilled, 2},
                          }),
                          testing::PrintToStringParamName());
 

@@ -53,6 +53,8 @@ class Kill : public testing::Test {
     }
   }
 
+  long callsMade() const { return static_cast<long>(fs::file_size(station.native("calls"))); }
+
   // The state of the database and of the settings.
   std::string result() const {
     return station.query("pragma integrity_check; select BatchState from T_BatchInfo") +
@@ -74,13 +76,15 @@ TEST_F(Kill, ANewStartFinishesTheTableAfterAKillAtAnyMoment) {
   const std::string undisturbed = result(), finished = readBytes(station.native("data.ini"));
   EXPECT_EQ(outputs.size(), 7u);
   EXPECT_TRUE(undisturbed.starts_with("ok\n完成成果输出\n完成成果输出\n完成成果输出\n"));
-  const long calls = static_cast<long>(fs::file_size(station.native("calls")));
+  const long calls = callsMade();
   ASSERT_GE(calls, 100);
   for (long i = 0; i < kills; ++i) {
     const long at = 1 + i * (calls - 1) / std::max(1L, kills - 1);
     SCOPED_TRACE("call " + std::to_string(at) + " of " + std::to_string(calls));
     reset();
-    EXPECT_EQ(runAndKill(at), 128 + SIGKILL);
+    // The threads that prepare pages make a different number of calls each time.
+    const int exitCode = runAndKill(at);
+    EXPECT_TRUE(exitCode == 128 + SIGKILL || (exitCode == 0 && callsMade() < at)) << exitCode;
     const std::string left = readBytes(station.native("data.ini"));
     EXPECT_TRUE(left == settings || left == finished) << left << settings << finished;
     Operator person(station);

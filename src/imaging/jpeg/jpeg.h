@@ -12,6 +12,8 @@ namespace orvane {
 struct JpegFactors {
   std::int16_t major = 20;  ///< luminance quality is 100 - major
   std::int16_t minor = 16;  ///< chrominance quality is 100 - minor
+
+  bool operator==(const JpegFactors&) const = default;
 };
 
 /// Encodes an 8-bit gray (MinIsBlack) or RGB raster as one baseline JPEG stream (ITU-T T.81) with

@@ -1,0 +1,293 @@
+#include "imaging/PagesAhead.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <ctime>
+#include <sys/stat.h>
+#include <utility>
+
+#include "foundation/Failure.h"
+#include "foundation/FileDescriptor.h"
+#include "foundation/WindowServices.h"
+#include "imaging/mdlImageProcess.h"
+
+namespace orvane {
+namespace {
+
+constexpr unsigned kMostWorkers = 8;
+constexpr std::uint64_t kMegabyte = 1 << 20;
+constexpr auto kTimeBetweenYields = std::chrono::milliseconds(40);
+constexpr std::int64_t kNanoseconds = 1'000'000'000;
+
+/// Which file it was, and how it was left.
+struct FileState {
+  std::uint64_t device, inode, size;
+  std::int64_t modified, changed;  ///< in nanoseconds
+
+  bool operator==(const FileState&) const = default;
+};
+
+std::int64_t nanoseconds(const timespec& time) {
+  return time.tv_sec * kNanoseconds + time.tv_nsec;
+}
+
+// Throws Failure for a file that cannot be opened.
+FileState stateOf(const std::wstring& path) {
+  const FileDescriptor file = FileDescriptor::openRegularFile(path);
+  struct stat status {};
+  if (fstat(file.number(), &status) != 0) throw systemFailure(errno, path);
+  return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+          nanoseconds(status.st_mtim), nanoseconds(status.st_ctim)};
+}
+
+// Some file systems count in steps of two seconds, and a file that is written within the step in
+// which it was read keeps its time.
+bool isTooYoung(const FileState& file) {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return nanoseconds(now) - file.modified < 2 * kNanoseconds;
+}
+
+std::uint64_t decodedBytes(const LoadedPage& page) {
+  return (std::uint64_t{page.width()} * page.bitsPerPixel() + 7) / 8 * page.height();
+}
+
+// A file of up to this size stays in memory while its page is loaded.
+constexpr std::uint64_t kWholeFileLimit = 4 << 20;
+
+std::uint64_t keptBytes(const FileState& file, const EncodedImage& image) {
+  std::uint64_t bytes = image.iccProfile.size() + (file.size <= kWholeFileLimit ? file.size : 0);
+  for (const Bytes& strip : image.strips) bytes += strip.size();
+  return bytes;
+}
+
+SaveSettings withCodes(SaveSettings settings, const SaveCodes& codes) {
+  settings.outputType = codes.outputType;
+  auto& compression =
+      codes.outputType == kSavePdf ? settings.pdfCompression : settings.tiffCompression;
+  compression = codes.isPlainPdf ? std::int32_t{kPdfNone} : codes.compression;
+  if (codes.factors) settings.jpegFactors = *codes.factors;
+  return settings;
+}
+
+/// Blocks all signals while it lives. A thread that is started meanwhile never gets one, so that
+/// signals interrupt the same calls as without workers.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &old_);
+  }
+  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &old_, nullptr); }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+ private:
+  sigset_t old_{};
+};
+
+}  // namespace
+
+unsigned workersOfMachine() {
+  const unsigned cores = std::thread::hardware_concurrency();
+  return cores <= 1 ? 0 : std::min(cores, kMostWorkers);
+}
+
+/// A page to come. All but `state` and `reserved` belongs to its worker until it is Ready.
+struct PagesAhead::Job {
+  enum class State {
+    Queued,
+    Begun,     ///< its worker opens the file, or waits for room
+    Encoding,
+    Ready,
+    Dropped,
+  };
+
+  Job(ExpectedPage expected, SaveSettings instance)
+      : path(std::move(expected.path)), choice(expected.choice), settings(std::move(instance)) {}
+
+  std::wstring path;
+  SaveChoice choice;
+  SaveSettings settings;
+  FileState file{};
+  std::optional<Page> page;
+  State state = State::Queued;
+  std::uint64_t reserved = 0;
+};
+
+PagesAhead::~PagesAhead() {
+  end();
+  {
+    const std::lock_guard lock(mutex_);
+    ends_ = true;
+  }
+  changed_.notify_all();
+  for (std::thread& thread : threads_) thread.join();
+}
+
+void PagesAhead::begin(PageForecast forecast, const SaveSettings& settings) {
+  end();
+  if (workers_ == 0) return;
+  forecast_ = std::move(forecast);
+  fill(settings);
+  if (jobs_.size() > 1 && threads_.empty()) startThreads();
+}
+
+void PagesAhead::end() {
+  forecast_ = nullptr;
+  {
+    const std::lock_guard lock(mutex_);
+    for (const auto& job : jobs_) drop(*job);
+    jobs_.clear();
+  }
+  changed_.notify_all();
+}
+
+// What the forecast throws is not told: whoever asks for the page will meet it too.
+void PagesAhead::fill(const SaveSettings& settings) {
+  try {
+    while (forecast_ && jobs_.size() < 2 * workers_ + 2) {
+      std::optional<ExpectedPage> page = forecast_();
+      if (!page) break;
+      auto job = std::make_shared<Job>(*std::move(page), settings);
+      const std::lock_guard lock(mutex_);
+      jobs_.push_back(std::move(job));
+    }
+    if (jobs_.size() == 2 * workers_ + 2) return changed_.notify_all();
+  } catch (const std::exception&) {
+  }
+  forecast_ = nullptr;
+  changed_.notify_all();
+}
+
+void PagesAhead::startThreads() {
+  const SignalsBlocked blocked;
+  try {
+    threads_.reserve(workers_);
+    while (threads_.size() < workers_) threads_.emplace_back([this] { work(); });
+  } catch (const std::exception&) {  // no more threads, or no memory
+  }
+}
+
+std::shared_ptr<PagesAhead::Job> PagesAhead::advanceTo(const std::wstring& path) {
+  const std::lock_guard lock(mutex_);
+  const auto found =
+      std::find_if(jobs_.begin(), jobs_.end(), [&](const auto& job) { return job->path == path; });
+  if (found == jobs_.end()) return nullptr;
+  std::shared_ptr<Job> job = *found;
+  for (auto passed = jobs_.begin(); passed != found; ++passed) drop(**passed);
+  jobs_.erase(jobs_.begin(), found + 1);
+  return job;
+}
+
+// With the lock. A worker gives back what it has reserved for a dropped job.
+void PagesAhead::drop(Job& job) {
+  if (job.state == Job::State::Ready) {
+    reserved_ -= std::exchange(job.reserved, 0);
+    job.page.reset();
+  }
+  job.state = Job::State::Dropped;
+}
+
+std::optional<PagesAhead::Page> PagesAhead::take(const std::wstring& path,
+                                                 const SaveSettings& settings) {
+  const std::shared_ptr<Job> job = advanceTo(path);
+  if (!job) return std::nullopt;
+  fill(settings);
+
+  std::unique_lock lock(mutex_);
+  const auto isDone = [&] {
+    return job->state != Job::State::Begun && job->state != Job::State::Encoding;
+  };
+  while (!changed_.wait_for(lock, kTimeBetweenYields, isDone)) {
+    lock.unlock();
+    windowServices().yield();
+    lock.lock();
+  }
+  std::optional<Page> page = std::move(job->page);
+  drop(*job);
+  lock.unlock();
+  changed_.notify_all();
+  try {
+    if (page && stateOf(path) == job->file) return page;
+  } catch (const std::exception&) {  // it cannot be opened any more
+  }
+  return std::nullopt;
+}
+
+void PagesAhead::work() {
+  std::unique_lock lock(mutex_);
+  while (!ends_) {
+    const auto next = std::find_if(jobs_.begin(), jobs_.end(), [](const auto& job) {
+      return job->state == Job::State::Queued;
+    });
+    if (next == jobs_.end()) {
+      changed_.wait(lock);
+      continue;
+    }
+    const std::shared_ptr<Job> job = *next;
+    job->state = Job::State::Begun;
+    lock.unlock();
+    std::optional<Page> page = prepare(*job);
+    lock.lock();
+    reserved_ -= std::exchange(job->reserved, 0);
+    if (page && job->state == Job::State::Encoding) {
+      job->reserved = keptBytes(job->file, page->encoded.image);
+      reserved_ += job->reserved;
+      job->page = std::move(page);
+      job->state = Job::State::Ready;
+    } else {
+      job->state = Job::State::Dropped;
+    }
+    changed_.notify_all();
+  }
+}
+
+// Nothing that is thrown leaves the thread: whatever it was, the run will meet it itself.
+std::optional<PagesAhead::Page> PagesAhead::prepare(Job& job) noexcept {
+  try {
+    job.file = stateOf(job.path);
+    if (isTooYoung(job.file)) return std::nullopt;
+    LoadedPage loaded(job.path, 1);
+    if (!reserve(job, 2 * decodedBytes(loaded) + job.file.size)) return std::nullopt;
+    const auto bitsPerPixel = static_cast<std::int16_t>(loaded.bitsPerPixel());
+    const SaveSettings settings = withCodes(job.settings, saveCodes(job.choice, bitsPerPixel));
+    EncodedPage encoded = encodePage(loaded, settings, SampleOrder::LittleEndian, [] {});
+    if (encoded.data.damage) return std::nullopt;
+    return Page{std::move(loaded), settings, std::move(encoded)};
+  } catch (...) {
+    return std::nullopt;
+  }
+}
+
+// Waits until there is room for the bytes, page by page in the order of the export: so whatever has
+// room is needed before the pages that wait. False for a page that is too large or was dropped.
+bool PagesAhead::reserve(Job& job, std::uint64_t bytes) {
+  const std::uint64_t most = std::min<std::uint64_t>(80 + 28 * workers_, 256) * kMegabyte;
+  if (bytes > most) return false;
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [&] {
+    return job.state == Job::State::Dropped || (reserved_ + bytes <= most && isNext(job));
+  });
+  if (job.state == Job::State::Dropped) return false;
+  job.reserved = bytes;
+  reserved_ += bytes;
+  job.state = Job::State::Encoding;
+  changed_.notify_all();
+  return true;
+}
+
+// True unless an earlier page waits for room, or will. A page that the run has asked for is the
+// first of all.
+bool PagesAhead::isNext(const Job& job) const {
+  const auto at = std::find_if(jobs_.begin(), jobs_.end(),
+                               [&](const auto& other) { return other.get() == &job; });
+  return at == jobs_.end() || std::none_of(jobs_.begin(), at, [](const auto& other) {
+    return other->state == Job::State::Queued || other->state == Job::State::Begun;
+  });
+}
+
+}  // namespace orvane
