@@ -16,6 +16,15 @@ if(ORVANE_SANITIZE)
   add_compile_definitions(__SANITIZE_ADDRESS__)  # GCC defines it by itself
 endif()
 
+if(ORVANE_TSAN)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    message(FATAL_ERROR "ORVANE_TSAN needs clang: cmake --preset tsan")
+  endif()
+  add_compile_options(-O1 -g1 -fno-omit-frame-pointer -fsanitize=thread)
+  add_link_options(-fsanitize=thread)
+  add_compile_definitions(__SANITIZE_THREAD__)  # as GCC says it
+endif()
+
 if(ORVANE_COVERAGE)
   add_compile_options(--coverage -O0)
   add_link_options(--coverage)
