@@ -100,7 +100,7 @@ unsigned workersOfMachine() {
 struct PagesAhead::Job {
   enum class State {
     Queued,
-    Begun,     ///< its worker opens the file, or waits for room
+    Begun,  ///< its worker opens the file, or waits for room
     Encoding,
     Ready,
     Dropped,
@@ -286,8 +286,8 @@ bool PagesAhead::isNext(const Job& job) const {
   const auto at = std::find_if(jobs_.begin(), jobs_.end(),
                                [&](const auto& other) { return other.get() == &job; });
   return at == jobs_.end() || std::none_of(jobs_.begin(), at, [](const auto& other) {
-    return other->state == Job::State::Queued || other->state == Job::State::Begun;
-  });
+           return other->state == Job::State::Queued || other->state == Job::State::Begun;
+         });
 }
 
 }  // namespace orvane
