@@ -51,7 +51,7 @@ class ImagingEngine {
   /// Tells which pages will be loaded and saved from now on, so that an instance can prepare them;
   /// an empty forecast ends that. It is called while pages are loaded, on the caller's thread. One
   /// that turns out wrong changes nothing but the time that is taken.
-  virtual void expectPages(PageForecast /*forecast*/) {}
+  virtual void expectPages(PageForecast forecast) = 0;
 
   /// Bits of one pixel of the loaded page, all samples together; 0 when nothing is loaded.
   virtual std::int16_t BitsPerPixel() const = 0;
