@@ -28,12 +28,9 @@ struct FileTest : testing::Test {
 
 /// A small plain gray page whose pixels follow from `seed`.
 inline EncodedImage plainPage(unsigned seed) {
-  Raster raster;
-  raster.width = 24, raster.height = 5;
-  raster.bitsPerSample = 8;
-  raster.model = ColourModel::MinIsBlack;
-  for (unsigned i = 0; i < 24 * 5; ++i) {
-    raster.pixels.push_back(static_cast<std::uint8_t>(i * (seed + 1) + seed));
+  Raster raster = emptyRaster(RasterForm{8, 1, ColourModel::MinIsBlack}, 24, 5);
+  for (unsigned i = 0; i < raster.pixels.size(); ++i) {
+    raster.pixels[i] = static_cast<std::uint8_t>(i * (seed + 1) + seed);
   }
   EncodedImage image = encodeUncompressed(raster, SampleOrder::LittleEndian);
   image.resolution = {203.2F, 300};
@@ -48,10 +45,7 @@ inline EncodedImage profiledPage(unsigned seed) {
 }
 
 inline EncodedImage jpegPage() {
-  Raster rgb;
-  rgb.bitsPerSample = 8, rgb.samplesPerPixel = 3;
-  rgb.model = ColourModel::Rgb;
-  rgb = emptyRaster(rgb, 61, 45);
+  Raster rgb = emptyRaster(RasterForm{8, 3, ColourModel::Rgb}, 61, 45);
   for (unsigned i = 0; i < rgb.pixels.size(); ++i) {
     rgb.pixels[i] = static_cast<std::uint8_t>(i * i >> 5);
   }

@@ -10,21 +10,19 @@
 
 namespace orvane::test {
 
-inline Raster form(ColourModel model, std::uint16_t bits, std::uint16_t samples = 1,
-                   ExtraSample extra = ExtraSample::None) {
-  Raster raster;
-  raster.model = model, raster.extraSample = extra;
-  raster.bitsPerSample = bits, raster.samplesPerPixel = samples;
-  if (model != ColourModel::Palette) return raster;
+inline RasterForm form(ColourModel model, std::uint16_t bits, std::uint16_t samples = 1,
+                       ExtraSample extra = ExtraSample::None) {
+  RasterForm form{bits, samples, model, extra};
+  if (model != ColourModel::Palette) return form;
   Random random(bits);
-  raster.palette.resize(std::size_t{3} << bits);
-  for (auto& entry : raster.palette) entry = static_cast<std::uint16_t>(random.below(65536));
-  return raster;
+  form.palette.resize(std::size_t{3} << bits);
+  for (auto& entry : form.palette) entry = static_cast<std::uint16_t>(random.below(65536));
+  return form;
 }
 
 /// A page like a scan, in the bytes of any form: paper with a soft shade, text-like strokes, a
 /// picture and noise.
-inline Raster scannedPage(Random& random, const Raster& form, std::uint32_t width,
+inline Raster scannedPage(Random& random, const RasterForm& form, std::uint32_t width,
                           std::uint32_t height) {
   Raster page = emptyRaster(form, width, height);
   const std::size_t samples = form.samplesPerPixel;
@@ -45,7 +43,7 @@ inline Raster scannedPage(Random& random, const Raster& form, std::uint32_t widt
 /// A 1-bit page whose rows are runs of up to `longestRun` pixels, some of them like the row above.
 inline Raster bilevelPage(Random& random, std::uint32_t longestRun, std::uint32_t width,
                           std::uint32_t height) {
-  Raster page = emptyRaster(Raster{}, width, height);
+  Raster page = emptyRaster(RasterForm{}, width, height);
   for (std::uint32_t y = 0; y < height; ++y) {
     std::uint8_t* row = page.row(y);
     if (y > 0 && random.below(3) > 0) std::copy_n(page.row(y - 1), page.rowBytes(), row);

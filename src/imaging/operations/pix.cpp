@@ -97,7 +97,7 @@ PixHandle toPix(const Raster& page) {
 Raster toRaster(const PixHandle& pix) {
   const l_int32 depth = pixGetDepth(pix.get());
   const bool colour = depth == 32;
-  Raster form;
+  RasterForm form;
   form.bitsPerSample = depth == 1 ? 1 : 8;
   form.samplesPerPixel = colour ? 3 : 1;
   form.model = colour       ? ColourModel::Rgb

@@ -141,11 +141,10 @@ Raster resize(Raster raster, std::int32_t width, std::int32_t height) {
 
   requireRoom(raster.width, raster.height, raster.bitsPerPixel());
   const Raster page = toWorkingForm(std::move(raster));
-  Raster gray;
-  gray.bitsPerSample = 8;
-  gray.model = ColourModel::MinIsBlack;
+  const RasterForm gray{8, 1, ColourModel::MinIsBlack};
+  const RasterForm& pageForm = page;
   const bool shrinks = newWidth < page.width || newHeight < page.height;
-  const Raster& form = page.bitsPerSample == 1 && shrinks ? gray : page;
+  const RasterForm& form = page.bitsPerSample == 1 && shrinks ? gray : pageForm;
   requireRoom(width, height, form.bitsPerPixel());
 
   Raster result = emptyRaster(form, newWidth, newHeight);

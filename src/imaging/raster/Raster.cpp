@@ -5,7 +5,7 @@
 namespace orvane {
 namespace {
 
-std::uint8_t brightestEntry(const Raster& form) {
+std::uint8_t brightestEntry(const RasterForm& form) {
   const std::size_t entries = form.palette.size() / 3;
   std::size_t brightest = 0;
   for (std::size_t i = 1; i < entries; ++i) {
@@ -20,27 +20,13 @@ void requirePageMemory(std::uint64_t bytes) {
   if (bytes > kMaxPageBytes) throw Failure("the page would need more than 1 GiB of memory");
 }
 
-Raster formOf(const Raster& like) {
-  Raster form;
-  form.bitsPerSample = like.bitsPerSample;
-  form.samplesPerPixel = like.samplesPerPixel;
-  form.model = like.model;
-  form.extraSample = like.extraSample;
-  form.palette = like.palette;
-  return form;
+Raster emptyRaster(const RasterForm& form, std::uint32_t width, std::uint32_t height) {
+  requirePageMemory(form.rowBytes(width));  // first alone: the product below cannot overflow then
+  requirePageMemory(std::uint64_t{form.rowBytes(width)} * height);
+  return {form, width, height, Bytes(form.rowBytes(width) * height)};
 }
 
-Raster emptyRaster(const Raster& like, std::uint32_t width, std::uint32_t height) {
-  Raster raster = formOf(like);
-  raster.width = width;
-  raster.height = height;
-  requirePageMemory(raster.rowBytes());  // first alone: the product below cannot overflow then
-  requirePageMemory(std::uint64_t{raster.rowBytes()} * height);
-  raster.pixels.resize(raster.rowBytes() * height);
-  return raster;
-}
-
-std::uint8_t paperByte(const Raster& form) {
+std::uint8_t paperByte(const RasterForm& form) {
   switch (form.model) {
     case ColourModel::MinIsWhite:
     case ColourModel::Cmyk:

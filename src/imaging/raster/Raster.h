@@ -12,7 +12,7 @@ namespace orvane {
 enum class ColourModel {
   MinIsWhite,  ///< gray or bilevel, 0 is white
   MinIsBlack,  ///< gray or bilevel, 0 is black
-  Palette,     ///< index into `Raster::palette`
+  Palette,     ///< index into `RasterForm::palette`
   Rgb,
   Cmyk,
 };
@@ -20,27 +20,34 @@ enum class ColourModel {
 /// What the one extra sample after the colour samples means.
 enum class ExtraSample { None, Unspecified, AssociatedAlpha, UnassociatedAlpha };
 
-/// The decoded pixels of one page, upright, with the sample values of the file.
-struct Raster {
-  std::uint32_t width = 0;
-  std::uint32_t height = 0;
+/// How the pixels of a raster are stored: their depth and what their samples mean.
+struct RasterForm {
   std::uint16_t bitsPerSample = 1;    ///< 1, 2, 4, 8 or 16
   std::uint16_t samplesPerPixel = 1;  ///< with the extra sample, if there is one
   ColourModel model = ColourModel::MinIsWhite;
   ExtraSample extraSample = ExtraSample::None;
   /// TIFF 6.0 ColorMap: all reds, all greens, all blues, 0 to 65535. Only for Palette.
-  std::vector<std::uint16_t> palette;
+  std::vector<std::uint16_t> palette = {};
+
+  std::uint16_t bitsPerPixel() const {
+    return static_cast<std::uint16_t>(bitsPerSample * samplesPerPixel);
+  }
+  std::size_t rowBytes(std::uint32_t width) const {
+    return (static_cast<std::size_t>(width) * bitsPerPixel() + 7) / 8;
+  }
+};
+
+/// The decoded pixels of one page, upright, with the sample values of the file.
+struct Raster : RasterForm {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
   /// Row after row from the top; a row begins on a byte, samples are interleaved, the first one in
   /// the most significant bits; 16-bit samples in the byte order of the machine. Padding bits are
   /// 0.
   Bytes pixels;
 
-  std::uint16_t bitsPerPixel() const {
-    return static_cast<std::uint16_t>(bitsPerSample * samplesPerPixel);
-  }
-  std::size_t rowBytes() const {
-    return (static_cast<std::size_t>(width) * bitsPerPixel() + 7) / 8;
-  }
+  using RasterForm::rowBytes;
+  std::size_t rowBytes() const { return rowBytes(width); }
   std::uint8_t* row(std::uint32_t y) { return pixels.data() + y * rowBytes(); }
   const std::uint8_t* row(std::uint32_t y) const { return pixels.data() + y * rowBytes(); }
 };
@@ -51,15 +58,11 @@ inline constexpr std::uint64_t kMaxPageBytes = std::uint64_t{1} << 30;
 /// Throws Failure when `bytes` are more than a page may take.
 void requirePageMemory(std::uint64_t bytes);
 
-/// A raster of the form of `like` (depth, model, palette) without size and pixels.
-Raster formOf(const Raster& like);
-
-/// A raster of the form of `like` (depth, model, palette) with another size, all bits 0. Throws
-/// Failure for more than `kMaxPageBytes`.
-Raster emptyRaster(const Raster& like, std::uint32_t width, std::uint32_t height);
+/// A raster of a form and a size, all bits 0. Throws Failure for more than `kMaxPageBytes`.
+Raster emptyRaster(const RasterForm& form, std::uint32_t width, std::uint32_t height);
 
 /// The byte that fills paper (white) in this form; for a palette its brightest entry.
-std::uint8_t paperByte(const Raster& form);
+std::uint8_t paperByte(const RasterForm& form);
 
 /// Sets the padding bits after each row to 0.
 void clearPadding(Raster& raster);
@@ -87,10 +90,10 @@ inline std::uint32_t brightness(std::uint32_t red, std::uint32_t green, std::uin
 }
 
 /// The brightness of a palette entry, 0 to 65535.
-inline std::uint32_t paletteBrightness(const Raster& raster, std::size_t entry) {
-  const std::size_t entries = raster.palette.size() / 3;
-  return brightness(raster.palette[entry], raster.palette[entries + entry],
-                    raster.palette[2 * entries + entry]);
+inline std::uint32_t paletteBrightness(const RasterForm& form, std::size_t entry) {
+  const std::size_t entries = form.palette.size() / 3;
+  return brightness(form.palette[entry], form.palette[entries + entry],
+                    form.palette[2 * entries + entry]);
 }
 
 }  // namespace orvane

@@ -16,7 +16,7 @@ namespace {
 /// samples by their high byte, palette indices as they are.
 class RowToBytes {
  public:
-  explicit RowToBytes(const Raster& form);
+  explicit RowToBytes(const Raster& raster);
 
   /// Spreads one row; `bytes` takes width x samplesPerPixel values.
   void spread(const std::uint8_t* row, std::uint8_t* bytes) const;
@@ -31,10 +31,10 @@ class RowToBytes {
   std::array<Spread, 256> spreads_{};  ///< the shallow samples of each byte
 };
 
-RowToBytes::RowToBytes(const Raster& form)
-    : samples_(std::size_t{form.width} * form.samplesPerPixel), bits_(form.bitsPerSample) {
+RowToBytes::RowToBytes(const Raster& raster)
+    : samples_(std::size_t{raster.width} * raster.samplesPerPixel), bits_(raster.bitsPerSample) {
   if (bits_ >= 8) return;
-  const unsigned scale = form.model == ColourModel::Palette ? 1 : 255 / ((1U << bits_) - 1);
+  const unsigned scale = raster.model == ColourModel::Palette ? 1 : 255 / ((1U << bits_) - 1);
   for (unsigned byte = 0; byte < spreads_.size(); ++byte) {
     const auto packed = static_cast<std::uint8_t>(byte);
     for (std::size_t i = 0; i < 8 / bits_; ++i) {
@@ -76,7 +76,7 @@ void RowToBytes::spreadShallow(const std::uint8_t* row, std::uint8_t* bytes) con
 /// white.
 class PixelColours {
  public:
-  explicit PixelColours(const Raster& form);
+  explicit PixelColours(const RasterForm& form);
 
   /// 1 for gray, 3 for RGB.
   std::uint16_t samples() const { return samples_; }
@@ -87,7 +87,7 @@ class PixelColours {
  private:
   using Colour = std::array<std::uint8_t, 3>;
 
-  void readPalette(const Raster& form);
+  void readPalette(const RasterForm& form);
   void convertColours(ByteView pixels, std::uint8_t* colours) const;
   void blendOverWhite(ByteView pixels, std::uint8_t* colours) const;
 
@@ -121,14 +121,14 @@ void forEachPixel(ByteView pixels, std::size_t step, std::uint8_t* colours, ToCo
   }
 }
 
-PixelColours::PixelColours(const Raster& form)
+PixelColours::PixelColours(const RasterForm& form)
     : model_(form.model), extraSample_(form.extraSample), step_(form.samplesPerPixel) {
   if (model_ == ColourModel::Rgb || model_ == ColourModel::Cmyk) samples_ = 3;
   if (model_ == ColourModel::Palette) readPalette(form);
 }
 
 // An index without an entry is white.
-void PixelColours::readPalette(const Raster& form) {
+void PixelColours::readPalette(const RasterForm& form) {
   const std::size_t entries = form.palette.size() / 3;
   palette_.fill({kWhite, kWhite, kWhite});
   for (std::size_t i = 0; i < std::min(entries, palette_.size()); ++i) {
@@ -207,8 +207,7 @@ void invert(Raster& raster) {
 }
 
 Raster cutAtHalf(const Raster& raster) {
-  Raster form;  // 1-bit MinIsWhite
-  Raster bilevel = emptyRaster(form, raster.width, raster.height);
+  Raster bilevel = emptyRaster(RasterForm{}, raster.width, raster.height);
   const std::size_t step = raster.samplesPerPixel;
   for (std::uint32_t y = 0; y < raster.height; ++y) {
     const std::uint8_t* from = raster.row(y);
@@ -245,7 +244,7 @@ Raster toGrayOrRgb8(Raster raster) {
     return raster;
   }
   const PixelColours colours(raster);
-  Raster form;
+  RasterForm form;
   form.bitsPerSample = 8;
   form.samplesPerPixel = colours.samples();
   form.model = colours.samples() == 1 ? ColourModel::MinIsBlack : ColourModel::Rgb;

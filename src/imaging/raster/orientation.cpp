@@ -63,11 +63,11 @@ void mirrorBitRow(std::uint8_t* row, std::size_t rowBytes, unsigned padding) {
   }
 }
 
-void mirrorShallowRow(std::uint8_t* row, const Raster& form) {
-  const unsigned bits = form.bitsPerSample;
-  const std::size_t samples = form.samplesPerPixel;
-  if (form.width < 2) return;
-  for (std::size_t left = 0, right = form.width - 1; left < right; ++left, --right) {
+void mirrorShallowRow(std::uint8_t* row, const Raster& raster) {
+  const unsigned bits = raster.bitsPerSample;
+  const std::size_t samples = raster.samplesPerPixel;
+  if (raster.width < 2) return;
+  for (std::size_t left = 0, right = raster.width - 1; left < right; ++left, --right) {
     for (std::size_t s = 0; s < samples; ++s) {
       const std::uint8_t leftValue = shallowSample(row, left * samples + s, bits);
       const std::uint8_t rightValue = shallowSample(row, right * samples + s, bits);

@@ -90,10 +90,6 @@ void keepFirst(Text& kept, const Text& text) {
 
 }  // namespace
 
-void TiffMessages::clear() {
-  *this = TiffMessages();
-}
-
 std::string TiffMessages::reason(const char* otherwise) const {
   if (error_[0] != '\0') return error_.data();
   if (warning_[0] != '\0') return warning_.data();
@@ -197,10 +193,8 @@ TiffHandle::~TiffHandle() {
 }
 
 void TiffHandle::readDirectory(std::uint64_t offset) {
-  messages_.clear();
-  if (TIFFSetSubDirectory(tiff_, offset) != 1) {
-    throw failure(messages_.reason("the page's directory cannot be read"));
-  }
+  const auto [result, messages] = listen([&] { return TIFFSetSubDirectory(tiff_, offset); });
+  if (result != 1) throw failure(messages.reason("the page's directory cannot be read"));
 }
 
 Failure TiffHandle::failure(const std::string& reason) const {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <tiffio.h>
+#include <utility>
 
 #include "foundation/Bytes.h"
 #include "foundation/Failure.h"
@@ -47,8 +48,6 @@ class ImageFile {
 /// C.
 class TiffMessages {
  public:
-  void clear();
-
   /// The first error, or the first warning when there was no error, or `otherwise`.
   std::string reason(const char* otherwise) const;
 
@@ -68,7 +67,14 @@ class TiffMessages {
   Text damage_{};
 };
 
-/// A TIFF file open for reading in libtiff, with its own messages. Only the header has been read.
+/// A value that libtiff returned, and its messages meanwhile.
+template <typename Value>
+struct Heard {
+  Value value;
+  TiffMessages messages;
+};
+
+/// A TIFF file open for reading in libtiff. Only the header has been read.
 class TiffHandle {
  public:
   /// Throws Failure with path and reason for a file that cannot be read or is no TIFF.
@@ -79,7 +85,14 @@ class TiffHandle {
 
   TIFF* get() const { return tiff_; }
   const ImageFile& file() const { return source_.file; }
-  TiffMessages& messages() { return messages_; }
+
+  /// Runs `work`, which calls libtiff for this file. Returns its value and the messages.
+  template <typename Work>
+  auto listen(Work work) {
+    messages_ = {};
+    auto value = work();
+    return Heard<decltype(value)>{std::move(value), messages_};
+  }
 
   /// Makes the directory at `offset` the current one. Throws Failure.
   void readDirectory(std::uint64_t offset);
@@ -96,7 +109,7 @@ class TiffHandle {
  private:
   std::string name_;  ///< the path in UTF-8
   Source source_;
-  TiffMessages messages_;
+  TiffMessages messages_;  ///< since the last call of `listen`
   TIFF* tiff_ = nullptr;
 };
 

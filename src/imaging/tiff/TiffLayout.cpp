@@ -116,8 +116,7 @@ std::uint64_t decoderBytesPerPixel(const TiffLayout& layout, std::uint64_t sampl
 // The raster, a second one when the page has to be turned, and one strip or tile: for its decoder,
 // and where libtiff cannot decode straight into the raster.
 void requireMemory(const TiffHandle& tiff, const TiffLayout& layout) {
-  const Raster& form = layout.form;
-  const std::uint64_t raster = std::uint64_t{form.rowBytes()} * layout.height;
+  const std::uint64_t raster = std::uint64_t{layout.form.rowBytes(layout.width)} * layout.height;
   const std::uint64_t blockPixels = std::uint64_t{layout.blockWidth} * layout.blockHeight;
   const std::uint64_t pixelBits = std::uint64_t{layout.samplesPerPixel} * layout.bitsPerSample;
   std::uint64_t block = blockPixels * decoderBytesPerPixel(layout, (pixelBits + 7) / 8);
@@ -348,8 +347,6 @@ void readTiffColour(const TiffHandle& tiff, TiffLayout& layout) {
     throw tiff.failure("too few samples a pixel for photometric interpretation " +
                        std::to_string(layout.photometric));
   }
-  layout.form.width = layout.width;
-  layout.form.height = layout.height;
   layout.form.bitsPerSample = bits;
   layout.form.model = colours.model;
   layout.form.extraSample = keptExtraSample(tiff.get(), layout, colours);

@@ -25,8 +25,7 @@ struct TiffLayout {
   std::uint32_t blockCount = 0;   ///< of strips or tiles, in all planes
 
   bool throughRgbaReader = false;  ///< see requireRgbaReader in tiff_decode.h
-  /// What the page becomes: depth, model and palette; the size is that of the page as stored.
-  Raster form;
+  RasterForm form;                 ///< of the decoded page
 
   bool isFax() const {
     return compression == COMPRESSION_CCITTRLE || compression == COMPRESSION_CCITTRLEW ||

@@ -362,16 +362,16 @@ bool isBlank(const Raster& raster) {
 }
 
 Decoding decodeRows(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows) {
-  Raster raster = layout.form;
-  raster.pixels.assign(raster.rowBytes() * raster.height, paperByte(raster));
-  tiff.messages().clear();
-  const BlockTally tally = layout.throughRgbaReader
-                               ? decodeThroughRgba(tiff, layout, raster)
-                               : decodeSamples(tiff, layout, codedRows, raster);
+  const std::size_t size = layout.form.rowBytes(layout.width) * layout.height;
+  Raster raster{layout.form, layout.width, layout.height, Bytes(size, paperByte(layout.form))};
+  const auto [tally, messages] = tiff.listen([&] {
+    return layout.throughRgbaReader ? decodeThroughRgba(tiff, layout, raster)
+                                    : decodeSamples(tiff, layout, codedRows, raster);
+  });
   clearPadding(raster);
 
   DecodedPage page;
-  page.damage = tiff.messages().damage();
+  page.damage = messages.damage();
   if (!tally.allWhole && !page.damage) page.damage = "a strip or tile cannot be decoded";
   const bool foundNothing = page.damage && (!tally.anyRow || isBlank(raster));
   page.raster = toUpright(std::move(raster), layout.orientation);

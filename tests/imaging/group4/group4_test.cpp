@@ -132,7 +132,7 @@ Bytes bytesOf(std::string bits) {
   return bytes;
 }
 
-const Raster kBlank = emptyRaster(Raster{}, 8, 2);
+const Raster kBlank = emptyRaster(RasterForm{}, 8, 2);
 
 // What is done with a strip, and its number of coded rows.
 std::string outcomeOf(const Group4Copy& copy) {
@@ -205,7 +205,7 @@ TEST(Group4, CopiesRowsAndNotWhatFollowsOrNamesTheRowAndTheDamage) {
 
 TEST(Group4, RunsAroundTheirMakeUpCodesAreReadByLibtiff) {
   for (const std::uint32_t run : {63, 64, 2559, 2560, 2623, 2624, 2687, 2688, 5183, 5184, 7744}) {
-    Raster page = emptyRaster(Raster{}, 2 * run + 8, 1);
+    Raster page = emptyRaster(RasterForm{}, 2 * run + 8, 1);
     for (std::uint32_t x = run; x < 2 * run; ++x) {
       page.pixels[x / 8] |= static_cast<std::uint8_t>(0x80 >> x % 8);
     }
@@ -217,12 +217,13 @@ TEST(Group4, RunsAroundTheirMakeUpCodesAreReadByLibtiff) {
 
 TEST(Group4, BlankRowsEndWithThePageOrWithTheirBits) {
   for (const std::uint32_t rows : {1, 55, 56, 57, 63, 64, 200}) {
-    EncodedImage image = encodeGroup4(emptyRaster(Raster{}, 8, rows));
+    EncodedImage image = encodeGroup4(emptyRaster(RasterForm{}, 8, rows));
     EXPECT_EQ(copyGroup4(image, Group4Form::Strips).image.value().strips, image.strips) << rows;
     ++image.height, ++image.rowsPerStrip;
     const Group4Copy copy = copyGroup4(image, Group4Form::Strips);
     EXPECT_EQ(copy.codedRows, StripRows{rows}) << copy.damage.value_or("");
-    EXPECT_EQ(copy.image.value().strips, encodeGroup4(emptyRaster(Raster{}, 8, rows + 1)).strips);
+    EXPECT_EQ(copy.image.value().strips,
+              encodeGroup4(emptyRaster(RasterForm{}, 8, rows + 1)).strips);
   }
 }
 

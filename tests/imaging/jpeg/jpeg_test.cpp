@@ -17,7 +17,7 @@ namespace {
 using ::testing::HasSubstr;
 using namespace std::string_literals;
 
-const Raster kGray = form(ColourModel::MinIsBlack, 8), kRgb = form(ColourModel::Rgb, 8, 3);
+const RasterForm kGray = form(ColourModel::MinIsBlack, 8), kRgb = form(ColourModel::Rgb, 8, 3);
 
 std::string encoded(const Raster& page, JpegFactors factors, const Resolution& resolution) {
   const EncodedImage image = encodeJpeg(page, factors, resolution);
@@ -27,7 +27,7 @@ std::string encoded(const Raster& page, JpegFactors factors, const Resolution& r
 
 // cjpeg writes the same stream, but for the density in bytes 13 to 17: it has no option for it.
 TEST(Jpeg, EncodesTheStreamOfTheReferenceEncoder) {
-  const std::tuple<Raster, std::uint32_t, std::uint32_t, JpegFactors, std::string> cases[] = {
+  const std::tuple<RasterForm, std::uint32_t, std::uint32_t, JpegFactors, std::string> cases[] = {
       {kGray, 1, 1, {}, "80,84"},         {kGray, 83, 40, {40, 32}, "60,68"},
       {kRgb, 1, 1, {60, 48}, "40,52"},    {kRgb, 16, 16, {}, "80,84"},
       {kRgb, 301, 77, {40, 32}, "60,68"}, {kRgb, 500, 1, {-5, 150}, "100,1"},
@@ -57,7 +57,7 @@ TEST(Jpeg, StatesTheDensityThatItCan) {
 }
 
 TEST(Jpeg, RefusesWhatAStreamCannotHold) {
-  for (const Raster& other :
+  for (const RasterForm& other :
        {form(ColourModel::Rgb, 16, 3), form(ColourModel::Palette, 8), form(ColourModel::Cmyk, 8, 4),
         form(ColourModel::MinIsWhite, 8), form(ColourModel::Rgb, 8, 4, ExtraSample::Unspecified)}) {
     EXPECT_THROW(encodeJpeg(emptyRaster(other, 8, 8), {}, {}), Failure);
@@ -91,7 +91,7 @@ const Source kSources[] = {{1, 200, 120, kOneStrip, ""},
                            {3, 8, 8, kOneStrip, ""}};
 
 Raster scan(const Source& source) {
-  const Raster gray = form(ColourModel::MinIsBlack, 8), rgb = form(ColourModel::Rgb, 8, 3);
+  const RasterForm gray = form(ColourModel::MinIsBlack, 8), rgb = form(ColourModel::Rgb, 8, 3);
   Random random(source.width * 7 + source.samples);
   return scannedPage(random, source.samples == 3 ? rgb : gray, source.width, source.height);
 }

@@ -18,10 +18,8 @@ Bytes readBack(const EncodedImage& image, SampleOrder order = SampleOrder::Littl
 }
 
 EncodedImage lzwOf(const Bytes& bytes) {
-  Raster row = form(ColourModel::Palette, 8);  // takes no predictor
-  row.width = static_cast<std::uint32_t>(bytes.size());
-  row.height = 1;
-  row.pixels = bytes;
+  const auto width = static_cast<std::uint32_t>(bytes.size());
+  const Raster row{form(ColourModel::Palette, 8), width, 1, bytes};  // takes no predictor
   return encodeLzw(row, SampleOrder::LittleEndian);
 }
 
@@ -49,10 +47,10 @@ TEST(Lzw, ClearsTheTableAsSoonAsItIsFull) {
 }
 
 TEST(Lossless, KeepsEveryFormInBothByteOrders) {
-  for (const Raster& kind : {form(ColourModel::MinIsWhite, 1), form(ColourModel::Palette, 4),
-                             form(ColourModel::Palette, 8), form(ColourModel::MinIsBlack, 8),
-                             form(ColourModel::MinIsBlack, 16), form(ColourModel::Cmyk, 8, 4),
-                             form(ColourModel::Rgb, 16, 4, ExtraSample::UnassociatedAlpha)}) {
+  for (const RasterForm& kind : {form(ColourModel::MinIsWhite, 1), form(ColourModel::Palette, 4),
+                                 form(ColourModel::Palette, 8), form(ColourModel::MinIsBlack, 8),
+                                 form(ColourModel::MinIsBlack, 16), form(ColourModel::Cmyk, 8, 4),
+                                 form(ColourModel::Rgb, 16, 4, ExtraSample::UnassociatedAlpha)}) {
     Random random(kind.bitsPerSample);
     const Raster page = scannedPage(random, kind, 301, 377);
     for (const SampleOrder order : {SampleOrder::LittleEndian, SampleOrder::BigEndian}) {

@@ -86,12 +86,7 @@ inline Raster drawnPage(Drawing drawing, double skew, bool darkBed = false) {
                         : " -background white") +
                " -virtual-pixel Background -distort SRT " + std::to_string(-skew) +
                " +level-colors 'gray(41),gray(225)' -attenuate 0.1 +noise Uniform -depth 8 gray:-");
-  return {.width = 620,
-          .height = 877,
-          .bitsPerSample = 8,
-          .model = ColourModel::MinIsBlack,
-          .palette = {},
-          .pixels = Bytes(gray.begin(), gray.end())};
+  return {{8, 1, ColourModel::MinIsBlack}, 620, 877, Bytes(gray.begin(), gray.end())};
 }
 
 /// The centre of gravity of the dark pixels within 14 pixels of `place`.

@@ -21,10 +21,7 @@ namespace orvane::test {
 namespace {
 
 Raster blank(std::uint16_t bits, std::uint16_t samples, std::uint32_t width, std::uint32_t height) {
-  Raster form;
-  form.bitsPerSample = bits;
-  form.samplesPerPixel = samples;
-  return emptyRaster(form, width, height);
+  return emptyRaster(RasterForm{bits, samples}, width, height);
 }
 
 // A page as a PAM file: samples of one byte each, or two with the high one first.

@@ -35,12 +35,9 @@ struct PdfFileTest : FileTest {
 };
 
 TEST_F(PdfFileTest, WhatPdfACannotHoldIsRefused) {
-  Raster gray, cmyk;
-  gray.bitsPerSample = 16, gray.model = ColourModel::MinIsBlack;
-  cmyk.bitsPerSample = 8, cmyk.samplesPerPixel = 4, cmyk.model = ColourModel::Cmyk;
-  Raster alpha = cmyk;
-  alpha.model = ColourModel::Rgb, alpha.extraSample = ExtraSample::UnassociatedAlpha;
-  for (const Raster& form : {gray, cmyk, alpha}) {
+  const RasterForm gray{16, 1, ColourModel::MinIsBlack}, cmyk{8, 4, ColourModel::Cmyk},
+      alpha{8, 4, ColourModel::Rgb, ExtraSample::UnassociatedAlpha};
+  for (const RasterForm& form : {gray, cmyk, alpha}) {
     const EncodedImage page = encodeUncompressed(emptyRaster(form, 8, 8), SampleOrder::BigEndian);
     EXPECT_THAT(failureOf([&] { write({page}); }), HasSubstr("cannot hold"));
   }

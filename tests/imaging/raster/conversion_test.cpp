@@ -18,7 +18,7 @@ constexpr auto kAssociated = ExtraSample::AssociatedAlpha;
 Raster raster(std::uint32_t width, std::uint16_t bits, std::uint16_t samples, ColourModel model,
               Bytes pixels, std::vector<std::uint16_t> palette = {},
               ExtraSample extra = ExtraSample::None) {
-  return {width, 1, bits, samples, model, extra, std::move(palette), std::move(pixels)};
+  return {{bits, samples, model, extra, std::move(palette)}, width, 1, std::move(pixels)};
 }
 
 const std::vector<std::uint16_t> kRedAndGreen = {0xFFFF, 0, 0, 0x8000, 0, 0};
