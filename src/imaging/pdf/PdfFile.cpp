@@ -14,7 +14,6 @@
 #include "imaging/pdf/PdfLayout.h"
 #include "imaging/pdf/pdf_objects.h"
 #include "imaging/pdf/pdf_reading.h"
-#include "imaging/raster/page_choice.h"
 
 namespace orvane {
 

@@ -124,4 +124,12 @@ void requireWholeImage(const std::wstring& path, const EncodedImage& image) {
   if (const char* misfit = findMisfit(image)) throw fileFailure(path, misfit);
 }
 
+void requireDeletablePage(const std::wstring& path, std::int32_t page, std::uint64_t pageCount) {
+  if (page < 1 || static_cast<std::uint64_t>(page) > pageCount) {
+    throw fileFailure(path, "there is no page " + std::to_string(page) + " among its " +
+                                std::to_string(pageCount));
+  }
+  if (pageCount == 1) throw fileFailure(path, "the only page of a file cannot be removed");
+}
+
 }  // namespace orvane

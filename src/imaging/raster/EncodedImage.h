@@ -65,6 +65,9 @@ EncodedImage encodedFormOf(const Raster& raster);
 /// fit together: what a container embeds, a reader must be able to take out.
 void requireWholeImage(const std::wstring& path, const EncodedImage& image);
 
+/// Throws Failure, naming `path`, unless `page`, from 1, is one of several pages of that file.
+void requireDeletablePage(const std::wstring& path, std::int32_t page, std::uint64_t pageCount);
+
 /// Bytes of one uncompressed row.
 std::uint64_t plainRowBytes(const EncodedImage& image);
 

@@ -6,9 +6,11 @@
 
 #include "foundation/OutputFile.h"
 #include "imaging/raster/EncodedImage.h"
-#include "imaging/tiff/tiff_page_plan.h"
+#include "imaging/tiff/TiffForm.h"
 
 namespace orvane {
+
+enum class TiffSubfile : std::uint32_t;  // TIFF 6.0 NewSubfileType
 
 /// Writes TIFF files: classic TIFF 6.0, little-endian when made here. One object serves one imaging
 /// instance. It remembers the end of the file that it last wrote, so that an append costs the same

@@ -3,34 +3,37 @@
 #include <algorithm>
 #include <numeric>
 #include <utility>
+#include <vector>
 
 #include "imaging/tiff/TiffLayout.h"
+#include "imaging/tiff/TiffStructure.h"
 #include "imaging/tiff/tiff_decode.h"
-#include "imaging/tiff/tiff_directories.h"
 #include "imaging/tiff/tiff_profile.h"
 #include "imaging/tiff/tiff_strips.h"
 
 namespace orvane {
 namespace {
 
-std::uint64_t directoryOfPage(const TiffHandle& tiff, std::int32_t page) {
-  TiffDirectories directories(tiff);
-  std::uint64_t offset = 0;
-  for (std::int32_t i = 1; page > 0 && i <= page; ++i) {
-    offset = directories.next();
-    if (offset == 0) break;
-  }
-  if (offset == 0) throw tiff.failure("there is no page " + std::to_string(page));
-  return offset;
+TiffDirectoryPlace directoryOfPage(const TiffHandle& tiff, const TiffStructure& structure,
+                                   std::int32_t page) {
+  std::optional<TiffDirectoryPlace> found;
+  std::int32_t number = 0;
+  structure.forEachPage([&](const TiffDirectoryPlace& place) {
+    if (++number == page) found = place;
+    return number < page;
+  });
+  if (!found) throw tiff.failure("there is no page " + std::to_string(page));
+  return *found;
 }
 
 // libtiff fills a table that is too short with zeros. An old-style JPEG page may have none.
-void requireWholeBlockTable(const TiffHandle& tiff, std::uint64_t directory,
+void requireWholeBlockTable(const TiffHandle& tiff, const std::vector<TiffEntry>& entries,
                             const TiffLayout& layout) {
   if (layout.compression == COMPRESSION_OJPEG) return;
-  const TiffDirectories directories(tiff);
-  const std::uint64_t offsets = std::max(directories.valueCount(directory, TIFFTAG_STRIPOFFSETS),
-                                         directories.valueCount(directory, TIFFTAG_TILEOFFSETS));
+  std::uint64_t offsets = 0;
+  for (const std::uint16_t tag : {tag::kStripOffsets, tag::kTileOffsets}) {
+    if (const TiffEntry* entry = findEntry(entries, tag)) offsets = std::max(offsets, entry->count);
+  }
   if (offsets < layout.blockCount) {
     throw tiff.failure("it names " + std::to_string(offsets) + " of " +
                        std::to_string(layout.blockCount) + " strips or tiles");
@@ -55,15 +58,17 @@ PageInfo uprightInfo(const TiffHandle& tiff, const TiffLayout& layout) {
 
 struct TiffPage::Impl {
   Impl(const std::wstring& path, std::int32_t page) : tiff(path) {
-    directory = directoryOfPage(tiff, page);
-    tiff.readDirectory(directory);
+    const TiffStructure structure(tiff);
+    const TiffDirectoryPlace directory = directoryOfPage(tiff, structure, page);
+    tiff.readDirectory(directory.offset);
+    entries = structure.entries(directory);
     layout = readTiffLayout(tiff);
-    requireWholeBlockTable(tiff, directory, layout);
+    requireWholeBlockTable(tiff, entries, layout);
     info = uprightInfo(tiff, layout);
   }
 
   TiffHandle tiff;
-  std::uint64_t directory = 0;
+  std::vector<TiffEntry> entries;  ///< of the page's directory
   TiffLayout layout;
   PageInfo info;
 };
@@ -92,7 +97,7 @@ std::optional<EncodedImage> TiffPage::jpegStrips() const {
 }
 
 PageProfile TiffPage::iccProfile() const {
-  return readIccProfile(impl_->tiff, impl_->layout, impl_->directory);
+  return readIccProfile(impl_->tiff, impl_->layout, impl_->entries);
 }
 
 DecodedPage TiffPage::decode(const StripRows& codedRows) const {
@@ -107,9 +112,8 @@ std::optional<EarlyEnd> earlyEndOf(const StripRows& codedRows, std::uint32_t pro
 
 std::int32_t tiffPageCount(const std::wstring& path) {
   const TiffHandle tiff(path);
-  TiffDirectories directories(tiff);
   std::int32_t pages = 0;
-  while (directories.next() != 0) ++pages;
+  TiffStructure(tiff).forEachPage([&](const TiffDirectoryPlace&) { return ++pages > 0; });
   if (pages == 0) throw tiff.failure("the file has no page");
   return pages;
 }

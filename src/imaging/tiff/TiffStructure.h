@@ -1,10 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
 #include <vector>
 
 #include "foundation/OutputFile.h"
 #include "imaging/tiff/TiffForm.h"
+#include "imaging/tiff/TiffHandle.h"
 
 namespace orvane {
 
@@ -26,38 +30,59 @@ struct TiffEntry {
   std::uint64_t valueBytes() const { return count * tiffTypeBytes(type); }
 };
 
+/// The entry of a tag, or null.
+const TiffEntry* findEntry(const std::vector<TiffEntry>& entries, std::uint16_t tag);
+
 /// The most pages that a TIFF file can number (PageNumber is a 16-bit field).
 constexpr std::uint32_t kMostTiffPages = 65535;
 
-/// Reads the structure of a TIFF file, classic or BigTIFF. Every offset and count is checked
-/// against the file before it is used; what does not fit throws Failure.
+/// Reads the structure of a TIFF file, classic or BigTIFF: its chain of directories, one a page
+/// (TIFF 6.0 section 2), and their entries. libtiff would read every directory whole, and ends a
+/// broken chain without a message. Positions are checked against the file before they are read;
+/// what does not fit throws Failure.
 class TiffStructure {
  public:
-  /// Reads the header. Throws Failure for a file that is no TIFF.
+  /// Reads the header of a file that is written. Throws Failure for a file that is no TIFF.
   explicit TiffStructure(const OutputFile& file);
+  /// The structure of a file that is open for reading.
+  explicit TiffStructure(const TiffHandle& tiff);
 
   TiffForm form() const { return form_; }
   std::uint64_t fileSize() const { return size_; }
 
-  /// The directories of the pages in their order. Throws Failure for a circular chain.
+  /// Visits the directories of the pages in their order until `visit` returns false. A chain that
+  /// leads out of the file or back to an earlier directory throws Failure at that place.
+  void forEachPage(const std::function<bool(const TiffDirectoryPlace&)>& visit) const;
+  /// The directories of all pages, of which there may be `kMostTiffPages`.
   std::vector<TiffDirectoryPlace> pages() const;
   TiffDirectoryPlace directory(std::uint64_t offset) const;
+  /// The entries of a directory. Their values are not checked.
   std::vector<TiffEntry> entries(const TiffDirectoryPlace& place) const;
+
   /// One unsigned number of the file, up to 8 bytes wide.
   std::uint64_t number(std::uint64_t offset, unsigned width) const;
   /// `count` such numbers in sequence.
   std::vector<std::uint64_t> numbers(std::uint64_t offset, std::uint64_t count,
                                      unsigned width) const;
+  bool isInside(std::uint64_t offset, std::uint64_t length) const;
   /// Throws Failure unless the range is inside the file.
   void requireInside(std::uint64_t offset, std::uint64_t length) const;
-  Failure damaged(const char* reason) const;
+  Failure damaged(const std::string& reason) const { return failure_(reason); }
 
  private:
   TiffEntry entry(const std::uint8_t* bytes, std::uint64_t offset) const;
 
-  const OutputFile& file_;
   std::uint64_t size_;
   TiffForm form_;
+  std::uint64_t mostEntries_;
+  struct {
+    const char* linkOutside;
+    const char* directoryOutside;
+    const char* entryCount;
+    const char* circle;
+  } texts_;  ///< for a broken chain
+  std::function<void(std::uint64_t offset, std::span<std::uint8_t> into)> read_;
+  std::function<Failure(const std::string& reason)> failure_;
 };
 
 }  // namespace orvane

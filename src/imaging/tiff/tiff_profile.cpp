@@ -6,8 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "imaging/tiff/tiff_directories.h"
-
 namespace orvane {
 namespace {
 
@@ -102,16 +100,15 @@ PageProfile checked(ByteView profile, const TiffLayout& layout) {
 }  // namespace
 
 PageProfile readIccProfile(const TiffHandle& tiff, const TiffLayout& layout,
-                           std::uint64_t directory) {
+                           const std::vector<TiffEntry>& entries) {
   std::uint32_t size = 0;
   const std::uint8_t* bytes = nullptr;
   if (TIFFGetField(tiff.get(), TIFFTAG_ICCPROFILE, &size, &bytes) == 1) {
     return checked({bytes, size}, layout);
   }
   // A field that libtiff cannot read is not there for it.
-  if (TiffDirectories(tiff).valueCount(directory, TIFFTAG_ICCPROFILE) != 0) {
-    return {{}, kCannotBeRead};
-  }
+  const TiffEntry* field = findEntry(entries, tag::kIccProfile);
+  if (field != nullptr && field->count != 0) return {{}, kCannotBeRead};
   const Range stream = firstJpegStream(tiff.get(), layout);
   if (stream.length == 0) return {};
   const SegmentedProfile segments = readSegments(tiff.file(), stream);
