@@ -122,7 +122,7 @@ void requireMemory(const TiffHandle& tiff, const TiffLayout& layout) {
   std::uint64_t block = blockPixels * decoderBytesPerPixel(layout, (pixelBits + 7) / 8);
   if (layout.throughRgbaReader) {
     block += blockPixels * (sizeof(std::uint32_t) + (pixelBits + 7) / 8);
-  } else if (layout.tiled || !layout.samplesLieAsKept()) {
+  } else if (layout.tiled || !layout.isStoredAsKept()) {
     block += blockPixels * pixelBits / 8;
   }
   try {

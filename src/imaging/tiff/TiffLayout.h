@@ -33,7 +33,7 @@ struct TiffLayout {
   }
   bool turnsSideways() const { return orientation >= ORIENTATION_LEFTTOP; }
   /// False when samples have to be picked out of what libtiff decodes.
-  bool samplesLieAsKept() const {
+  bool isStoredAsKept() const {
     return samplesPerPixel == form.samplesPerPixel && (!separatePlanes || samplesPerPixel == 1);
   }
 };

@@ -186,59 +186,78 @@ struct SampleCopy {
   }
 };
 
-std::size_t blockRowBytes(const TiffLayout& layout, const Block& block) {
-  const std::size_t bits = std::size_t{layout.blockWidth} * block.samples * layout.bitsPerSample;
-  return (bits + 7) / 8;
-}
+/// Fills a raster, which holds paper and has the size of the stored page, with the kept samples of
+/// the page's strips, tiles or planes.
+class SampleDecoder {
+ public:
+  SampleDecoder(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows,
+                Raster& raster)
+      : layout_(layout), codedRows_(codedRows), raster_(raster), reader_(tiff, layout) {
+    const std::size_t samples = layout.separatePlanes ? 1 : layout.samplesPerPixel;
+    rowBytes_ = (layout.blockWidth * samples * layout.bitsPerSample + 7) / 8;
+    // libtiff must agree on the size of a row before it writes into our memory.
+    const std::uint64_t theirs = layout.tiled
+                                     ? static_cast<std::uint64_t>(TIFFTileRowSize(tiff.get()))
+                                     : TIFFScanlineSize64(tiff.get());
+    if (theirs != rowBytes_) throw tiff.failure("the size of its rows makes no sense");
+  }
 
-void place(const Bytes& decoded, std::size_t rowBytes, const TiffLayout& layout, const Block& block,
-           Raster& raster) {
-  const std::size_t pixelBits = raster.bitsPerPixel();
-  const SampleCopy samples{
-      layout.bitsPerSample, block.samples, raster.samplesPerPixel,
-      std::min<std::size_t>(block.samples, raster.samplesPerPixel - block.firstSample)};
-  for (std::uint32_t y = 0; y < block.rows; ++y) {
-    const std::uint8_t* from = decoded.data() + y * rowBytes;
-    std::uint8_t* to = raster.row(block.y + y);
-    if (layout.samplesLieAsKept()) {
-      std::memcpy(to + block.x * pixelBits / 8, from, (block.columns * pixelBits + 7) / 8);
-    } else {
-      samples.copy(from, to, std::size_t{block.x} * raster.samplesPerPixel + block.firstSample,
-                   block.columns);
+  BlockTally decode() {
+    forEachBlock(layout_, [this](const Block& block) {
+      if (!layout_.isStoredAsKept()) {
+        pickSamples(block);
+      } else if (layout_.tiled) {
+        placeTile(block);
+      } else {
+        fillRows(block);
+      }
+    });
+    return reader_.tally();
+  }
+
+ private:
+  // A strip whose rows are those of the raster is decoded into it.
+  void fillRows(const Block& block) {
+    const std::uint32_t rows =
+        codedRows_.empty() ? block.rows : std::min(block.rows, codedRows_.at(block.index));
+    if (rows > 0) reader_.read(block.index, raster_.row(block.y), rows, rowBytes_);
+  }
+
+  // The rows of a tile are parts of the rows of the raster.
+  void placeTile(const Block& block) {
+    const std::size_t pixelBits = raster_.bitsPerPixel();
+    decodeAside(block);
+    for (std::uint32_t y = 0; y < block.rows; ++y) {
+      std::memcpy(raster_.row(block.y + y) + block.x * pixelBits / 8,
+                  decoded_.data() + y * rowBytes_, (block.columns * pixelBits + 7) / 8);
     }
   }
-}
 
-// libtiff and this file must agree on the size of a row before it writes into our memory.
-void requireRowBytes(const TiffHandle& tiff, const TiffLayout& layout, std::size_t rowBytes) {
-  const std::uint64_t theirs = layout.tiled
-                                   ? static_cast<std::uint64_t>(TIFFTileRowSize(tiff.get()))
-                                   : TIFFScanlineSize64(tiff.get());
-  if (theirs != rowBytes) throw tiff.failure("the size of its rows makes no sense");
-}
-
-// Fills `raster`, which holds paper and has the size of the stored page, with the kept samples.
-BlockTally decodeSamples(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows,
-                         Raster& raster) {
-  TiffBlockReader reader(tiff, layout);
-  const bool straightIntoRaster = !layout.tiled && layout.samplesLieAsKept();
-  Bytes decoded;
-  forEachBlock(layout, [&](const Block& block) {
-    const std::size_t rowBytes = blockRowBytes(layout, block);
-    if (block.index == 0) requireRowBytes(tiff, layout, rowBytes);
-    if (straightIntoRaster) {
-      const std::uint32_t rows =
-          codedRows.empty() ? block.rows : std::min(block.rows, codedRows.at(block.index));
-      if (rows > 0) reader.read(block.index, raster.row(block.y), rows, rowBytes);
-      return;
+  // A plane has one sample of each pixel; other pixels have samples that are not kept.
+  void pickSamples(const Block& block) {
+    const std::size_t step = raster_.samplesPerPixel;
+    const SampleCopy samples{layout_.bitsPerSample, block.samples, step,
+                             std::min<std::size_t>(block.samples, step - block.firstSample)};
+    decodeAside(block);
+    for (std::uint32_t y = 0; y < block.rows; ++y) {
+      samples.copy(decoded_.data() + y * rowBytes_, raster_.row(block.y + y),
+                   block.x * step + block.firstSample, block.columns);
     }
-    const std::uint32_t rows = layout.tiled ? layout.blockHeight : block.rows;
-    decoded.assign(rows * rowBytes, paperByte(raster));
-    reader.read(block.index, decoded.data(), rows, rowBytes);
-    place(decoded, rowBytes, layout, block, raster);
-  });
-  return reader.tally();
-}
+  }
+
+  void decodeAside(const Block& block) {
+    const std::uint32_t rows = layout_.tiled ? layout_.blockHeight : block.rows;
+    decoded_.assign(rows * rowBytes_, paperByte(raster_));
+    reader_.read(block.index, decoded_.data(), rows, rowBytes_);
+  }
+
+  const TiffLayout& layout_;
+  const StripRows& codedRows_;
+  Raster& raster_;
+  TiffBlockReader reader_;
+  std::size_t rowBytes_;
+  Bytes decoded_;  ///< a whole block
+};
 
 using AbgrPixels = std::vector<std::uint32_t>;
 
@@ -366,7 +385,7 @@ Decoding decodeRows(TiffHandle& tiff, const TiffLayout& layout, const StripRows&
   Raster raster{layout.form, layout.width, layout.height, Bytes(size, paperByte(layout.form))};
   const auto [tally, messages] = tiff.listen([&] {
     return layout.throughRgbaReader ? decodeThroughRgba(tiff, layout, raster)
-                                    : decodeSamples(tiff, layout, codedRows, raster);
+                                    : SampleDecoder(tiff, layout, codedRows, raster).decode();
   });
   clearPadding(raster);
 
