@@ -106,8 +106,8 @@ struct PagesAhead::Job {
     Dropped,
   };
 
-  Job(ExpectedPage expected, SaveSettings instance)
-      : path(std::move(expected.path)), choice(expected.choice), settings(std::move(instance)) {}
+  Job(const ExpectedPage& expected, const SaveSettings& instance)
+      : path(expected.path), choice(expected.choice), settings(instance) {}
 
   std::wstring path;
   SaveChoice choice;
@@ -152,7 +152,7 @@ void PagesAhead::fill(const SaveSettings& settings) {
     while (forecast_ && jobs_.size() < 2 * workers_ + 2) {
       std::optional<ExpectedPage> page = forecast_();
       if (!page) break;
-      auto job = std::make_shared<Job>(*std::move(page), settings);
+      auto job = std::make_shared<Job>(*page, settings);
       const std::lock_guard lock(mutex_);
       jobs_.push_back(std::move(job));
     }
