@@ -26,10 +26,10 @@ struct Fraction {
 };
 
 // Continued fractions, until the value is exact to single precision: libtiff returns the
-// resolutions of other TIFF files as single-precision numbers.
+// resolutions of other TIFF files as single-precision numbers. For every resolution that an image
+// may have (see requireWholeImage) both numbers stay below about 10^7.
 Fraction nearestFraction(double value) {
   constexpr double kTolerance = 1e-7;
-  constexpr std::uint64_t kLimit = std::numeric_limits<std::uint32_t>::max();
   Fraction last{1, 0};
   Fraction current{static_cast<std::uint64_t>(value), 1};
   double rest = value - std::floor(value);
@@ -39,11 +39,9 @@ Fraction nearestFraction(double value) {
   };
   while (error() > kTolerance * value && rest > 0) {
     const double inverse = 1 / rest;
-    if (inverse > static_cast<double>(kLimit)) break;
     const auto term = static_cast<std::uint64_t>(inverse);
     const Fraction next{term * current.numerator + last.numerator,
                         term * current.denominator + last.denominator};
-    if (next.numerator > kLimit || next.denominator > kLimit) break;
     last = current;
     current = next;
     rest = inverse - std::floor(inverse);

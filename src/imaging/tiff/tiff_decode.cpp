@@ -237,7 +237,7 @@ class SampleDecoder {
   void pickSamples(const Block& block) {
     const std::size_t step = raster_.samplesPerPixel;
     const SampleCopy samples{layout_.bitsPerSample, block.samples, step,
-                             std::min<std::size_t>(block.samples, step - block.firstSample)};
+                             std::min<std::size_t>(block.samples, step)};
     decodeAside(block);
     for (std::uint32_t y = 0; y < block.rows; ++y) {
       samples.copy(decoded_.data() + y * rowBytes_, raster_.row(block.y + y),
