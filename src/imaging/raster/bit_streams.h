@@ -33,7 +33,7 @@ inline void storeBigEndian64(std::uint8_t* at, std::uint64_t v) {
 }
 
 /// Reads bits from the highest of each byte on. After the end of the data it reads zeros;
-/// `overran` tells that some of those have been used.
+/// `overran` is true when some of those have been used.
 class BitReader {
  public:
   explicit BitReader(ByteView data) : data_(data) {}

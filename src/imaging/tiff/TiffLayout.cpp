@@ -73,153 +73,6 @@ void readSamples(const TiffHandle& tiff, TiffLayout& layout) {
   }
 }
 
-void readBlocks(const TiffHandle& tiff, TiffLayout& layout) {
-  TIFF* const handle = tiff.get();
-  layout.tiled = TIFFIsTiled(handle) != 0;
-  if (layout.tiled) {
-    layout.blockWidth = fieldOr(handle, TIFFTAG_TILEWIDTH, std::uint32_t{0});
-    layout.blockHeight = fieldOr(handle, TIFFTAG_TILELENGTH, std::uint32_t{0});
-    layout.blockCount = TIFFNumberOfTiles(handle);
-  } else {
-    layout.blockWidth = layout.width;
-    layout.blockHeight =
-        std::min(layout.height, fieldOr(handle, TIFFTAG_ROWSPERSTRIP, layout.height));
-    layout.blockCount = TIFFNumberOfStrips(handle);
-  }
-  const bool fits = layout.blockWidth > 0 && layout.blockHeight > 0 && layout.blockCount > 0 &&
-                    layout.blockWidth <= kLongestSide && layout.blockHeight <= kLongestSide;
-  if (!fits) throw tiff.failure("the size of its strips or tiles makes no sense");
-  const std::uint64_t bitsAcross =
-      std::uint64_t{layout.blockWidth} * layout.bitsPerSample * layout.samplesPerPixel;
-  if (layout.tiled && (layout.blockWidth % 8 != 0 || bitsAcross % 8 != 0)) {
-    throw tiff.failure("tiles of " + std::to_string(layout.blockWidth) + " pixels across");
-  }
-}
-
-// Memory that libtiff needs to decode one pixel of a strip or tile, in addition to its output.
-std::uint64_t decoderBytesPerPixel(const TiffLayout& layout, std::uint64_t sampleBytes) {
-  switch (layout.compression) {
-    case COMPRESSION_SGILOG:
-    case COMPRESSION_SGILOG24:
-      return 4;
-    case COMPRESSION_WEBP:
-      return 5;  // a 32-bit pixel and its alpha
-    case COMPRESSION_PIXARLOG:
-      return std::uint64_t{2} * layout.samplesPerPixel;
-    case COMPRESSION_LERC:
-      return 2 * sampleBytes;  // and a mask
-    default:
-      return 0;
-  }
-}
-
-// The raster, a second one when the page has to be turned, and one strip or tile: for its decoder,
-// and where libtiff cannot decode straight into the raster.
-void requireMemory(const TiffHandle& tiff, const TiffLayout& layout) {
-  const std::uint64_t raster = std::uint64_t{layout.form.rowBytes(layout.width)} * layout.height;
-  const std::uint64_t blockPixels = std::uint64_t{layout.blockWidth} * layout.blockHeight;
-  const std::uint64_t pixelBits = std::uint64_t{layout.samplesPerPixel} * layout.bitsPerSample;
-  std::uint64_t block = blockPixels * decoderBytesPerPixel(layout, (pixelBits + 7) / 8);
-  if (layout.throughRgbaReader) {
-    block += blockPixels * (sizeof(std::uint32_t) + (pixelBits + 7) / 8);
-  } else if (layout.tiled || !layout.isStoredAsKept()) {
-    block += blockPixels * pixelBits / 8;
-  }
-  try {
-    requirePageMemory(raster * (layout.turnsSideways() ? 2 : 1) + block);
-  } catch (const Failure& failure) {
-    throw tiff.failure(failure.what());
-  }
-}
-
-// A JBIG stream begins with its own size (ITU-T T.82 section 6.2.2), and its decoder takes memory
-// for it. libtiff reads and writes it with its bits reversed in fill order 1.
-void requireHonestJbig(const TiffHandle& tiff, const TiffLayout& layout) {
-  if (layout.compression != COMPRESSION_JBIG) return;
-  std::array<std::uint8_t, 12> head{};
-  tiff.file().readAt(TIFFGetStrileOffset(tiff.get(), 0), head.data(), head.size());
-  if (fieldOr(tiff.get(), TIFFTAG_FILLORDER, std::uint16_t{FILLORDER_MSB2LSB}) ==
-      FILLORDER_MSB2LSB) {
-    TIFFReverseBits(head.data(), head.size());
-  }
-  const auto number = [&head](std::size_t at) {
-    return std::uint32_t{head[at]} << 24 | head[at + 1] << 16 | head[at + 2] << 8 | head[at + 3];
-  };
-  if (head[2] != 1 || number(4) != layout.width || number(8) != layout.height) {
-    throw tiff.failure("its JBIG stream is of another size");
-  }
-}
-
-// Strips that lie over one another would let a small file keep the decoder busy for hours.
-void requireHonestByteCounts(const TiffHandle& tiff, const TiffLayout& layout) {
-  constexpr std::uint64_t kAlwaysFine = 1U << 30;
-  std::uint64_t total = 0;
-  for (std::uint32_t i = 0; i < layout.blockCount; ++i) {
-    const std::uint64_t count = TIFFGetStrileByteCount(tiff.get(), i);
-    total += std::min(count, tiff.file().size());
-  }
-  if (total > kAlwaysFine && total / 2 > tiff.file().size()) {
-    throw tiff.failure("its strips or tiles are longer than the file");
-  }
-}
-
-}  // namespace
-
-TiffLayout readTiffLayout(const TiffHandle& tiff) {
-  TiffLayout layout;
-  readSize(tiff, layout);
-  readCompression(tiff, layout);
-  readSamples(tiff, layout);
-  readTiffColour(tiff, layout);
-  readBlocks(tiff, layout);
-  requireMemory(tiff, layout);
-  requireHonestJbig(tiff, layout);
-  requireHonestByteCounts(tiff, layout);
-  return layout;
-}
-
-namespace {
-
-constexpr double kCentimetresPerInch = 2.54;
-constexpr double kLowestDpi = 10;
-constexpr double kHighestDpi = 20000;
-
-double valueOf(TIFF* tiff, ttag_t tag) {
-  float value = 0;
-  return TIFFGetField(tiff, tag, &value) == 1 ? value : 0;
-}
-
-std::optional<double> credible(double dpi) {
-  if (!(dpi >= kLowestDpi && dpi <= kHighestDpi)) return std::nullopt;  // a NaN as well
-  return dpi;
-}
-
-// Without a unit the values tell only the shape of a pixel.
-Resolution ofPixelShape(double x, double y) {
-  const Resolution unstated;
-  const double scale = unstated.x / std::max(x, y);
-  if (x == y || !credible(scale * x) || !credible(scale * y)) return unstated;
-  return {scale * x, scale * y, true};
-}
-
-}  // namespace
-
-Resolution tiffResolution(TIFF* tiff) {
-  std::uint16_t unit = RESUNIT_INCH;
-  TIFFGetFieldDefaulted(tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
-  const double x = valueOf(tiff, TIFFTAG_XRESOLUTION);
-  const double y = valueOf(tiff, TIFFTAG_YRESOLUTION);
-  if (unit == RESUNIT_NONE) return ofPixelShape(x, y);
-  if (unit != RESUNIT_INCH && unit != RESUNIT_CENTIMETER) return {};
-  const double unitsPerInch = unit == RESUNIT_CENTIMETER ? kCentimetresPerInch : 1;
-  const std::optional<double> dpiX = credible(x * unitsPerInch);
-  const std::optional<double> dpiY = credible(y * unitsPerInch);
-  if (!dpiX && !dpiY) return {};
-  return {dpiX ? *dpiX : *dpiY, dpiY ? *dpiY : *dpiX, true};
-}
-
-namespace {
-
 bool isJpeg(std::uint16_t compression) {
   return compression == COMPRESSION_JPEG || compression == COMPRESSION_OJPEG;
 }
@@ -334,9 +187,9 @@ void setRgbForm(TiffLayout& layout) {
   layout.form.extraSample = ExtraSample::None;
 }
 
-}  // namespace
-
-void readTiffColour(const TiffHandle& tiff, TiffLayout& layout) {
+// What the sample values mean: fills photometric, form and the way of decoding from the size and
+// samples in `layout`.
+void readColour(const TiffHandle& tiff, TiffLayout& layout) {
   const std::uint16_t bits = layout.bitsPerSample;
   if (bits != 1 && bits != 2 && bits != 4 && bits != 8 && bits != 16) {
     throw tiff.failure(std::to_string(bits) + " bits a sample are not supported");
@@ -366,6 +219,151 @@ void readTiffColour(const TiffHandle& tiff, TiffLayout& layout) {
   } else if (layout.photometric == PHOTOMETRIC_YCBCR) {
     TIFFSetField(tiff.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
   }
+}
+
+void readBlocks(const TiffHandle& tiff, TiffLayout& layout) {
+  TIFF* const handle = tiff.get();
+  layout.tiled = TIFFIsTiled(handle) != 0;
+  if (layout.tiled) {
+    layout.blockWidth = fieldOr(handle, TIFFTAG_TILEWIDTH, std::uint32_t{0});
+    layout.blockHeight = fieldOr(handle, TIFFTAG_TILELENGTH, std::uint32_t{0});
+    layout.blockCount = TIFFNumberOfTiles(handle);
+  } else {
+    layout.blockWidth = layout.width;
+    layout.blockHeight =
+        std::min(layout.height, fieldOr(handle, TIFFTAG_ROWSPERSTRIP, layout.height));
+    layout.blockCount = TIFFNumberOfStrips(handle);
+  }
+  const bool fits = layout.blockWidth > 0 && layout.blockHeight > 0 && layout.blockCount > 0 &&
+                    layout.blockWidth <= kLongestSide && layout.blockHeight <= kLongestSide;
+  if (!fits) throw tiff.failure("the size of its strips or tiles makes no sense");
+  const std::uint64_t bitsAcross =
+      std::uint64_t{layout.blockWidth} * layout.bitsPerSample * layout.samplesPerPixel;
+  if (layout.tiled && (layout.blockWidth % 8 != 0 || bitsAcross % 8 != 0)) {
+    throw tiff.failure("tiles of " + std::to_string(layout.blockWidth) + " pixels across");
+  }
+}
+
+// Memory that libtiff needs to decode one pixel of a strip or tile, in addition to its output.
+std::uint64_t decoderBytesPerPixel(const TiffLayout& layout, std::uint64_t sampleBytes) {
+  switch (layout.compression) {
+    case COMPRESSION_SGILOG:
+    case COMPRESSION_SGILOG24:
+      return 4;
+    case COMPRESSION_WEBP:
+      return 5;  // a 32-bit pixel and its alpha
+    case COMPRESSION_PIXARLOG:
+      return std::uint64_t{2} * layout.samplesPerPixel;
+    case COMPRESSION_LERC:
+      return 2 * sampleBytes;  // and a mask
+    default:
+      return 0;
+  }
+}
+
+// The raster, a second one when the page has to be turned, and one strip or tile: for its decoder,
+// and where libtiff cannot decode straight into the raster.
+void requireMemory(const TiffHandle& tiff, const TiffLayout& layout) {
+  const std::uint64_t raster = std::uint64_t{layout.form.rowBytes(layout.width)} * layout.height;
+  const std::uint64_t blockPixels = std::uint64_t{layout.blockWidth} * layout.blockHeight;
+  const std::uint64_t pixelBits = std::uint64_t{layout.samplesPerPixel} * layout.bitsPerSample;
+  std::uint64_t block = blockPixels * decoderBytesPerPixel(layout, (pixelBits + 7) / 8);
+  if (layout.throughRgbaReader) {
+    block += blockPixels * (sizeof(std::uint32_t) + (pixelBits + 7) / 8);
+  } else if (layout.tiled || !layout.isStoredAsKept()) {
+    block += blockPixels * pixelBits / 8;
+  }
+  try {
+    requirePageMemory(raster * (layout.turnsSideways() ? 2 : 1) + block);
+  } catch (const Failure& failure) {
+    throw tiff.failure(failure.what());
+  }
+}
+
+// A JBIG stream begins with its own size (ITU-T T.82 section 6.2.2), and its decoder takes memory
+// for it. libtiff reads and writes it with its bits reversed in fill order 1.
+void requireHonestJbig(const TiffHandle& tiff, const TiffLayout& layout) {
+  if (layout.compression != COMPRESSION_JBIG) return;
+  std::array<std::uint8_t, 12> head{};
+  tiff.file().readAt(TIFFGetStrileOffset(tiff.get(), 0), head.data(), head.size());
+  if (fieldOr(tiff.get(), TIFFTAG_FILLORDER, std::uint16_t{FILLORDER_MSB2LSB}) ==
+      FILLORDER_MSB2LSB) {
+    TIFFReverseBits(head.data(), head.size());
+  }
+  const auto number = [&head](std::size_t at) {
+    return std::uint32_t{head[at]} << 24 | head[at + 1] << 16 | head[at + 2] << 8 | head[at + 3];
+  };
+  if (head[2] != 1 || number(4) != layout.width || number(8) != layout.height) {
+    throw tiff.failure("its JBIG stream is of another size");
+  }
+}
+
+// Strips that overlap would let a small file keep the decoder busy for hours.
+void requireHonestByteCounts(const TiffHandle& tiff, const TiffLayout& layout) {
+  constexpr std::uint64_t kAlwaysFine = 1U << 30;
+  std::uint64_t total = 0;
+  for (std::uint32_t i = 0; i < layout.blockCount; ++i) {
+    const std::uint64_t count = TIFFGetStrileByteCount(tiff.get(), i);
+    total += std::min(count, tiff.file().size());
+  }
+  if (total > kAlwaysFine && total / 2 > tiff.file().size()) {
+    throw tiff.failure("its strips or tiles are longer than the file");
+  }
+}
+
+}  // namespace
+
+TiffLayout readTiffLayout(const TiffHandle& tiff) {
+  TiffLayout layout;
+  readSize(tiff, layout);
+  readCompression(tiff, layout);
+  readSamples(tiff, layout);
+  readColour(tiff, layout);
+  readBlocks(tiff, layout);
+  requireMemory(tiff, layout);
+  requireHonestJbig(tiff, layout);
+  requireHonestByteCounts(tiff, layout);
+  return layout;
+}
+
+namespace {
+
+constexpr double kCentimetresPerInch = 2.54;
+constexpr double kLowestDpi = 10;
+constexpr double kHighestDpi = 20000;
+
+double valueOf(TIFF* tiff, ttag_t tag) {
+  float value = 0;
+  return TIFFGetField(tiff, tag, &value) == 1 ? value : 0;
+}
+
+std::optional<double> credible(double dpi) {
+  if (!(dpi >= kLowestDpi && dpi <= kHighestDpi)) return std::nullopt;  // a NaN as well
+  return dpi;
+}
+
+// Without a unit the values tell only the shape of a pixel.
+Resolution ofPixelShape(double x, double y) {
+  const Resolution unstated;
+  const double scale = unstated.x / std::max(x, y);
+  if (x == y || !credible(scale * x) || !credible(scale * y)) return unstated;
+  return {scale * x, scale * y, true};
+}
+
+}  // namespace
+
+Resolution tiffResolution(TIFF* tiff) {
+  std::uint16_t unit = RESUNIT_INCH;
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_RESOLUTIONUNIT, &unit);
+  const double x = valueOf(tiff, TIFFTAG_XRESOLUTION);
+  const double y = valueOf(tiff, TIFFTAG_YRESOLUTION);
+  if (unit == RESUNIT_NONE) return ofPixelShape(x, y);
+  if (unit != RESUNIT_INCH && unit != RESUNIT_CENTIMETER) return {};
+  const double unitsPerInch = unit == RESUNIT_CENTIMETER ? kCentimetresPerInch : 1;
+  const std::optional<double> dpiX = credible(x * unitsPerInch);
+  const std::optional<double> dpiY = credible(y * unitsPerInch);
+  if (!dpiX && !dpiY) return {};
+  return {dpiX ? *dpiX : *dpiY, dpiY ? *dpiY : *dpiX, true};
 }
 
 }  // namespace orvane

@@ -48,9 +48,4 @@ TiffLayout readTiffLayout(const TiffHandle& tiff);
 /// resolution, whose finer direction then counts as 200; equal ones state nothing.
 Resolution tiffResolution(TIFF* tiff);
 
-/// Reads what the sample values of the current directory mean: fills photometric, form and the way
-/// of decoding from the size and samples in `layout`. Throws Failure for colours that are not
-/// supported.
-void readTiffColour(const TiffHandle& tiff, TiffLayout& layout);
-
 }  // namespace orvane

@@ -52,7 +52,7 @@ struct Range {
   std::uint64_t length = 0;
 };
 
-// Where the page's first JPEG stream stands; empty for a page without one.
+// The range of the page's first JPEG stream; empty for a page without one.
 Range firstJpegStream(TIFF* tiff, const TiffLayout& layout) {
   Range stream;
   if (layout.compression == COMPRESSION_JPEG) {
@@ -64,8 +64,8 @@ Range firstJpegStream(TIFF* tiff, const TiffLayout& layout) {
   return stream;
 }
 
-// Walks the marker segments in front of the first scan (ITU-T T.81 annex B). Where something else
-// stands, the profile ends; the decoder will tell.
+// Walks the marker segments in front of the first scan (ITU-T T.81 annex B). The
+// profile ends at anything else, which the decoder will report.
 SegmentedProfile readSegments(const ImageFile& file, Range stream) {
   constexpr std::uint8_t kStartOfScan = 0xDA;
   constexpr int kMostSegments = 2000;  // a hostile stream could have millions

@@ -113,7 +113,7 @@ TEST_F(TiffFileTest, ResolutionsAreTheNearestFractions) {
 
 using TiffDeletePage = TiffFileTest;
 
-// tiffsplit copies strips as they lie, and makes the same file of the same page.
+// tiffsplit copies strips unchanged and makes the same file of the same page.
 TEST_F(TiffDeletePage, TheOtherPagesStayAsTheyAre) {
   const TiffKind rgb{.samples = 3, .photometric = PHOTOMETRIC_RGB};
   const std::pair<TiffKind, std::string> kinds[] = {
