@@ -102,6 +102,17 @@ std::wstring embedProfile(const LoadedPage& page, EncodedImage& image, Container
   return misfit;
 }
 
+// What decides the codec and its parameters, apart from the container and the resolution.
+std::pair<std::int32_t, std::optional<JpegFactors>> codecOf(Container container,
+                                                            const SaveSettings& settings) {
+  if (container == Container::Jpeg) return {0, settings.jpegFactors};
+  const bool isPdf = container == Container::Pdf;
+  const std::int32_t code = isPdf ? settings.pdfCompression : settings.tiffCompression;
+  if (code != (isPdf ? std::int32_t{kPdfJpeg} : std::int32_t{kTiffJpeg}))
+    return {code, std::nullopt};
+  return {code, settings.jpegFactors};
+}
+
 }  // namespace
 
 Container containerOf(std::int32_t outputType) {
@@ -118,21 +129,6 @@ Container containerOf(std::int32_t outputType) {
       throw Failure("no file form has the code " + std::to_string(outputType));
   }
 }
-
-namespace {
-
-// What decides the codec and its parameters, apart from the container and the resolution.
-std::pair<std::int32_t, std::optional<JpegFactors>> codecOf(Container container,
-                                                            const SaveSettings& settings) {
-  if (container == Container::Jpeg) return {0, settings.jpegFactors};
-  const bool isPdf = container == Container::Pdf;
-  const std::int32_t code = isPdf ? settings.pdfCompression : settings.tiffCompression;
-  if (code != (isPdf ? std::int32_t{kPdfJpeg} : std::int32_t{kTiffJpeg}))
-    return {code, std::nullopt};
-  return {code, settings.jpegFactors};
-}
-
-}  // namespace
 
 bool encodeAlike(const SaveSettings& one, const SaveSettings& other) {
   if (one.outputType != other.outputType) return false;

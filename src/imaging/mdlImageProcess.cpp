@@ -94,22 +94,29 @@ void setCodes(ImagingEngine& ImgControl, const SaveChoice& choice) {
   if (codes.isPlainPdf) ImgControl.PdfCompression(kPdfNone);
 }
 
-bool savePage(ImagingEngine& ImgControl) {
-  ImgControl.SaveFile();
-  windowServices().yield();
-  const bool saved = ImgControl.ImagError() == 0;
-  ClearControl(ImgControl);
-  return saved;
-}
-
-// The error number is read after the clear, so it is that of the clear itself.
-bool giveUp(ImagingEngine& ImgControl, const std::wstring& prefix, const std::exception& failure) {
-  ImgControl.SaveMultiPage(false);
-  ClearControl(ImgControl);
-  mdlFolderAndFile::LogWrite(prefix + description(failure) + L" ImgControl.ImagError =" +
-                                 std::to_wstring(ImgControl.ImagError()),
-                             kApplicationTitle);
-  return false;
+// Loads a page, saves it and clears the instance. A failure is logged with the name of the saver.
+bool savePage(const std::wstring& saver, ImagingEngine& ImgControl, const std::wstring& ImagePath,
+              std::int16_t PageNum, const std::wstring& sSaveFilePath, const SaveChoice& choice,
+              bool bSaveMultiPage) {
+  try {
+    loadPage(ImgControl, ImagePath, PageNum, bSaveMultiPage);
+    setTarget(ImgControl, sSaveFilePath);
+    setCodes(ImgControl, choice);
+    ImgControl.SaveFile();
+    windowServices().yield();
+    const bool saved = ImgControl.ImagError() == 0;
+    ClearControl(ImgControl);
+    return saved;
+  } catch (const std::exception& failure) {
+    ImgControl.SaveMultiPage(false);
+    ClearControl(ImgControl);
+    // The error number is read after the clear, so it is that of the clear itself.
+    mdlFolderAndFile::LogWrite(L"mdlImageProcess-" + saver + L"-" + description(failure) +
+                                   L" ImgControl.ImagError =" +
+                                   std::to_wstring(ImgControl.ImagError()),
+                               kApplicationTitle);
+    return false;
+  }
 }
 
 }  // namespace
@@ -117,27 +124,17 @@ bool giveUp(ImagingEngine& ImgControl, const std::wstring& prefix, const std::ex
 bool SaveImage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
                const std::wstring& sSaveFilePath, bool bCompression, std::int16_t CompressionRatios,
                bool bSaveMultiPage) {
-  try {
-    loadPage(ImgControl, ImagePath, PageNum, bSaveMultiPage);
-    setTarget(ImgControl, sSaveFilePath);
-    setCodes(ImgControl, {false, isJpgName(sSaveFilePath), bCompression, CompressionRatios});
-    return savePage(ImgControl);
-  } catch (const std::exception& failure) {
-    return giveUp(ImgControl, L"mdlImageProcess-SaveImage-", failure);
-  }
+  const SaveChoice choice{false, isJpgName(sSaveFilePath), bCompression, CompressionRatios};
+  return savePage(L"SaveImage", ImgControl, ImagePath, PageNum, sSaveFilePath, choice,
+                  bSaveMultiPage);
 }
 
 bool SavePDF(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
              const std::wstring& sSaveFilePath, bool bCompression, std::int16_t CompressionRatios,
              bool bSaveMultiPage) {
-  try {
-    loadPage(ImgControl, ImagePath, PageNum, bSaveMultiPage);
-    setTarget(ImgControl, sSaveFilePath);
-    setCodes(ImgControl, {true, isJpgName(sSaveFilePath), bCompression, CompressionRatios});
-    return savePage(ImgControl);
-  } catch (const std::exception& failure) {
-    return giveUp(ImgControl, L"mdlImageProcess-SavePDF-", failure);
-  }
+  const SaveChoice choice{true, isJpgName(sSaveFilePath), bCompression, CompressionRatios};
+  return savePage(L"SavePDF", ImgControl, ImagePath, PageNum, sSaveFilePath, choice,
+                  bSaveMultiPage);
 }
 
 bool SaveImageEx(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath, bool bCompression,

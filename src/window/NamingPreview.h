@@ -30,7 +30,7 @@ class NamingPreview {
  private:
   struct Tip {
     QWidget* control;
-    QString constant;  ///< the part that does not depend on the options
+    QString constant;  ///< the text that does not depend on the options
   };
 
   QComboBox& cboRenameType_;

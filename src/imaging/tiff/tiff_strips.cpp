@@ -39,24 +39,19 @@ std::optional<std::vector<Bytes>> readFaxStrips(const TiffHandle& tiff, const Ti
   return strips;
 }
 
-}  // namespace
-
-std::optional<EncodedImage> readGroup4Strips(const TiffHandle& tiff, const TiffLayout& layout) {
-  if (layout.compression != COMPRESSION_CCITTFAX4 || layout.tiled) return std::nullopt;
-  std::optional<std::vector<Bytes>> strips = readFaxStrips(tiff, layout);
-  if (!strips) return std::nullopt;
-
+EncodedImage imageOfStrips(const TiffLayout& layout, Compression compression,
+                           std::vector<Bytes> strips) {
   EncodedImage image;
   image.width = layout.width;
   image.height = layout.height;
+  image.bitsPerSample = layout.bitsPerSample;
+  image.samplesPerPixel = layout.samplesPerPixel;
   image.photometric = static_cast<Photometric>(layout.photometric);
-  image.compression = Compression::Group4;
+  image.compression = compression;
   image.rowsPerStrip = layout.blockHeight;
-  image.strips = *std::move(strips);
+  image.strips = std::move(strips);
   return image;
 }
-
-namespace {
 
 constexpr std::size_t kMarkerSize = 2;  // of start-of-image and end-of-image
 
@@ -82,29 +77,6 @@ void putTablesIn(Bytes& strip, ByteView tables) {
   if (strip.size() < kMarkerSize) return;
   strip.insert(strip.begin() + kMarkerSize, tables.begin(), tables.end());
 }
-
-}  // namespace
-
-std::optional<EncodedImage> readJpegStrips(const TiffHandle& tiff, const TiffLayout& layout) {
-  if (!isPlainJpeg(layout)) return std::nullopt;
-  std::optional<std::vector<Bytes>> strips = readStrips(tiff, layout);
-  if (!strips) return std::nullopt;
-
-  EncodedImage image;
-  image.width = layout.width;
-  image.height = layout.height;
-  image.bitsPerSample = layout.bitsPerSample;
-  image.samplesPerPixel = layout.samplesPerPixel;
-  image.photometric = static_cast<Photometric>(layout.photometric);
-  image.compression = Compression::Jpeg;
-  image.rowsPerStrip = layout.blockHeight;
-  image.strips = *std::move(strips);
-  const ByteView tables = sharedTables(tiff.get());
-  for (Bytes& strip : image.strips) putTablesIn(strip, tables);
-  return image;
-}
-
-namespace {
 
 constexpr unsigned kEndOfLineZeros = 11;  // at least; no row holds as many in a row
 constexpr unsigned kReturnToControl = 6;  // end-of-line codes
@@ -134,6 +106,22 @@ std::optional<std::uint32_t> rowsBeforeReturnToControl(ByteView strip, bool hasT
 }
 
 }  // namespace
+
+std::optional<EncodedImage> readGroup4Strips(const TiffHandle& tiff, const TiffLayout& layout) {
+  if (layout.compression != COMPRESSION_CCITTFAX4 || layout.tiled) return std::nullopt;
+  std::optional<std::vector<Bytes>> strips = readFaxStrips(tiff, layout);
+  if (!strips) return std::nullopt;
+  return imageOfStrips(layout, Compression::Group4, *std::move(strips));
+}
+
+std::optional<EncodedImage> readJpegStrips(const TiffHandle& tiff, const TiffLayout& layout) {
+  if (!isPlainJpeg(layout)) return std::nullopt;
+  std::optional<std::vector<Bytes>> strips = readStrips(tiff, layout);
+  if (!strips) return std::nullopt;
+  const ByteView tables = sharedTables(tiff.get());
+  for (Bytes& strip : *strips) putTablesIn(strip, tables);
+  return imageOfStrips(layout, Compression::Jpeg, *std::move(strips));
+}
 
 std::optional<StripRows> rowsBeforeReturnToControl(const TiffHandle& tiff,
                                                    const TiffLayout& layout) {
