@@ -21,11 +21,12 @@ std::size_t mostRowBytes(std::int32_t width) {
   return static_cast<std::size_t>(width) * 10 / 8 + 64;
 }
 
-void put(BitWriter& bits, Code code) {
+template <typename Bits>
+void put(Bits& bits, Code code) {
   bits.put(code.bits, code.length);
 }
 
-void putRun(BitWriter& bits, bool black, std::int32_t run) {
+void putRun(BitPen& bits, bool black, std::int32_t run) {
   const RunCodes& codes = kRunCodes[black];
   const auto makeUp = [&codes](std::int32_t units) {
     return codes[static_cast<std::size_t>(kMakeUpUnit + units - 1)];
@@ -45,7 +46,7 @@ void putRun(BitWriter& bits, bool black, std::int32_t run) {
 void Group4RowWriter::writeRow(const ChangingElements& reference, const ChangingElements& row) {
   const std::int32_t width = row.width();
   bits_.reserve(mostRowBytes(width));
-  BitWriter& bits = bits_;
+  BitPen bits = bits_.pen();
   const std::int32_t* b1 = reference.first();
   const std::int32_t* a1 = row.first();
   std::int32_t a0 = 0;
@@ -60,7 +61,7 @@ void Group4RowWriter::writeRow(const ChangingElements& reference, const Changing
     const std::int32_t offset = *a1 - *b1;
     if (-kMaxOffset <= offset && offset <= kMaxOffset) {
       put(bits, kVerticalCodes[verticalIndex(offset)]);
-      if (*a1 == width) return;
+      if (*a1 == width) break;
       a0 = *a1++;
       black = !black;
       b1 += b1[-1] > a0 ? -1 : 1;
@@ -68,12 +69,13 @@ void Group4RowWriter::writeRow(const ChangingElements& reference, const Changing
       put(bits, codeOf(kHorizontal));
       putRun(bits, black, a1[0] - a0);
       putRun(bits, !black, a1[1] - a1[0]);
-      if (a1[1] == width) return;
+      if (a1[1] == width) break;
       a0 = a1[1];
       a1 += 2;
     }
     while (*b1 <= a0) b1 += 2;
   }
+  bits_.pen() = bits;
 }
 
 void Group4RowWriter::copyRows(ByteView strip, std::size_t from, std::size_t to) {
