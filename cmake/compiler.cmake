@@ -57,6 +57,8 @@ endfunction()
 set(headers <algorithm> <array> <cstdint> <filesystem> <functional> <map> <memory> <optional>
             <string> <string_view> <utility> <vector>)
 orvane_headers(src_headers HEADERS ${headers})
+orvane_headers(window_headers HEADERS ${headers} <QApplication> <QComboBox> <QLineEdit> <QPainter>
+               <QPlainTextEdit> <QPushButton> <QScreen> <QTreeWidget> <QWidget> LINK Qt6::Widgets)
 # Tests are compiled without optimisation in every preset, because compiling takes longer than running.
 set(testOptions -O0 -fPIC)
 if(ORVANE_SANITIZE)  # ./test builds all tests in this preset
@@ -64,16 +66,22 @@ if(ORVANE_SANITIZE)  # ./test builds all tests in this preset
                  LINK GTest::gmock OPTIONS ${testOptions})
 endif()
 
+function(orvane_use_headers target headers)
+  target_compile_options(${target} PRIVATE ${pchOptions})
+  target_precompile_headers(${target} REUSE_FROM ${headers})
+endfunction()
+
 # The library of a folder of src. Headers are included by their path below src/, for example
-# "foundation/path_text.h". WITH_QT: the precompiled headers are not used, because the flags differ.
+# "foundation/path_text.h". WITH_QT: it uses Qt Widgets.
 function(orvane_library name)
   cmake_parse_arguments(ARG "WITH_QT" "" "SOURCES;LINK" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${ARG_LINK})
-  if(NOT ARG_WITH_QT)
-    target_compile_options(${name} PRIVATE ${pchOptions})
-    target_precompile_headers(${name} REUSE_FROM src_headers)
+  if(ARG_WITH_QT)
+    orvane_use_headers(${name} window_headers)
+  else()
+    orvane_use_headers(${name} src_headers)
   endif()
 endfunction()
 
@@ -87,8 +95,7 @@ function(orvane_test name)
   target_link_libraries(${name} PRIVATE ${ARG_LINK} GTest::gmock_main)
   target_compile_options(${name} PRIVATE ${testOptions})
   if(ORVANE_SANITIZE)
-    target_compile_options(${name} PRIVATE ${pchOptions})
-    target_precompile_headers(${name} REUSE_FROM test_headers)
+    orvane_use_headers(${name} test_headers)
   endif()
   add_test(NAME ${name} COMMAND ${name})
   if(ARG_IN_RELEASE)
