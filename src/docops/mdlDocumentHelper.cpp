@@ -130,7 +130,7 @@ class MergedDocument {
   }
 
   std::wstring copyPage(const std::wstring& source, const std::wstring& page) {
-    const std::wstring name = freePageName(page);
+    std::wstring name = freePageName(page);
     unlistedFiles_.push_back(folder_ + name + L".tif");
     if (!mdlFolderAndFile::DialogFileCopy(source, unlistedFiles_.back())) {
       unlistedFiles_.pop_back();

@@ -39,7 +39,7 @@ fs::path freeNameIn(const fs::path& folder) {
   constexpr int kMostLeftovers = 100;  // of killed processes
   const std::string stem = ".orvane-" + std::to_string(getpid()) + "-";
   for (int i = 0; i < kMostLeftovers; ++i) {
-    const fs::path name = folder / (stem + std::to_string(i) + ".tmp");
+    fs::path name = folder / (stem + std::to_string(i) + ".tmp");
     struct stat status {};
     if (lstat(name.c_str(), &status) != 0) return name;
   }

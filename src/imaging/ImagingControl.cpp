@@ -112,7 +112,7 @@ void ImagingControl::load(const std::wstring& path) {
   if (pagesAhead_ && pageNumber_ == 1) {
     if (auto page = pagesAhead_->take(path, settings_)) {
       page_ = std::move(page->loaded);
-      ahead_ = {std::move(page->settings), std::move(page->encoded)};
+      ahead_ = {page->settings, std::move(page->encoded)};
       return;
     }
   }

@@ -2,6 +2,7 @@
 
 #include <QAccessibleWidget>
 #include <QPointer>
+#include <memory>
 #include <unordered_map>
 
 #include "window/ProgressListView.h"
@@ -71,7 +72,9 @@ class AccessibleList : public QAccessibleWidget {
     if (lines_.size() >= kMostKept) forgetLines();
     const auto [line, isNew] = lines_.try_emplace(row);
     if (isNew) {
-      line->second = QAccessible::registerAccessibleInterface(new AccessibleLine(list_, row));
+      auto accessible = std::make_unique<AccessibleLine>(list_, row);
+      // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): Qt deletes a registered interface
+      line->second = QAccessible::registerAccessibleInterface(accessible.release());
     }
     return QAccessible::accessibleInterface(line->second);
   }

@@ -21,7 +21,7 @@ struct ToolbarButton {
 
 /// The only window of the program: the options on the left, the progress list on the right. It owns
 /// the export options, the six imaging instances and the list, which a run uses directly.
-class frmMain : public QWidget, public RunHost, public FormOperations {
+class frmMain final : public QWidget, public RunHost, public FormOperations {
  public:
   /// `run` exports the batches. `endProcess` ends the process at once, even during a run.
   frmMain(std::function<void(RunHost&)> run, std::function<void()> endProcess);

@@ -47,8 +47,8 @@ class AxisMap {
   void addArea(double from, double to) {
     const auto first = static_cast<std::uint32_t>(from);
     firsts_.push_back(first);
-    for (double pixel = first; pixel < to - 1e-7; pixel += 1.0) {
-      const double covered = std::min(to, pixel + 1.0) - std::max(from, pixel);
+    for (std::uint32_t pixel = first; pixel < to - 1e-7; ++pixel) {
+      const double covered = std::min(to, pixel + 1.0) - std::max<double>(from, pixel);
       weights_.push_back(static_cast<float>(covered / (to - from)));
     }
   }

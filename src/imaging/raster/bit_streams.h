@@ -29,6 +29,7 @@ inline std::uint64_t loadBigEndian64(const std::uint8_t* at) {
 
 inline void storeBigEndian64(std::uint8_t* at, std::uint64_t v) {
   if constexpr (std::endian::native == std::endian::little) v = swapBytes(v);
+  // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): BitWriter::reserve has set the place
   std::memcpy(at, &v, sizeof v);
 }
 
