@@ -6,7 +6,7 @@
 #include <string>
 
 #include "docops/mdlDocumentHelper.h"
-#include "imaging/ImagingInstances.h"
+#include "imaging/ImagingEngine.h"
 
 namespace orvane {
 

@@ -16,7 +16,7 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
-#include "imaging/ImagingInstances.h"
+#include "imaging/ImagingEngine.h"
 
 namespace orvane::mdlDocumentHelper {
 namespace {

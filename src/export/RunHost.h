@@ -4,7 +4,7 @@
 
 #include "export/RunProgress.h"
 #include "foundation/WindowServices.h"
-#include "imaging/ImagingInstances.h"
+#include "imaging/ImagingEngine.h"
 #include "settings/ExportSettings.h"
 
 namespace orvane {

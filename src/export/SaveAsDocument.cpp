@@ -12,7 +12,7 @@
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
-#include "imaging/ImagingInstances.h"
+#include "imaging/ImagingEngine.h"
 #include "imaging/mdlImageProcess.h"
 
 namespace orvane::mdlDocumentHelper {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "foundation/WindowServices.h"
-#include "imaging/ImagingInstances.h"
+#include "imaging/ImagingEngine.h"
 
 namespace orvane {
 

@@ -1,6 +1,9 @@
 #include "imaging/ImagingControl.h"
 
 #include <cerrno>
+#include <cstdint>
+#include <limits>
+#include <map>
 #include <new>
 #include <string>
 #include <utility>
@@ -11,7 +14,6 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 #include "foundation/utf8_text.h"
-#include "imaging/BitmapHandles.h"
 #include "imaging/encode_page.h"
 #include "imaging/jpeg/jpeg.h"
 #include "imaging/operations/crop.h"
@@ -21,6 +23,35 @@
 #include "imaging/operations/skew.h"
 
 namespace orvane {
+namespace {
+
+// The bitmaps that CopyDIB has given out and hDIB has not yet taken, by their handles.
+class BitmapHandles {
+ public:
+  std::int32_t put(Bitmap bitmap) {
+    last_ = last_ == std::numeric_limits<std::int32_t>::max() ? 1 : last_ + 1;
+    bitmaps_.insert_or_assign(last_, std::move(bitmap));
+    return last_;
+  }
+
+  Bitmap take(std::int32_t handle) {
+    auto found = bitmaps_.extract(handle);
+    if (found.empty()) throw Failure("no bitmap has the handle " + std::to_string(handle));
+    return std::move(found.mapped());
+  }
+
+ private:
+  std::map<std::int32_t, Bitmap> bitmaps_;
+  std::int32_t last_ = 0;
+};
+
+// One table for all instances of the process.
+BitmapHandles& bitmapHandles() {
+  static BitmapHandles handles;
+  return handles;
+}
+
+}  // namespace
 
 template <typename Operation>
 auto ImagingControl::guarded(const std::wstring& path, Operation operation) {

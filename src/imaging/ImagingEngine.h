@@ -134,4 +134,20 @@ enum TiffCode : std::int32_t { kTiffNone = 0, kTiffGroup4 = 3, kTiffLzw = 4, kTi
 /// Codes of `PdfCompression`.
 enum PdfCode : std::int32_t { kPdfNone = 0, kPdfGroup4 = 4, kPdfJpeg = 6 };
 
+/// The six instances of one host, in the order of their reset.
+struct ImagingInstances {
+  ImagingEngine& ImgControl;
+  ImagingEngine& ImgCrop;
+  ImagingEngine& ImgDelete;
+  ImagingEngine& ImgInsert;
+  ImagingEngine& ImgMerge;
+  ImagingEngine& ImgPageCount;
+};
+
+/// Empties one instance: `SourceFile` "", `Refresh`, `Picture` nothing. Save settings stay.
+void ClearControl(ImagingEngine& ImgControl);
+
+/// `ClearControl` on all six instances. A failure inside reaches the caller.
+void ResetImagingControls(const ImagingInstances& instances);
+
 }  // namespace orvane

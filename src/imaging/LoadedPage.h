@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "imaging/BitmapHandles.h"
+#include "foundation/Bytes.h"
 #include "imaging/group4/group4.h"
 #include "imaging/jpeg/jpeg.h"
 #include "imaging/raster/EncodedImage.h"
@@ -12,6 +12,13 @@
 #include "imaging/tiff/TiffPage.h"
 
 namespace orvane {
+
+/// A bitmap on its way from one instance to another.
+struct Bitmap {
+  Raster pixels;
+  Resolution resolution;
+  Bytes iccProfile;  ///< of the page that was copied; empty: none
+};
 
 /// The state of a page's image data, as far as it was read.
 struct DataState {

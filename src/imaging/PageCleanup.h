@@ -4,7 +4,7 @@
 #include <string>
 
 #include "foundation/WindowServices.h"
-#include "imaging/ImagingInstances.h"
+#include "imaging/ImagingEngine.h"
 
 /// The settings of the page clean-up. A host sets them before it calls `ImageDocProcess`; nothing
 /// in the program does. With the start values a page is only filtered and saved again.

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "foundation/WindowServices.h"
-#include "imaging/ImagingInstances.h"
+#include "imaging/ImagingEngine.h"
 #include "imaging/RecordingEngine.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "foundation/Bytes.h"
-#include "imaging/pdf/srgb_profile.h"
+#include "imaging/raster/icc_profile.h"
 
 namespace orvane::test {
 

@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "foundation/OutputFile.h"
-#include "imaging/pdf/srgb_profile.h"
+#include "imaging/raster/icc_profile.h"
 
 namespace orvane {
 namespace {

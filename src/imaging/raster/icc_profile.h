@@ -27,6 +27,10 @@ std::wstring iccMisfit(ByteView profile, Photometric photometric);
 /// section 4.5.4), for the log; empty when it can.
 std::wstring iccMisfitInPdf(ByteView profile);
 
+/// An ICC profile (ICC.1:2001-04, version 2.1, monitor class) of sRGB, computed from
+/// IEC 61966-2-1.
+std::string srgbProfile();
+
 /// An APP2 segment of a JPEG stream begins with this name, the number of the segment from 1 and the
 /// number of segments, a byte each; the rest of the segment is its part of the profile.
 constexpr std::string_view kIccSegmentName("ICC_PROFILE\0", 12);

@@ -1,4 +1,4 @@
-#include "imaging/ImagingInstances.h"
+#include "imaging/ImagingEngine.h"
 
 namespace orvane {
 
