@@ -36,7 +36,7 @@ int main(int argc, char** argv) {
   }
 
   report(L"put a cover in front", edited.AddPage(L"cover", 1));
-  report(L"move it behind the second page", edited.MovePage(1, 3));
+  report(L"move it after the second page", edited.MovePage(1, 3));
   report(L"remove the first page", edited.RemovePage(1));
   report(L"remove the cover by its name", edited.RemovePageForName(L"cover") == L"True");
   report(L"save", edited.SaveDocument());

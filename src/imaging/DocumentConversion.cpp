@@ -12,7 +12,7 @@
 namespace orvane {
 namespace {
 
-/// The busy pointer for the life of the object, so that it is given back on every way out.
+// Shows the busy pointer as long as the object lives.
 class BusyPointer {
  public:
   BusyPointer() { windowServices().showBusyPointer(true); }
@@ -46,7 +46,7 @@ std::wstring withExtension(std::wstring path, std::int16_t SaveFileType) {
   return path;
 }
 
-// What is converted would be deleted, or grow by its own pages.
+// Otherwise the source would be deleted, or its pages appended to itself.
 void requireOtherFile(const std::wstring& source, const std::wstring& target) {
   if (mdlFolderAndFile::fileSystem().IsSamePlace(source, target)) {
     throw systemFailure(EEXIST, target);
@@ -87,7 +87,7 @@ bool DocumentConversion::convert(const std::wstring& sImageFilePath, const std::
   try {
     const BusyPointer busy;
     const bool converted = save();
-    if (!converted) tellFailure(sImageFilePath);
+    if (!converted) listFailure(sImageFilePath);
     return converted;
   } catch (const std::exception& failure) {
     mdlFolderAndFile::LogWrite(L"转换PDF出错! Error-" + description(failure) + note + L"   0",
@@ -96,8 +96,8 @@ bool DocumentConversion::convert(const std::wstring& sImageFilePath, const std::
   }
 }
 
-// The line names page 1 whatever page failed.
-void DocumentConversion::tellFailure(const std::wstring& sImageFilePath) {
+// The line names page 1, whichever page failed.
+void DocumentConversion::listFailure(const std::wstring& sImageFilePath) {
   listProcessLog_.addItem(L"转换PDF:" + sImageFilePath + L"--第1页失败.");
   listProcessLog_.refresh();
 }

@@ -9,54 +9,56 @@
 
 namespace orvane {
 
-/// The conversions of `frmMain`: a multi-page image file becomes another file, or one file a page.
-/// `SaveFileType` is 0 TIFF, 1 PDF under the name ".jpg", 2 PDF; `CompressionType` 0 compresses,
-/// any other value does not. A page that fails is logged and left out; `ImagError` is not looked
-/// at. PDF pages have 200 dots per inch.
+/// The conversions of `frmMain`: a multi-page image file becomes one other file, or one file for
+/// each page. `SaveFileType` is 0 for TIFF, 1 for PDF under the name ".jpg", 2 for PDF.
+/// `CompressionType` 0 compresses, any other value does not. A page that fails is logged and
+/// skipped; `ImagError` is not checked. PDF pages have 200 dots per inch.
 class DocumentConversion {
  public:
   DocumentConversion(const ImagingInstances& instances, ProgressList& listProcessLog)
       : instances_(instances), listProcessLog_(listProcessLog) {}
 
-  /// Converts `sImageFilePath` into the one file `sChangedPDFFilePath`, which is made anew, under
-  /// the busy pointer. A failure is told in the list. `sBatchErrorLogPath` is not used. A target
-  /// that is the source, in whatever spelling and through whatever links, is refused and logged.
+  /// Converts `sImageFilePath` into the file `sChangedPDFFilePath`, replacing an older one, and
+  /// shows the busy pointer meanwhile. A failure adds a line to the list. `sBatchErrorLogPath` is
+  /// not used. A target that is the source, also by another spelling or a link, is refused and
+  /// logged.
   bool ChangeToDocPDF(const std::wstring& sImageFilePath, const std::wstring& sChangedPDFFilePath,
                       const std::wstring& sBatchErrorLogPath, std::int16_t SaveFileType,
                       std::int16_t CompressionType);
 
-  /// Converts `sImageFilePath` into one file a page in the folder `sChangedPDFRootPath`, under the
-  /// busy pointer. A failure is told in the list. `sBatchErrorLogPath` is not used. A folder name
-  /// that is the source's is refused and logged, for a file of that name would be deleted.
+  /// Converts `sImageFilePath` into one file for each page in the folder `sChangedPDFRootPath`, and
+  /// shows the busy pointer meanwhile. A failure adds a line to the list. `sBatchErrorLogPath` is
+  /// not used. The name of the source is refused as a folder name and logged, because a file of
+  /// that name is deleted first.
   bool ChangeToPagePDF(const std::wstring& sImageFilePath, const std::wstring& sChangedPDFRootPath,
                        const std::wstring& sBatchErrorLogPath, std::int16_t SaveFileType,
                        std::int16_t CompressionType);
 
-  /// Adds all pages of `PageFilePath` to the end of `SaveFilePath`. Every ".ts" in that path
-  /// becomes the extension of `SaveFileType`.
+  /// Appends all pages of `PageFilePath` to `SaveFilePath`. Every ".ts" in that path becomes the
+  /// extension of `SaveFileType`.
   bool SaveAsDocument(const std::wstring& PageFilePath, std::int16_t SaveFileType,
                       std::int16_t CompressionType, const std::wstring& SaveFilePath);
 
-  /// Saves each page of `PageFilePath` under its number, 001 and so on, in the folder
-  /// `SaveRootPath`. A page whose file exists is added to it.
+  /// Saves each page of `PageFilePath` in the folder `SaveRootPath`, under its number: 001, 002 and
+  /// so on. If the file exists, the page is appended to it.
   bool SaveAsPage(const std::wstring& PageFilePath, std::int16_t SaveFileType,
                   std::int16_t CompressionType, const std::wstring& SaveRootPath);
 
-  /// Writes one page as TIFF. An empty `sSaveFilePath` saves over the source.
+  /// Writes one page as TIFF. An empty `sSaveFilePath` overwrites the source.
   static void SaveImage(ImagingEngine& ImgControl, const std::wstring& ImagePath,
                         std::int16_t PageNum, const std::wstring& sSaveFilePath = {},
                         bool bCompression = false, bool bSaveMultiPage = false);
 
-  /// Writes one page as PDF. An empty `sSaveFilePath` saves over the source.
+  /// Writes one page as PDF. An empty `sSaveFilePath` overwrites the source.
   static void SavePDF(ImagingEngine& ImgControl, const std::wstring& ImagePath,
                       std::int16_t PageNum, const std::wstring& sSaveFilePath = {},
                       bool bCompression = false, bool bSaveMultiPage = false);
 
  private:
-  /// A failure of `save` is logged under `source`, with the note as it stands then.
+  /// A failure of `save` is logged under `source`, with the value of `note` at that time.
   bool convert(const std::wstring& sImageFilePath, const std::wstring& note,
                const std::wstring& source, const std::function<bool()>& save);
-  void tellFailure(const std::wstring& sImageFilePath);
+  void listFailure(const std::wstring& sImageFilePath);
   void savePage(const std::wstring& PageFilePath, int page, std::int16_t SaveFileType,
                 std::int16_t CompressionType, const std::wstring& target);
   std::int16_t pageCount(const std::wstring& PageFilePath);

@@ -25,7 +25,7 @@
 namespace orvane {
 namespace {
 
-// The bitmaps that CopyDIB has given out and hDIB has not yet taken, by their handles.
+// The bitmaps between CopyDIB and hDIB, by their handles.
 class BitmapHandles {
  public:
   std::int32_t put(Bitmap bitmap) {
@@ -236,7 +236,7 @@ ImagingControl::Findings ImagingControl::saveOverSource() {
   FileReplacement replacement(old.path());
   Findings found = saveTo(replacement.temporaryPath());
   std::optional<std::string> damage = found.data.damage;
-  if (!damage && imagError_ == kDamagedData) damage = toUtf8(damage_);  // met before this save
+  if (!damage && imagError_ == kDamagedData) damage = toUtf8(damage_);  // found before this save
   if (damage) throw fileFailure(sourceFile_, *damage + "; the file is not replaced");
   replacement.commit();
   return found;

@@ -84,14 +84,14 @@ class ImagingControl final : public ImagingEngine {
   template <typename Operation>
   void change(Operation operation);
 
-  /// What a save met, apart from the image.
+  /// What a save found, apart from the image.
   struct Findings {
     DataState data;
     std::wstring profileLeftOut;
   };
 
   LoadedPage& loaded();
-  /// The loaded page, which may be changed: an encoding of it counts no more.
+  /// The loaded page, which may be changed: an encoding of it is discarded.
   LoadedPage& loadedToChange();
   void load(const std::wstring& path);
   EncodedPage encode(SampleOrder order);

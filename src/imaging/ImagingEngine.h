@@ -7,11 +7,11 @@
 
 namespace orvane {
 
-/// The drawing a control shows. The program only ever takes it away, by writing nothing to
-/// `ImagingEngine::Picture`.
+/// The drawing that a control shows. The program only removes it, with
+/// `ImagingEngine::Picture(nullptr)`.
 class ImagePicture;
 
-/// What a saver is asked for. With the depth of a page it decides the codes that are written.
+/// The settings of a saver. Together with the depth of a page they decide the codes.
 struct SaveChoice {
   bool asPdf = false;
   bool isJpgName = false;  ///< the target's name ends in ".jpg"
@@ -25,32 +25,31 @@ struct ExpectedPage {
   SaveChoice choice;
 };
 
-/// Gives one expected page at each call, in the order of the export; nothing at the end.
+/// Returns the next expected page at each call, in the order of the export; nothing at the end.
 using PageForecast = std::function<std::optional<ExpectedPage>()>;
 
-/// What the program asks of one imaging instance, on one thread. An instance holds at most one
-/// loaded page, the path it came from and a set of save settings, which keep their values until
-/// written again.
+/// The interface of one imaging instance, used by one thread. An instance holds at most one loaded
+/// page, its path, and the save settings, which keep their values until they are set again.
 ///
-/// An operation fails in one of two ways. It throws Failure, with path and reason in the text, and
-/// sets `ImagError`: a file that cannot be loaded or saved at all. Or it records a number in
-/// `ImagError` and returns: a page that loads but whose image data is damaged. `ImagError` holds
-/// until the instance is cleared or loads anew. A fax page that ends properly, but before the last
-/// row that it promises, is not damaged: the missing rows are paper, and a log line tells of it.
+/// An operation fails in one of two ways. If a file cannot be loaded or saved at all, it throws
+/// Failure, with path and reason in the text, and sets `ImagError`. If a page can be loaded but its
+/// image data is damaged, it sets `ImagError` and returns. `ImagError` keeps its value until the
+/// instance is cleared or loads again. A fax page that ends properly but before its last row is not
+/// damaged: the missing rows are white, and a line is logged.
 class ImagingEngine {
  public:
   virtual ~ImagingEngine() = default;
 
-  /// Loads page `PageNumber` of the file and replaces what was loaded; "" unloads.
+  /// Loads page `PageNumber` of the file in place of the loaded page; "" unloads.
   virtual void SourceFile(const std::wstring& path) = 0;
-  /// The path last written.
+  /// The path that was set last.
   virtual std::wstring SourceFile() const = 0;
-  /// The page, from 1, that the next write of `SourceFile` loads.
+  /// The page, from 1, that `SourceFile` will load.
   virtual void PageNumber(std::int32_t page) = 0;
 
-  /// Tells which pages will be loaded and saved from now on, so that an instance can prepare them;
-  /// an empty forecast ends that. It is called while pages are loaded, on the caller's thread. One
-  /// that turns out wrong changes nothing but the time that is taken.
+  /// Sets the forecast of the pages that will be loaded and saved, so that an instance can prepare
+  /// them; an empty function removes it. It is called while pages are loaded, on the caller's
+  /// thread. A wrong forecast costs time and changes nothing else.
   virtual void expectPages(PageForecast forecast) = 0;
 
   /// Bits of one pixel of the loaded page, all samples together; 0 when nothing is loaded.
@@ -59,7 +58,7 @@ class ImagingEngine {
   virtual std::int32_t ImageWidth() const = 0;
   /// Height of the loaded page in pixels.
   virtual std::int32_t ImageHeight() const = 0;
-  /// The number of pages of a file, which need not be loaded.
+  /// The number of pages of a file. It need not be loaded.
   virtual std::int32_t FilePageCount(const std::wstring& path) = 0;
 
   /// The file that `SaveFile` writes.
@@ -70,47 +69,47 @@ class ImagingEngine {
   virtual void TiffCompression(std::int32_t code) = 0;
   /// The compression in a PDF file: a `PdfCode`.
   virtual void PdfCompression(std::int32_t code) = 0;
-  /// Luminance factor, 0 to 100: the luminance quality is 100 minus it. 20 at first.
+  /// Luminance factor, 0 to 100: the luminance quality is 100 minus the factor. Initially 20.
   virtual void JpegFactorMajor(std::int16_t factor) = 0;
-  /// Chrominance factor, 0 to 100: the chrominance quality is 100 minus it. 16 at first.
+  /// Chrominance factor, 0 to 100: the chrominance quality is 100 minus the factor. Initially 16.
   virtual void JpegFactorMinor(std::int16_t factor) = 0;
-  /// True: `SaveFile` adds the page at the end of `TargetFile`, which is created when missing.
-  /// False: it writes `TargetFile` anew with this one page.
+  /// True: `SaveFile` appends the page to `TargetFile` and creates the file if it is missing.
+  /// False: it replaces `TargetFile` by a file with this page only.
   virtual void SaveMultiPage(bool append) = 0;
-  /// Horizontal resolution in dots per inch of a PDF page whose source states none. It stays set
-  /// and never replaces a resolution that a page has.
+  /// Horizontal resolution, in dots per inch, of a PDF page whose source states none. It never
+  /// replaces a resolution that the page has.
   virtual void OutputResolutionX(double dotsPerInch) = 0;
-  /// Vertical resolution, as the horizontal one.
+  /// The same for the vertical resolution.
   virtual void OutputResolutionY(double dotsPerInch) = 0;
-  /// Writes the loaded page to `TargetFile` under the current settings.
+  /// Writes the loaded page to `TargetFile` with the current settings.
   virtual void SaveFile() = 0;
 
   /// The last error of the instance; 0 means none.
   virtual std::int32_t ImagError() const = 0;
-  /// Why the image data of the page that was loaded last is damaged; empty as long as no damage was
-  /// met. A clear keeps it, so that it can still be told then.
+  /// Why the image data of the page that was loaded last is damaged; empty if no damage has been
+  /// found. It can still be read after the instance has been cleared.
   virtual std::wstring damage() const { return {}; }
   /// Repaints the control; no effect on data.
   virtual void Refresh() = 0;
-  /// Drops the picture when nullptr is written, and with it what is loaded.
+  /// nullptr removes the picture and the loaded page.
   virtual void Picture(ImagePicture* picture) = 0;
 
-  /// Cuts the loaded page down to a rectangle in pixels. Throws when nothing is left.
+  /// Crops the loaded page to a rectangle in pixels. Throws when nothing is left.
   virtual void CropImage(std::int32_t left, std::int32_t top, std::int32_t width,
                          std::int32_t height) = 0;
-  /// Turns the loaded page by `angle` degrees, to the left when positive. Exact for multiples
+  /// Rotates the loaded page by `angle` degrees, to the left when positive. Exact for multiples
   /// of 90.
   virtual void RotateImage(double angle) = 0;
-  /// Measures the skew of the loaded page. One with too little on it counts as straight.
+  /// Measures the skew of the loaded page. A page with too little ink counts as straight.
   virtual void DeskewFirstStep() = 0;
-  /// Turns the page by the measured skew; its size stays. `mode` is always 0.
+  /// Rotates the page by the measured skew and keeps its size. `mode` is always 0.
   virtual void DeskewSecondStep(std::int32_t mode) = 0;
   /// Sharpens a gray or colour page (strength 0 to 1, half-width in pixels); removes single-pixel
   /// specks that stand alone from a 1-bit page.
   virtual void FinishingFilter(float strength, std::int16_t halfWidth) = 0;
   /// A handle to a copy of the loaded bitmap, for `hDIB` of another instance.
   virtual std::int32_t CopyDIB() = 0;
-  /// Takes over the bitmap behind a handle of `CopyDIB` as the loaded page.
+  /// Loads the bitmap of a handle that `CopyDIB` returned. A handle can be used once.
   virtual void hDIB(std::int32_t handle) = 0;
   /// Scales the loaded page to a size in pixels. Throws for a width or height below 1.
   virtual void ResizeImage(std::int32_t width, std::int32_t height) = 0;

@@ -13,7 +13,7 @@
 
 namespace orvane {
 
-/// A bitmap on its way from one instance to another.
+/// A bitmap that one instance passes to another.
 struct Bitmap {
   Raster pixels;
   Resolution resolution;

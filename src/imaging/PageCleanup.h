@@ -38,11 +38,12 @@ class PageCleanup {
   PageCleanup(const ImagingInstances& instances, ProgressList& listProcessLog)
       : instances_(instances), listProcessLog_(listProcessLog) {}
 
-  /// Straightens, crops, turns and filters every page of `sImageFilePath` and adds it to the end of
+  /// Straightens, crops, rotates and filters every page of `sImageFilePath` and appends it to
   /// `sProcessedImageFilePath`, which keeps the pages that it already has.
-  /// @return false after the first page that fails. One that cannot be saved takes the target with
-  ///   it, unless that is the source, and goes to the list and to `sBatchErrorLogPath`; any other
-  ///   failure leaves the pages saved so far and goes to the log and to `sBatchErrorLogPath`.
+  /// @return false after the first page that fails. If it cannot be saved, the target is deleted
+  ///   unless it is the source, and the failure is added to the list and to `sBatchErrorLogPath`.
+  ///   After any other failure the pages saved so far stay, and the failure is added to the log and
+  ///   to `sBatchErrorLogPath`.
   bool ImageDocProcess(const std::wstring& sImageFilePath,
                        const std::wstring& sProcessedImageFilePath,
                        const std::wstring& sBatchErrorLogPath);

@@ -146,7 +146,7 @@ void PagesAhead::end() {
   changed_.notify_all();
 }
 
-// What the forecast throws is not told: whoever asks for the page will meet it too.
+// A failure of the forecast is ignored: whoever loads the page gets it too.
 void PagesAhead::fill(const SaveSettings& settings) {
   try {
     while (forecast_ && jobs_.size() < 2 * workers_ + 2) {

@@ -32,7 +32,7 @@ enum class Container { Tiff, Jpeg, Pdf };
 /// The container of a `SaveType`. Throws Failure for any other number.
 Container containerOf(std::int32_t outputType);
 
-/// A page as a container embeds it, and what was met on the way.
+/// A page as a container embeds it, and what was found on the way.
 struct EncodedPage {
   EncodedImage image;
   DataState data;

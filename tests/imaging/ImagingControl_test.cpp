@@ -24,7 +24,7 @@ const std::string kColour = "+level-colors red,blue ";
 
 struct SourceKind {
   std::string name;
-  std::string options;  ///< of ImageMagick, behind the picture
+  std::string options;  ///< of ImageMagick, after the picture
   std::int16_t bits;
 };
 

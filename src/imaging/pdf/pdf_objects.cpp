@@ -125,7 +125,7 @@ const char* findMisfit(const EncodedImage& image) {
       return image.bitsPerSample == 1 && !isColour ? nullptr : "Group 4 of more than one bit";
     case Compression::Jpeg:
       if (image.strips.size() != 1) return "more than one JPEG stream";
-      return image.photometric != Photometric::Palette ? nullptr : "a palette behind JPEG samples";
+      return image.photometric != Photometric::Palette ? nullptr : "a palette with JPEG samples";
     case Compression::Lzw:
       break;
   }

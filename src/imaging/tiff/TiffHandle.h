@@ -51,7 +51,7 @@ class TiffMessages {
   /// The first error, or the first warning when there was no error, or `otherwise`.
   std::string reason(const char* otherwise) const;
 
-  /// The first message that tells of damaged image data.
+  /// The first message about damaged image data.
   std::optional<std::string> damage() const;
 
   /// Handlers for TIFFOpenOptions; `userData` is the TiffMessages of the file.
