@@ -19,10 +19,14 @@ using namespace std::string_literals;
 
 const RasterForm kGray = form(ColourModel::MinIsBlack, 8), kRgb = form(ColourModel::Rgb, 8, 3);
 
+std::string text(const Bytes& stream) {
+  return {stream.begin(), stream.end()};
+}
+
 std::string encoded(const Raster& page, JpegFactors factors, const Resolution& resolution) {
   const EncodedImage image = encodeJpeg(page, factors, resolution);
   EXPECT_EQ(image.strips.size(), 1u);
-  return {image.strips[0].begin(), image.strips[0].end()};
+  return text(image.strips[0]);
 }
 
 // cjpeg writes the same stream, but for the density in bytes 13 to 17: it has no option for it.
@@ -100,25 +104,29 @@ struct JpegTranscode : testing::Test {
   TempStation station;
 
   // One stream of cjpeg for every `rowsPerStrip` rows.
-  EncodedImage encodedByCjpeg(const Source& source, const std::string& options = {}) const {
-    const Raster page = scan(source);
+  EncodedImage encodedByCjpeg(const Raster& page, std::uint32_t rowsPerStrip,
+                              const std::string& options) const {
     EncodedImage image = encodeJpeg(page, {}, {300, 300});
-    image.rowsPerStrip = source.rowsPerStrip;
+    image.rowsPerStrip = rowsPerStrip;
     image.strips.clear();
-    for (std::uint32_t y = 0; y < page.height; y += source.rowsPerStrip) {
-      Raster part = emptyRaster(page, page.width, std::min(source.rowsPerStrip, page.height - y));
+    for (std::uint32_t y = 0; y < page.height; y += rowsPerStrip) {
+      Raster part = emptyRaster(page, page.width, std::min(rowsPerStrip, page.height - y));
       part.pixels.assign(page.row(y), page.row(y) + part.pixels.size());
       writePnm(station.native("page.pnm"), part);
-      const std::string stream = outputOf("cjpeg " + options + " " + source.options + " " +
-                                          quoted(station.native("page.pnm")));
+      const std::string stream =
+          outputOf("cjpeg " + options + " " + quoted(station.native("page.pnm")));
       image.strips.emplace_back(stream.begin(), stream.end());
     }
     return image;
   }
 
+  EncodedImage encodedByCjpeg(const Source& source, const std::string& options = {}) const {
+    return encodedByCjpeg(scan(source), source.rowsPerStrip, options + " " + source.options);
+  }
+
   // What djpeg says of a stream: nothing, unless something is wrong.
   CommandResult djpeg(const Bytes& stream) const {
-    writeBytes(station.native("page.jpg"), {stream.begin(), stream.end()});
+    writeBytes(station.native("page.jpg"), text(stream));
     return runCommand("cd " + quoted(station.native()) +
                       " && djpeg -nosmooth -outfile page.pnm page.jpg");
   }
@@ -144,7 +152,7 @@ double squaredError(const std::string& pixels, const Raster& page) {
 
 // The steps of the first quantisation table of a stream, in zigzag order.
 std::string firstTableOf(const EncodedImage& image) {
-  const std::string stream(image.strips[0].begin(), image.strips[0].end());
+  const std::string stream = text(image.strips[0]);
   return stream.substr(stream.find("\xFF\xDB") + 5, 64);
 }
 
@@ -218,6 +226,70 @@ TEST_F(JpegTranscode, LosesLessThanDecodingAndEncodingAndTakesHardlyMore) {
   }
 }
 
+// A block of one gray has only a DC coefficient. The encoder rounds it in the same way, and fills
+// the last byte in the same way.
+TEST_F(JpegTranscode, WritesBlocksOfOneGrayAsTheEncoderDoes) {
+  Raster page = emptyRaster(kGray, 8 * 256, 8);
+  for (std::size_t i = 0; i < page.pixels.size(); ++i) {
+    page.pixels[i] = static_cast<std::uint8_t>(i % page.width / 8);
+  }
+  const EncodedImage finest = encodeJpeg(page, {0, 0}, {300, 300});
+  for (const JpegFactors& factors : {JpegFactors{20, 16}, {40, 32}, {50, 50}, {99, 99}}) {
+    EXPECT_EQ(transcodeJpeg(finest, factors)->strips, encodeJpeg(page, factors, {300, 300}).strips);
+  }
+}
+
+// The first strip is gray, the second has stripes of the same mean.
+TEST_F(JpegTranscode, JoinsStripsOfWhichOnlyTheAcTablesDiffer) {
+  Raster page = emptyRaster(kGray, 64, 16);
+  for (std::size_t i = 0; i < page.pixels.size(); ++i) {
+    page.pixels[i] = static_cast<std::uint8_t>(i < page.pixels.size() / 2 ? 128 : 108 + i % 2 * 40);
+  }
+  const EncodedImage image = encodedByCjpeg(page, 8, "-quality 60 -optimize");
+  EXPECT_TRUE(pixelsOf(*transcodeJpeg(image, {20, 16})) == pixelsOf(image));
+}
+
+// The largest values of 8-bit samples (T.81 tables F.1 and F.2), and one more. An AC value of 11
+// bits needs a table with a code for it.
+TEST_F(JpegTranscode, TakesValuesUpToTheBoundsOfABaselineStream) {
+  const std::string longCode = "1111111110000011", end = "1010";
+  const struct {
+    std::string bits;
+    const char* acSymbol;
+    bool isPossible;
+  } cases[] = {{"11111110"
+                "1111111111",
+                "\x0A", true},  // DC 1023
+               {"111111110"
+                "10000000000",
+                "\x0A", false},  // DC 1024
+               {"111111110"
+                "01111111111",
+                "\x0A", true},  // DC -1024
+               {"111111110"
+                "01111111110",
+                "\x0A", false},                                    // DC -1025
+               {"00" + longCode + "1111111111", "\x0A", true},     // AC 1023
+               {"00" + longCode + "10000000000", "\x0B", false}};  // AC 1024
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.bits);
+    EncodedImage image = encodeJpeg(emptyRaster(kGray, 8, 8), {}, {});
+    std::string stream = text(image.strips[0]);
+    stream.replace(stream.find("\x82\x09\x0A\x16") + 2, 1, c.acSymbol);
+    stream.resize(stream.find("\xFF\xDA") + 10);
+    std::string bits = c.bits + end;
+    bits.resize((bits.size() + 7) / 8 * 8, '1');
+    for (std::size_t i = 0; i < bits.size(); i += 8) {
+      const auto byte = static_cast<char>(std::stoi(bits.substr(i, 8), nullptr, 2));
+      stream += byte == '\xFF' ? std::string("\xFF\0", 2) : std::string(1, byte);
+    }
+    stream += "\xFF\xD9";
+    image.strips[0].assign(stream.begin(), stream.end());
+    EXPECT_EQ(djpeg(image.strips[0]).output, "");
+    EXPECT_EQ(failureOf([&] { transcodeJpeg(image, {40, 32}); }).empty(), c.isPossible);
+  }
+}
+
 TEST_F(JpegTranscode, LeavesOtherKindsOfStreamsToTheirPixels) {
   const Source source{3, 64, 48, 16, ""};
   EXPECT_TRUE(transcodeJpeg(encodedByCjpeg(source), {}));
@@ -232,7 +304,12 @@ TEST_F(JpegTranscode, LeavesOtherKindsOfStreamsToTheirPixels) {
       [](EncodedImage& image) { image.width = 63; },
       [](EncodedImage& image) { image.height = 47; },
       [](EncodedImage& image) { image.rowsPerStrip = 0; },
-      [](EncodedImage& image) { image.strips.pop_back(); }};
+      [](EncodedImage& image) { image.strips.pop_back(); },
+      [](EncodedImage& image) {  // there are four quantisation tables, 0 to 3
+        Bytes table(2 + 67, 1);
+        std::ranges::copy(Bytes{0xFF, 0xDB, 0, 67, 4}, table.begin());
+        image.strips[0].insert(image.strips[0].begin() + 2, table.begin(), table.end());
+      }};
   for (const auto& change : changes) {
     EncodedImage image = encodedByCjpeg(source);
     change(image);
@@ -248,7 +325,7 @@ TEST_F(JpegTranscode, RefusesWhatNoStreamMayHold) {
                                  {"\xFF\xD9"s, "\x55\xFF\xD9"s},         // a byte too many
                                  {"\0\x3F\0"s, "\0\x3E\0"s},             // not all coefficients
                                  {"\0\x2D\0\x53"s, "\0\x35\0\x53"s}}) {  // eight rows more
-    std::string stream(whole.strips[0].begin(), whole.strips[0].end());
+    std::string stream = text(whole.strips[0]);
     ASSERT_NE(stream.rfind(from), stream.npos);
     stream.replace(stream.rfind(from), from.size(), to);
     EncodedImage image = whole;
