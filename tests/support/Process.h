@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 #include <sys/prctl.h>
+#include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -45,6 +46,25 @@ class Process {
   Process& operator=(const Process&) = delete;
 
   void send(int signal) const { kill(id_, signal); }
+
+  /// Calls `start`, lets the main thread run from system call to system call until the condition
+  /// holds, and stops the process (SIGSTOP) there: never too late, however busy the machine is.
+  void stopAt(const std::function<bool()>& condition, const std::function<void()>& start) const {
+    constexpr int kSystemCall = SIGTRAP | 0x80;
+    ptrace(PTRACE_SEIZE, id_, nullptr, PTRACE_O_TRACESYSGOOD);
+    ptrace(PTRACE_INTERRUPT, id_, nullptr, nullptr);
+    start();
+    for (int status = 0;;) {
+      if (waitpid(id_, &status, 0) != id_ || !WIFSTOPPED(status)) {
+        throw std::runtime_error("the process ended before it could be stopped");
+      }
+      if (condition()) break;
+      const bool isSignal = status >> 16 == 0 && WSTOPSIG(status) != kSystemCall;
+      ptrace(PTRACE_SYSCALL, id_, nullptr, isSignal ? WSTOPSIG(status) : 0);
+    }
+    send(SIGSTOP);
+    ptrace(PTRACE_DETACH, id_, nullptr, nullptr);
+  }
 
   /// The exit code, or 128 + signal, if the process has ended.
   std::optional<int> exitCode() {
