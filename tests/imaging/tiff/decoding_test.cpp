@@ -71,10 +71,22 @@ TEST_F(Decoding, SamplesOfEveryDepthInEveryStorageAreExact) {
     SCOPED_TRACE(testing::Message()
                  << kind.samples << " x " << kind.bits << ", photometric " << kind.photometric);
     writeTiff(station.native("base.tif"), kind);
-    // ImageMagick shows other colours for plain strips of 4 bits with two extra samples than for
-    // the same page compressed; that page is judged in its orientations below.
-    if (kind.bits >= 8 || kind.samples < 5) expectShows(page("cp base.tif page.tif"), "base.tif");
-    const Bytes expected = page("cp base.tif page.tif").decode().raster.pixels;
+    const Raster base = decoded(page("cp base.tif page.tif"));
+    const Bytes& expected = base.pixels;
+    if (kind.bits == 4 && kind.samples == 5) {
+      // ImageMagick takes such a page for one of four samples. Its plain rows hold the samples as
+      // they are.
+      const std::string file = readBytes(station.native("base.tif"));
+      const Bytes stored(file.begin() + 8, file.end());
+      const std::size_t rowBytes = (kind.width * 20 + 7) / 8, shown = kind.width * 3;
+      for (std::size_t i = 0; i < shown * kind.height; ++i) {
+        const std::size_t y = i / shown, x = i % shown;
+        ASSERT_EQ(shallowSample(expected.data() + y * base.rowBytes(), x, 4),
+                  shallowSample(stored.data() + y * rowBytes, x / 3 * 5 + x % 3, 4));
+      }
+    } else {
+      expectShows(page("cp base.tif page.tif"), "base.tif");
+    }
     if (kind.bits >= 8) {
       storages = {"-c lzw:2 -B -r 11", "-c zip:2 -t -w 32 -l 16 -L", "-c none", "-c zstd:2 -B",
                   "-c lzma:2 -t -w 32 -l 16"};
