@@ -8,7 +8,7 @@
 #include "docstore/ScanTree.h"
 #include "export/SaveAsDocument.h"
 #include "export/page_forecast.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "foundation/program.h"
 #include "imaging/ImagingControl.h"
 

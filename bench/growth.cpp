@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "imaging/ImagingControl.h"
 #include "imaging/mdlImageProcess.h"
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "imaging/group4/group4.h"
 #include "imaging/jpeg/jpeg_transcode.h"
 #include "imaging/lzw/lossless.h"

@@ -72,7 +72,7 @@ function(orvane_use_headers target headers)
 endfunction()
 
 # The library of a folder of src. Headers are included by their path below src/, for example
-# "foundation/path_text.h". WITH_QT: it uses Qt Widgets.
+# "foundation/paths.h". WITH_QT: it uses Qt Widgets.
 function(orvane_library name)
   cmake_parse_arguments(ARG "WITH_QT" "" "SOURCES;LINK" ${ARGN})
   add_library(${name} STATIC ${ARG_SOURCES})

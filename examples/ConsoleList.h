@@ -3,7 +3,7 @@
 #include <iostream>
 
 #include "foundation/WindowServices.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 
 namespace example {
 

@@ -6,9 +6,9 @@
 #include <string>
 
 #include "docstore/ScanTree.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "foundation/program.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 
 namespace example {
 

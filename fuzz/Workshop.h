@@ -5,7 +5,7 @@
 #include <iostream>
 #include <string>
 
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "imaging/ImagingControl.h"
 #include "imaging/mdlImageProcess.h"
 #include "support/RecordingWindow.h"

@@ -10,7 +10,7 @@
 #include <iostream>
 #include <string_view>
 
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "foundation/program.h"
 #include "window/BrowseForFolder.h"
 #include "window/QtWindowServices.h"

@@ -9,9 +9,9 @@
 
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "foundation/plain_text.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 
 namespace orvane {
 

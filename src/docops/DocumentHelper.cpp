@@ -11,7 +11,7 @@
 namespace orvane {
 namespace {
 
-// The result of `operation`, or an empty one after a failure, without a log line.
+// The result of `operation`, or an empty one after a failure, which is not logged.
 template <typename Operation>
 auto orNothing(Operation operation) -> decltype(operation()) {
   try {

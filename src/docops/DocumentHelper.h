@@ -10,20 +10,21 @@
 
 namespace orvane {
 
-/// The document operations with the six imaging instances that they use. A host makes one, sets
-/// `gBatchFolder` and calls them; nothing is kept between calls. The operations handle the window's
-/// events, so two of them must not overlap. None throws: a failure becomes false or an empty text.
+/// The document operations and the six imaging instances that they use. A host creates one, sets
+/// `gBatchFolder` and calls the operations, which keep no state between calls. They handle the
+/// window's events, so two calls must not overlap. None throws: a failure gives false or an empty
+/// text.
 class DocumentHelper {
  public:
   /// In the order of `ImagingInstances`.
   using Engines = std::array<std::unique_ptr<ImagingEngine>, 6>;
 
-  /// With six instances of this system.
+  /// With six instances of ImagingControl.
   DocumentHelper();
   /// With instances that the host supplies.
   explicit DocumentHelper(Engines engines) : engines_(std::move(engines)) {}
 
-  /// As `mdlDocumentHelper::MergeDocument`. An absent list is nullptr.
+  /// As `mdlDocumentHelper::MergeDocument`. The list may be nullptr.
   bool MergeDocument(const std::wstring& sNewDocumentID, const DispatchList* aryMergedDoc);
 
   /// Always false.
@@ -46,11 +47,11 @@ class DocumentHelper {
   std::wstring MakeOnlyOneFileName(const std::wstring& sDocumentID, std::int16_t iStartIndex = 2);
 
   /// Writes a reduced copy of the first page of an image file, as JPEG, to `sFilePath` + "_B".
-  /// @param ImageThumbSize  the divisor of width and height, remainders cut off; 0 fails.
-  /// @return false after a raised failure; nothing is logged.
+  /// @param ImageThumbSize  the divisor of width and height, which are rounded down; 0 fails.
+  /// @return false after a failure, which is not logged.
   bool CreateThumbnailImage(const std::wstring& sFilePath, std::int16_t ImageThumbSize);
 
-  /// Empties all six instances. May be called at any time and any number of times.
+  /// Clears all six instances. May be called at any time and more than once.
   void Terminate();
 
  private:

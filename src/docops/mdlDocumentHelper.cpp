@@ -10,12 +10,12 @@
 #include "export/ScanTreeGuard.h"
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
-#include "foundation/ansi_text.h"
 #include "foundation/durable_file.h"
-#include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
+#include "foundation/paths.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
+#include "foundation/text_encoding.h"
 #include "imaging/ImagingEngine.h"
 
 namespace orvane::mdlDocumentHelper {
@@ -52,10 +52,10 @@ std::vector<std::wstring> pagesOf(const std::wstring& sDocumentID) {
   return pages;
 }
 
-/// The document that a merge makes. A folder is a document only through its `Doc.dat`, so the pages
-/// are written first, under names that are free in the folder, and the page list last, in one step:
-/// a run sees the older document of that name, or none, until it sees the new one. The destructor
-/// removes what was added before a failure.
+/// The document that a merge creates. Only a folder with a `Doc.dat` is a document. The pages are
+/// therefore written first, under free names, and the page list last, in one step: a run sees
+/// either the older document of that name, or none, or the whole new one. After a failure, the
+/// destructor removes what was added.
 class MergedDocument {
  public:
   explicit MergedDocument(const std::wstring& sNewDocumentID)
@@ -103,11 +103,11 @@ class MergedDocument {
     try {
       files().DeleteFile(file);
     } catch (const std::exception&) {
-      // No list names it, so it is never read.
+      // No page list contains it, so it is never read.
     }
   }
 
-  // Under their spelling on the disk, so that no new page is taken for one of them later.
+  // Stored as spelled on the disk, so that a new page is not mistaken for one of them.
   void noteOldPages(const std::vector<std::wstring>& pages) {
     for (const std::wstring& page : pages) {
       const std::wstring file = existingPath(folder_ + page + L".tif");
@@ -139,7 +139,7 @@ class MergedDocument {
     return name;
   }
 
-  std::wstring folder_, list_;  ///< as they are spelled on the disk
+  std::wstring folder_, list_;  ///< as spelled on the disk
   bool isNewFolder_, isListed_ = false;
   std::vector<std::wstring> pages_;
   std::vector<std::wstring> oldFiles_;       ///< the pages of the older document

@@ -6,10 +6,10 @@
 
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
-#include "foundation/ansi_text.h"
-#include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
+#include "foundation/paths.h"
 #include "foundation/plain_text.h"
+#include "foundation/text_encoding.h"
 
 namespace orvane {
 namespace {

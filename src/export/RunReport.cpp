@@ -6,7 +6,7 @@
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 
 namespace orvane {
 namespace {

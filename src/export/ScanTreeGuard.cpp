@@ -8,9 +8,8 @@
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
 #include "foundation/Failure.h"
-#include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "foundation/program.h"
 
 namespace orvane {
@@ -43,12 +42,12 @@ std::vector<fs::path> scanTreeOfDocuments(const std::vector<std::wstring>& subFo
 
 bool isInAny(const fs::path& place, const std::vector<fs::path>& roots) {
   return std::any_of(roots.begin(), roots.end(),
-                     [&](const fs::path& root) { return liesWithin(place, root); });
+                     [&](const fs::path& root) { return isWithin(place, root); });
 }
 
 bool containsAny(const fs::path& place, const std::vector<fs::path>& roots) {
   return std::any_of(roots.begin(), roots.end(),
-                     [&](const fs::path& root) { return liesWithin(root, place); });
+                     [&](const fs::path& root) { return isWithin(root, place); });
 }
 
 }  // namespace
@@ -112,7 +111,7 @@ void OutputGuard::checkPlace(const std::wstring& file) const {
   requireOutsideScanTree(resolvedPlace(file), file);
   const fs::path folder = resolvedPlace(pathText(nativePath(file).parent_path()));
   requireOutsideScanTree(folder, file);
-  if (!liesWithin(folder, outputFolder_)) throw Failure(L"输出文件不在输出文件夹内：" + file);
+  if (!isWithin(folder, outputFolder_)) throw Failure(L"输出文件不在输出文件夹内：" + file);
 }
 
 void OutputGuard::requireOutsideScanTree(const fs::path& place, const std::wstring& path) const {
@@ -131,7 +130,7 @@ void ScansOfBatch::requireDeletable(const std::wstring& folder) const {
   if (!unknown_.empty()) throw Failure(unknown_);
   const fs::path place = resolvedPlace(folder);
   if (isInAny(place, roots_) || containsAny(place, roots_) ||
-      liesWithin(resolvedPlace(programFolder()), place)) {
+      isWithin(resolvedPlace(programFolder()), place)) {
     throw Failure(L"输出文件夹含有程序或扫描件，不删除：" + folder);
   }
 }

@@ -7,7 +7,7 @@
 
 #include "foundation/Failure.h"
 #include "foundation/durable_file.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "foundation/plain_text.h"
 
 namespace orvane {

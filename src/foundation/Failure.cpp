@@ -4,7 +4,7 @@
 #include <cstring>
 #include <new>
 
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 
 namespace orvane {
 namespace {

@@ -6,8 +6,7 @@
 #include <utility>
 
 #include "foundation/Failure.h"
-#include "foundation/existing_path.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 
 namespace orvane {
 
@@ -42,7 +41,7 @@ FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept
     : number_(std::exchange(other.number_, -1)), path_(std::move(other.path_)) {}
 
 FileDescriptor FileDescriptor::openRegularFile(const std::wstring& path) {
-  // Without O_NONBLOCK the opening of a pipe would wait for a writer.
+  // Without O_NONBLOCK, opening a pipe would wait for a writer.
   FileDescriptor file(existingPath(path), O_RDONLY | O_NONBLOCK);
   const mode_t mode = file.status().st_mode;
   if (S_ISDIR(mode)) throw systemFailure(EISDIR, path);
@@ -79,7 +78,7 @@ void FileDescriptor::sync() const {
   if (fsync(number_) != 0) throw systemFailure(errno, path_);
 }
 
-// A close can be the first call to report a lost write. A duplicate is closed first for that.
+// close() may be the first call that reports a failed write, so a duplicate is closed first.
 void FileDescriptor::close() {
   const int second = dup(number_);
   if (second < 0 || (::close(second) != 0 && errno != EINTR)) throw systemFailure(errno, path_);

@@ -8,7 +8,7 @@
 
 namespace orvane {
 
-/// Which file a name leads to.
+/// The identity of a file, whatever its name.
 struct FileIdentity {
   dev_t device = 0;
   ino_t inode = 0;
@@ -19,13 +19,13 @@ inline FileIdentity identityOf(const struct stat& status) {
   return {status.st_dev, status.st_ino};
 }
 
-/// The owner of an open file. Its failures name the path by which the file was opened.
+/// Owns the descriptor of an open file. Failures name the path that was opened.
 class FileDescriptor {
  public:
   /// Opens the file with the flags of open(2). Child programs do not inherit it.
   FileDescriptor(const std::wstring& path, int flags, mode_t mode = 0666);
 
-  /// Opens the file; nothing, with the reason in errno, when that fails.
+  /// Opens the file. If that fails, the result is empty and errno has the reason.
   static std::optional<FileDescriptor> tryToOpen(const std::wstring& path, int flags);
 
   ~FileDescriptor();
@@ -33,8 +33,8 @@ class FileDescriptor {
   FileDescriptor(const FileDescriptor&) = delete;
   FileDescriptor& operator=(const FileDescriptor&) = delete;
 
-  /// Opens a regular file for reading, in the scan tree by any letter case. Refuses anything else
-  /// (a folder, a pipe) at once.
+  /// Opens a regular file for reading; in the scan tree, in any letter case. Throws Failure for
+  /// anything else, such as a folder or a pipe.
   static FileDescriptor openRegularFile(const std::wstring& path);
 
   int number() const { return number_; }
@@ -44,14 +44,14 @@ class FileDescriptor {
   /// Reads up to `capacity` bytes; 0 at the end of the file.
   std::size_t read(char* buffer, std::size_t capacity) const;
 
-  /// Writes all of `bytes`, in one system call if the platform takes them all.
+  /// Writes all of `bytes`, in one system call if the platform accepts them.
   void writeAll(std::string_view bytes) const;
 
-  /// Waits until what was written is on the disk.
+  /// Waits until all written data is on the disk.
   void sync() const;
 
-  /// Closes the file. A write that is only now found to have failed is reported while the file is
-  /// still open, so that the caller can undo its work.
+  /// Closes the file. If the platform reports a failed write only now, this throws Failure and the
+  /// file is still open, so that the caller can undo the write.
   void close();
 
  private:

@@ -13,21 +13,20 @@
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/durable_file.h"
-#include "foundation/existing_path.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 
 namespace orvane {
 namespace {
 
-bool leadsNowhere(int error) {
+bool isMissing(int error) {
   return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
 }
 
-// Nothing when the path leads nowhere.
+// Empty if the path does not exist.
 std::optional<struct stat> statusOf(const std::wstring& path) {
   struct stat status {};
   if (stat(nativePath(path).c_str(), &status) == 0) return status;
-  if (leadsNowhere(errno)) return std::nullopt;
+  if (isMissing(errno)) return std::nullopt;
   throw systemFailure(errno);
 }
 
@@ -145,13 +144,13 @@ void FileSystemObject::AppendFile(const std::wstring& path, std::string_view byt
   file.close();
 }
 
-// Removal of folders. Every step uses the descriptor of the parent folder and never a path, so a
-// link that is created meanwhile cannot lead the removal out of the folder.
+// Removal of folders. Every step uses the descriptor of the parent folder instead of a path, so
+// that a link created meanwhile cannot lead the removal out of the folder.
 
 namespace {
 
-// Opens a folder, never a link to one, and gives its owner the right to list and change it: a
-// read-only folder is removed too.
+// Opens a folder but not a link to one. Gives its owner the right to list and change it, so that a
+// read-only folder can be removed.
 Listing openForRemoval(int parent, const char* name, const std::wstring& path) {
   constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
   int folder = openat(parent, name, kFlags);
@@ -168,8 +167,7 @@ Listing openForRemoval(int parent, const char* name, const std::wstring& path) {
   }
   struct stat status {};
   if (fstat(folder, &status) == 0 && (status.st_mode & S_IRWXU) != S_IRWXU) {
-    fchmod(folder,
-           status.st_mode | S_IRWXU);  // for a folder of another owner the first removal fails
+    fchmod(folder, status.st_mode | S_IRWXU);  // if it fails, so does the first removal
   }
   return listing;
 }
@@ -201,7 +199,7 @@ bool isLinkToFolder(const std::string& native) {
 
 void FileSystemObject::DeleteFolder(const std::wstring& path) {
   std::string native = nativePath(path).native();
-  // With a separator at the end the platform would follow a link.
+  // The platform would follow a link with a final separator.
   while (native.size() > 1 && native.back() == '/') native.pop_back();
   if (!isLinkToFolder(native)) {
     removeTree(AT_FDCWD, native.c_str(), path);

@@ -10,13 +10,12 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/existing_path.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 
 namespace orvane {
 namespace {
 
-// O_NONBLOCK lets the open of a named pipe return, so that it can be refused.
+// With O_NONBLOCK, opening a named pipe returns, so that it can be refused.
 constexpr int kOpenAlways = O_NOCTTY | O_NONBLOCK;
 constexpr std::size_t kCopyPiece = 1 << 20;
 
@@ -88,7 +87,7 @@ OutputFile::OutputFile(OutputFile&& other) noexcept
 OutputFile::~OutputFile() {
   if (!removeAtEnd_) return;
   const std::filesystem::path native = nativePath(path());
-  // Closed first: FUSE and NFS keep a hidden file for one that is removed while it is open.
+  // Closed first, because FUSE and NFS keep a hidden file if an open file is removed.
   { const FileDescriptor closed = std::move(file_); }
   unlink(native.c_str());
 }

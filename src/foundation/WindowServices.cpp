@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string>
 
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 
 namespace orvane {
 namespace {

@@ -6,23 +6,23 @@ namespace orvane {
 
 enum class BoxIcon { None, Critical };
 
-/// What code below the window asks of the window system. The program entry installs one; without
-/// one a box is written to standard error and the rest does nothing.
+/// What the code below the window needs of the window system. `main` installs an implementation.
+/// Without one, a box is written to standard error and the other operations do nothing.
 class WindowServices {
  public:
   virtual ~WindowServices() = default;
 
-  /// Shows a modal box with one OK button; returns when it has been closed.
+  /// Shows a modal box with one OK button and returns after it was closed.
   virtual void showBox(std::wstring_view text, std::wstring_view title, BoxIcon icon) = 0;
 
   /// Handles all pending events of the window, then returns.
   virtual void yield() = 0;
 
-  /// Shows the busy pointer, or the default one again.
+  /// Shows the busy pointer or the default one.
   virtual void showBusyPointer(bool busy) = 0;
 };
 
-/// The installed services, or the fallback of a program without a window.
+/// The installed services, or the fallback.
 WindowServices& windowServices();
 
 /// Installs `services` (not owned); nullptr restores the fallback.
@@ -36,8 +36,8 @@ class ProgressList {
   /// Adds a line at the end.
   virtual void addItem(std::wstring_view line) = 0;
 
-  /// Adds a line at the end that reports a failure. `reason` is a few lines of text, or empty. A
-  /// list that keeps no reasons adds the line alone.
+  /// Adds a line at the end that reports a failure. `reason` is a few lines of text, or empty. By
+  /// default, only the line is added.
   virtual void addFailure(std::wstring_view line, std::wstring_view /*reason*/) { addItem(line); }
 
   /// Removes all lines.

@@ -13,15 +13,14 @@
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/WindowServices.h"
-#include "foundation/existing_path.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 
 namespace orvane {
 namespace {
 
 namespace fs = std::filesystem;
 
-// The status of the file to be replaced; nothing when there is none.
+// Empty if the file does not exist.
 std::optional<struct stat> statusOfReplaceable(const fs::path& file, const std::wstring& path) {
   struct stat status {};
   if (stat(file.c_str(), &status) != 0) {
@@ -34,7 +33,7 @@ std::optional<struct stat> statusOfReplaceable(const fs::path& file, const std::
   return status;
 }
 
-// The name does not contain that of the file, which may be as long as the file system allows.
+// Does not contain the name of the file, which can have the maximum length already.
 fs::path freeNameIn(const fs::path& folder) {
   constexpr int kMostLeftovers = 100;  // of killed processes
   const std::string stem = ".orvane-" + std::to_string(getpid()) + "-";
@@ -46,12 +45,12 @@ fs::path freeNameIn(const fs::path& folder) {
   throw systemFailure(EEXIST, pathText(folder / stem));
 }
 
-// Only what differs is set: some file systems refuse the calls, whatever they would set.
+// Sets only what differs, because some file systems refuse the calls whatever they set.
 void takeOverOwnerAndMode(const FileDescriptor& file, const struct stat& old,
                           const std::wstring& path) {
   struct stat fresh = file.status();
   if (fresh.st_uid != old.st_uid || fresh.st_gid != old.st_gid) {
-    // Only a privileged user can change the owner, but the owner can choose one of his groups.
+    // Only a privileged user can change the owner, but the owner can set one of his own groups.
     if (fchown(file.number(), old.st_uid, old.st_gid) != 0 &&
         (errno != EPERM || fchown(file.number(), static_cast<uid_t>(-1), old.st_gid) != 0) &&
         errno != EPERM) {
@@ -64,7 +63,7 @@ void takeOverOwnerAndMode(const FileDescriptor& file, const struct stat& old,
   if (fchmod(file.number(), old.st_mode & kPermissions) != 0) throw systemFailure(errno, path);
 }
 
-// Makes the rename durable. The content is safe already, so a failure is ignored.
+// Makes the rename durable. The content is already synced, so a failure is ignored.
 void syncFolder(const fs::path& folder) {
   const auto opened = FileDescriptor::tryToOpen(pathText(folder), O_RDONLY | O_DIRECTORY);
   if (opened) fsync(opened->number());
@@ -73,13 +72,13 @@ void syncFolder(const fs::path& folder) {
 std::future<void> started(const std::function<void()>& sync) {
   try {
     return std::async(std::launch::async, sync);
-  } catch (const std::system_error&) {  // no thread to be had
+  } catch (const std::system_error&) {  // no thread can be started
     return std::async(std::launch::deferred, sync);
   }
 }
 
-// The error of `sync`, a system call on a descriptor, or 0. EACCES also for a file that may be
-// written but not read.
+// The error of `sync`, a system call on a descriptor, or 0. EACCES also if the file may be written
+// but not read.
 template <typename Sync>
 int errorOf(Sync sync, const std::wstring& path) {
   const auto opened = FileDescriptor::tryToOpen(path, O_RDONLY | O_NONBLOCK);

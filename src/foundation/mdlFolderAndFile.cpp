@@ -10,10 +10,10 @@
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/WindowServices.h"
-#include "foundation/ansi_text.h"
-#include "foundation/existing_path.h"
+#include "foundation/paths.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
+#include "foundation/text_encoding.h"
 
 namespace orvane {
 
@@ -72,7 +72,7 @@ std::wstring AppendBackslash(const std::wstring& sPath) {
 }
 
 std::wstring FileExtension(const std::wstring& sPath) {
-  return sPath.substr(sPath.rfind(L'.') + 1);  // without a dot: npos + 1 is 0, so the whole
+  return sPath.substr(sPath.rfind(L'.') + 1);  // without a dot: npos + 1 is 0
 }
 
 // Files and folders.
@@ -132,7 +132,7 @@ bool FolderDelete(const std::wstring& sPath) {
 bool DialogFileCopy(const std::wstring& sSource, const std::wstring& sTarget) {
   try {
     const std::wstring target = existingPath(sTarget);
-    // A copy onto itself would begin by deleting the only original.
+    // A copy to itself would first delete the only original.
     if (fileSystem().IsSamePlace(sSource, target)) throw systemFailure(EEXIST, sTarget);
     MakeFolderPath(target);
     while (fileSystem().FileExists(target)) fileSystem().DeleteFile(target);
@@ -165,7 +165,7 @@ bool RenameFile(const std::wstring& sSource, const std::wstring& sTarget) {
 
 namespace {
 
-// An entry is always one line, but names on the disk can contain line ends.
+// An entry is one line, but names on the disk can contain line ends.
 std::wstring inOneLine(std::wstring text) {
   for (wchar_t& c : text) {
     if (c == L'\r' || c == L'\n') c = L' ';
@@ -178,7 +178,7 @@ std::wstring entry(const std::wstring& sMessage, const std::wstring& sSource) {
          inOneLine(sMessage) + L"\r\n\r\n";
 }
 
-// Skips a step that fails: there is no other place to report a failure of the log.
+// Ignores a failure, because a failure of the log cannot be reported anywhere else.
 template <typename Step>
 void attempt(Step step) noexcept {
   try {
@@ -243,8 +243,8 @@ std::wstring logFileOfToday() {
   return logFolder() + L"\\" + localTime("%Y%m%d") + L".log";
 }
 
-// Reads only the end of the file, which can have any size. No byte of a Chinese character is a line
-// end.
+// Reads only the end of the file, which can have any size. In code page 936 the byte 0x0A is always
+// a line end.
 std::wstring readLog(const std::wstring& sLogFile, std::size_t most) {
   const FileDescriptor file = FileDescriptor::openRegularFile(sLogFile);
   const off_t size = lseek(file.number(), 0, SEEK_END);

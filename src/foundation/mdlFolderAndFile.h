@@ -9,63 +9,62 @@
 
 namespace orvane {
 
-/// The module's file-system object: made at first use and kept to the end of the process.
+/// The module's file-system object, created at first use and kept until the process ends.
 extern std::unique_ptr<FileSystemObject> gFileSystem;
 
-/// The path and file utilities. Unless said otherwise an operation shows a failure in a box with
-/// one OK button and no icon, and returns false; nothing is logged. Paths are path texts; files in
-/// the scan tree are found in any letter case (see existing_path.h). For one thread only.
+/// The path and file utilities. Unless stated otherwise, an operation that fails shows a box with
+/// one OK button and no icon, returns false and logs nothing. Paths are path texts; files in the
+/// scan tree are found in any letter case (see paths.h). Must be called on one thread only.
 namespace mdlFolderAndFile {
 
-/// `gFileSystem`, made if this is its first use.
+/// `gFileSystem`, created at first use.
 FileSystemObject& fileSystem();
 
-/// True when the folder exists.
+/// True if the folder exists.
 bool FolderExist(const std::wstring& sPath);
 
-/// True when the file exists.
+/// True if the file exists.
 bool FileExist(const std::wstring& sPath);
 
-/// Deletes a file, a read-only one too, then yields. A failure is silent.
+/// Deletes a file, even a read-only one, then yields. Shows no box.
 bool FileDelete(const std::wstring& sPath);
 
-/// Deletes a folder with all its contents, read-only items too, then yields. Symbolic links are
-/// removed and never followed. A failure is silent.
+/// Deletes a folder and its contents, even read-only ones, then yields. Symbolic links are removed
+/// and never followed. Shows no box.
 bool FolderDelete(const std::wstring& sPath);
 
-/// Copies a file: makes the target's folders, removes an older target (read-only ones too), copies,
-/// yields. The steps before a failure are not undone. A copy of a file onto itself, in any spelling
-/// and through any links, is refused before the first step.
+/// Copies a file: creates the target's folders, deletes an existing target (even a read-only one),
+/// copies, then yields. The steps before a failure are not undone. A copy of a file to itself, in
+/// any spelling or through links, is refused before the first step.
 bool DialogFileCopy(const std::wstring& sSource, const std::wstring& sTarget);
 
 /// `DialogFileCopy`, then `FileDelete` of the source, whose result counts.
 bool FileMove(const std::wstring& sSource, const std::wstring& sTarget);
 
-/// `FileMove` under another name: a rename crosses volumes and replaces an existing target.
+/// The same as `FileMove`: works across volumes and replaces an existing target.
 bool RenameFile(const std::wstring& sSource, const std::wstring& sTarget);
 
-/// Creates the missing folders of a path, from its root on. A last element with a "." in it counts
-/// as a file name and is not created. Returns true whenever it returns; throws Failure when a
-/// folder cannot be created or `sPath` is empty.
+/// Creates the missing folders of a path. A last element that contains "." is taken for a file name
+/// and not created. Always returns true; throws Failure if a folder cannot be created or `sPath` is
+/// empty.
 bool MakeFolderPath(const std::wstring& sPath);
 
-/// The text up to and with the last `sSeparator`, the empty text when there is none.
+/// The text up to and including the last `sSeparator`, or empty if there is none.
 std::wstring ParentPath(const std::wstring& sPath, const std::wstring& sSeparator);
 
-/// `sPath` with one `\` added unless it already ends in one.
+/// `sPath` with a final `\`, which is added if missing.
 std::wstring AppendBackslash(const std::wstring& sPath);
 
-/// The text after the last "." (the whole of `sPath` when there is none).
+/// The text after the last ".", or all of `sPath` if there is none.
 std::wstring FileExtension(const std::wstring& sPath);
 
-/// The program's one diagnostic channel: appends an entry to `sLogFile`, or to the file of the day
-/// when it is empty, and shows `sMessage` in a box titled `sSource` when asked. Never fails
-/// outward.
+/// Appends an entry to `sLogFile` or, if it is empty, to today's log. If `bShowBox` is set, also
+/// shows `sMessage` in a box with the title `sSource`. Throws nothing.
 void LogWrite(const std::wstring& sMessage, const std::wstring& sSource, bool bShowBox = false,
               const std::wstring& sLogFile = {});
 
-/// Collects the messages of `LogWrite` during its life, so that a failure can be shown with its
-/// reason. It keeps the last few. While a nested one lives, only that one collects.
+/// Collects the messages of `LogWrite` during its lifetime, so that a failure can be shown with its
+/// reason. Keeps the last few. Only the innermost of nested objects collects.
 class LogCapture {
  public:
   LogCapture();
@@ -82,11 +81,11 @@ class LogCapture {
   std::deque<std::wstring> messages_;
 };
 
-/// The path text of the day's log file, which need not exist.
+/// The path text of today's log file, which need not exist.
 std::wstring logFileOfToday();
 
-/// The last entries of a log, up to `most` bytes of the file, with `\n` as line end and without
-/// empty lines. Throws Failure when it cannot be read.
+/// The last entries of a log, at most `most` bytes of the file, with `\n` as line end and without
+/// empty lines. Throws Failure if it cannot be read.
 std::wstring readLog(const std::wstring& sLogFile, std::size_t most);
 
 }  // namespace mdlFolderAndFile

@@ -21,24 +21,24 @@ View withoutOuter(View text, View blanks) {
 
 struct Reading {
   double value = 0;
-  std::size_t length = 0;  // of the number in the text; 0: there is none
+  std::size_t length = 0;  // of the number in the text; 0 if there is none
 };
 
-// The front part of `text` whose characters can belong to a decimal number, as ASCII.
+// The leading characters of `text` that can belong to a decimal number.
 std::string numberCharacters(std::wstring_view text) {
   constexpr std::wstring_view kAllowed = L"0123456789.+-eE";
   const std::wstring_view candidate = text.substr(0, text.find_first_not_of(kAllowed));
   return {candidate.begin(), candidate.end()};
 }
 
-// What a number too large or too small for a double counts as.
+// The value of a number that is too large or too small for a double.
 double outOfRangeValue(std::string_view number) {
   const bool isTiny = number.find("e-") != number.npos || number.find("E-") != number.npos ||
                       number.front() == '0' || number.front() == '.';
   return isTiny ? 0.0 : std::numeric_limits<double>::infinity();
 }
 
-// The number at the very front of `text`; std::from_chars, unlike strtod, knows no locale.
+// The number at the front of `text`. std::from_chars, unlike strtod, ignores the locale.
 Reading readNumber(std::wstring_view text) {
   const std::string characters = numberCharacters(text);
   const bool hasSign = !characters.empty() && (characters[0] == '-' || characters[0] == '+');
@@ -53,7 +53,7 @@ Reading readNumber(std::wstring_view text) {
   return {value, static_cast<std::size_t>(end - characters.data())};
 }
 
-// The number that the whole of `text` is, outer blanks aside.
+// The value of a text that is a number, except for outer blanks.
 double wholeNumber(std::wstring_view text) {
   const std::wstring_view number = trimmed(text);
   const Reading reading = readNumber(number);
@@ -97,7 +97,7 @@ double numericPrefix(std::wstring_view text) {
 }
 
 std::int16_t toInt16(double value) {
-  const double rounded = std::nearbyint(value);  // the default mode takes a half to the even side
+  const double rounded = std::nearbyint(value);  // half to even, the default mode
   const bool fits = rounded >= std::numeric_limits<std::int16_t>::min() &&
                     rounded <= std::numeric_limits<std::int16_t>::max();
   if (!fits) throw Failure("number outside -32768 to 32767");

@@ -1,18 +1,24 @@
 #include "foundation/program.h"
 
+#include <cerrno>
 #include <chrono>
 #include <ctime>
+#include <fcntl.h>
 #include <filesystem>
 #include <malloc.h>
+#include <sys/file.h>
+#include <utility>
 
-#include "foundation/path_text.h"
+#include "foundation/Failure.h"
+#include "foundation/mdlFolderAndFile.h"
+#include "foundation/paths.h"
 
 namespace orvane {
 namespace {
 
 std::wstring folderOfExecutable() {
   std::wstring folder = pathText(std::filesystem::read_symlink("/proc/self/exe").parent_path());
-  if (folder == L"\\") folder.clear();  // so that folder + "\Log" is right in the root as well
+  if (folder == L"\\") folder.clear();  // "" + "\Log" is a path in the root folder
   return folder;
 }
 
@@ -31,18 +37,44 @@ void setProgramFolder(const std::wstring& folder) {
   storedFolder() = folder;
 }
 
+InstanceGuard::InstanceGuard(const std::wstring& folder) {
+  const std::wstring file = folder + L"\\Orvane.lock";
+  // The last attempt is for a lock file of another user.
+  const std::pair<const std::wstring&, int> attempts[] = {
+      {folder, O_RDONLY | O_DIRECTORY}, {file, O_RDWR | O_CREAT}, {file, O_RDONLY}};
+  std::wstring reasons;
+  for (const auto& [path, flags] : attempts) {
+    try {
+      lock(path, flags);
+      return;
+    } catch (const Failure& failure) {
+      reasons += (reasons.empty() ? L"" : L"；") + description(failure);
+    }
+  }
+  mdlFolderAndFile::LogWrite(L"工作站无法加锁，不能确定是否已有另一个程序在这里运行：" + reasons,
+                             kApplicationTitle);
+}
+
+void InstanceGuard::lock(const std::wstring& path, int flags) {
+  FileDescriptor opened(path, flags);
+  const bool isMine = flock(opened.number(), LOCK_EX | LOCK_NB) == 0;
+  if (!isMine && errno != EWOULDBLOCK) throw systemFailure(errno, path);
+  anotherRuns_ = !isMine;
+  locked_.emplace(std::move(opened));
+}
+
 void keepFreedMemory() {
   constexpr int kMegabyte = 1 << 20;
-  mallopt(M_MMAP_THRESHOLD, 32 * kMegabyte);  // the most that glibc allows; an A4 page takes 26
+  mallopt(M_MMAP_THRESHOLD, 32 * kMegabyte);  // the maximum of glibc; an A4 page needs 26
   mallopt(M_TRIM_THRESHOLD, 128 * kMegabyte);
   mallopt(M_ARENA_MAX, 1);
 }
 
 std::wstring localTime(const char* format) {
-  // Unlike std::time, which lags behind other programs by up to a clock tick.
+  // std::time can be a clock tick behind the time that other programs read.
   const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   std::tm parts{};
-  tzset();  // localtime_r need not notice a changed time zone
+  tzset();  // localtime_r may not notice a changed time zone
   localtime_r(&now, &parts);
   char digits[32];
   const std::size_t length = std::strftime(digits, sizeof digits, format, &parts);

@@ -1,26 +1,48 @@
 #pragma once
 
+#include <optional>
 #include <string>
+
+#include "foundation/FileDescriptor.h"
 
 namespace orvane {
 
 /// The fixed title of the program: window caption, and title in every log line.
 inline constexpr const wchar_t* kApplicationTitle = L"Orvane成果导出";
 
-/// The folder of the program, as a path text without a separator at the end. It holds `Orvane.dll`,
-/// `data.ini`, `Batchs` and `Log`.
+/// The folder of the program, which contains `Orvane.dll`, `data.ini`, `Batchs` and `Log`. A path
+/// text without a final separator.
 const std::wstring& programFolder();
 
-/// Replaces the folder of the running executable as the program's folder. For tests, which lay out
-/// a station of their own, and before any other thread asks for it.
+/// Sets the program's folder, which is the folder of the executable by default. For tests and tools
+/// that use another station. Must be called before other threads read it.
 void setProgramFolder(const std::wstring& folder);
 
-/// Makes the process keep the memory that it frees, up to a few pages' worth: the next page needs
-/// as much again, and the system would have to clear it each time. All threads share what is kept.
-/// Called once, at the start.
+/// Lets only one process work in a program folder. It locks the folder itself, which needs no file;
+/// the lock ends with the process. If a folder cannot be locked (NFS locks only files that are open
+/// for writing), the file `Orvane.lock` in it is locked instead. This file is not deleted.
+class InstanceGuard {
+ public:
+  /// `folder` is a path text.
+  explicit InstanceGuard(const std::wstring& folder);
+
+  /// True if another process holds the lock. If neither lock is possible, false, and a log line
+  /// gives the reasons.
+  bool anotherRuns() const { return anotherRuns_; }
+
+ private:
+  /// Throws Failure if `path` cannot be locked for a reason other than a second process.
+  void lock(const std::wstring& path, int flags);
+
+  std::optional<FileDescriptor> locked_;
+  bool anotherRuns_ = false;
+};
+
+/// Makes the process keep freed memory, enough for a few pages, because the system would have to
+/// clear the memory of each new page. All threads share it. Called once, at the start.
 void keepFreedMemory();
 
-/// The local date and time now, in a format of strftime that has digits only.
+/// The current local time in a format of strftime that gives ASCII only.
 std::wstring localTime(const char* format);
 
 /// The time stamp of a log entry, "YYYY-MM-DD HH:MM:SS".

@@ -13,7 +13,7 @@
 #include "foundation/durable_file.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 #include "imaging/encode_page.h"
 #include "imaging/jpeg/jpeg.h"
 #include "imaging/operations/crop.h"

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "foundation/Failure.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 #include "imaging/jpeg/jpeg_transcode.h"
 
 namespace orvane {

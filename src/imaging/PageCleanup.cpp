@@ -5,10 +5,10 @@
 #include <string>
 
 #include "foundation/Failure.h"
-#include "foundation/ansi_text.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
+#include "foundation/text_encoding.h"
 #include "imaging/mdlImageProcess.h"
 
 namespace orvane {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <exception>
 
-#include "foundation/ansi_text.h"
 #include "foundation/durable_file.h"
 #include "foundation/mdlFolderAndFile.h"
+#include "foundation/text_encoding.h"
 #include "settings/profile_file.h"
 
 namespace orvane::mdlINI {

@@ -15,7 +15,7 @@
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "window/qt_text.h"
 
 namespace orvane {

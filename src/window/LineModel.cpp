@@ -1,6 +1,6 @@
 #include "window/LineModel.h"
 
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 #include "window/qt_text.h"
 
 namespace orvane {

@@ -6,8 +6,8 @@
 
 #include "export/OutputNaming.h"
 #include "foundation/Failure.h"
-#include "foundation/path_text.h"
-#include "foundation/utf8_text.h"
+#include "foundation/paths.h"
+#include "foundation/text_encoding.h"
 #include "window/qt_text.h"
 
 namespace orvane {

@@ -11,8 +11,8 @@
 
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/path_text.h"
-#include "foundation/utf8_text.h"
+#include "foundation/paths.h"
+#include "foundation/text_encoding.h"
 #include "window/operator_guide.h"
 #include "window/qt_text.h"
 

@@ -5,7 +5,7 @@
 #include <QUrl>
 
 #include "foundation/WindowServices.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "foundation/program.h"
 #include "window/qt_text.h"
 

@@ -11,7 +11,7 @@
 #include "foundation/Failure.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "export/OutputNaming.h"
 #include "export/RunHost.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 #include "imaging/ImagingControl.h"
 #include "support/RecordingWindow.h"
 

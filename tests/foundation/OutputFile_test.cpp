@@ -8,7 +8,7 @@
 #include "imaging/jpeg/jpeg.h"
 #include "imaging/pdf/PdfFile.h"
 #include "imaging/tiff/TiffFile.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

@@ -1,10 +1,11 @@
 // Folders of a path, names of the scan tree in other letter case, and path texts.
 
+#include "foundation/paths.h"
+
 #include <filesystem>
 #include <gtest/gtest.h>
 
 #include "foundation/Failure.h"
-#include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "support/TempStation.h"
 

@@ -2,12 +2,12 @@
 
 #include <gmock/gmock.h>
 
-#include "foundation/utf8_text.h"
-#include "imaging/differingPixels.h"
+#include "foundation/text_encoding.h"
+#include "imaging/differing_pixels.h"
 #include "imaging/icc.h"
 #include "imaging/tiff/tiff_kinds.h"
 #include "support/TempStation.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 /// The real instance with real files, made and judged by outside tools.
 namespace orvane::test {

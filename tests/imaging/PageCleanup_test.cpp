@@ -2,7 +2,7 @@
 
 #include "imaging/HostFixture.h"
 #include "imaging/ImagingControl.h"
-#include "imaging/differingPixels.h"
+#include "imaging/differing_pixels.h"
 
 namespace orvane::test {
 namespace {

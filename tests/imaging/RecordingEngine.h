@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "foundation/Failure.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 #include "imaging/ImagingEngine.h"
 
 namespace orvane {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "foundation/WindowServices.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 
 namespace orvane::test {
 

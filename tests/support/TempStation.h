@@ -9,10 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "foundation/ansi_text.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "foundation/program.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 #include "support/command.h"
 
 namespace orvane::test {

@@ -4,7 +4,7 @@
 
 #include "end_to_end/Operator.h"
 #include "end_to_end/Screen.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 #include "settings/ExportSettings.h"
 
 namespace orvane::test {

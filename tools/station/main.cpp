@@ -10,10 +10,9 @@
 #include "batchdb/BatchStore.h"
 #include "batchdb/SqliteStore.h"
 #include "foundation/Failure.h"
-#include "foundation/InstanceGuard.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "foundation/program.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 #include "station_check.h"
 
 namespace {

@@ -6,9 +6,8 @@
 #include "docstore/ScanTree.h"
 #include "export/ScanTreeGuard.h"
 #include "foundation/Failure.h"
-#include "foundation/existing_path.h"
 #include "foundation/mdlFolderAndFile.h"
-#include "foundation/path_text.h"
+#include "foundation/paths.h"
 #include "foundation/program.h"
 #include "imaging/LoadedPage.h"
 

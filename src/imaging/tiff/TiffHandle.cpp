@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "foundation/Failure.h"
-#include "foundation/utf8_text.h"
+#include "foundation/text_encoding.h"
 
 namespace orvane {
 namespace {

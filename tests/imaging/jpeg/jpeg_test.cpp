@@ -9,7 +9,7 @@
 #include "imaging/tiff/TiffPage.h"
 #include "support/TempStation.h"
 #include "support/command.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

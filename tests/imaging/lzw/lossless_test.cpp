@@ -5,7 +5,7 @@
 #include "imaging/libtiff_judge.h"
 #include "imaging/pages.h"
 #include "imaging/raster/bit_streams.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

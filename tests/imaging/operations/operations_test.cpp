@@ -15,7 +15,7 @@
 #include "imaging/raster/conversion.h"
 #include "support/TempStation.h"
 #include "support/command.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "imaging/container_checks.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

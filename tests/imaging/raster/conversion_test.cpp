@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

@@ -6,7 +6,7 @@
 #include "imaging/tiff/TiffPage.h"
 #include "imaging/tiff/tiff_kinds.h"
 #include "support/AsOrdinaryUser.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

@@ -7,7 +7,7 @@
 #include "imaging/tiff/tiff_kinds.h"
 #include "support/TempStation.h"
 #include "support/command.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

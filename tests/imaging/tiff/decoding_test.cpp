@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
-#include "imaging/differingPixels.h"
+#include "imaging/differing_pixels.h"
 #include "imaging/libtiff_judge.h"
 #include "imaging/lzw/lossless.h"
 #include "imaging/tiff/TiffPage.h"
 #include "imaging/tiff/tiff_kinds.h"
 #include "support/TempStation.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

@@ -4,7 +4,7 @@
 #include "imaging/tiff/TiffPage.h"
 #include "imaging/tiff/tiff_kinds.h"
 #include "support/TempStation.h"
-#include "support/failureOf.h"
+#include "support/failure_of.h"
 
 namespace orvane::test {
 namespace {

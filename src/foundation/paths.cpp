@@ -1,32 +1,91 @@
-#include "foundation/existing_path.h"
+#include "foundation/paths.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <deque>
-#include <filesystem>
-#include <optional>
 #include <sys/stat.h>
 #include <system_error>
 
 #include "foundation/Failure.h"
-#include "foundation/path_text.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
+#include "foundation/text_encoding.h"
 
 namespace orvane {
+
+// The native form of path texts.
+
+namespace {
+
+constexpr wchar_t kEscapeBase = 0xDC00;
+
+wchar_t escaped(unsigned char byte) {
+  return static_cast<wchar_t>(kEscapeBase + byte);
+}
+
+// Only the bytes that `entryText` escapes, so that no escape becomes a separator or a NUL.
+bool isEscape(wchar_t character) {
+  return character == escaped('\\') ||
+         (character >= kEscapeBase + 0x80 && character <= kEscapeBase + 0xFF);
+}
+
+}  // namespace
+
+std::filesystem::path nativePath(std::wstring_view pathText) {
+  std::string native;
+  std::size_t plainBegin = 0;
+  const auto endPlain = [&](std::size_t end) {
+    native += toUtf8(pathText.substr(plainBegin, end - plainBegin));
+    plainBegin = end + 1;
+  };
+  for (std::size_t i = 0; i < pathText.size(); ++i) {
+    const wchar_t character = pathText[i];
+    if (character == L'\0') throw systemFailure(EINVAL, pathText);
+    if (character == L'\\') {
+      endPlain(i);
+      native += '/';
+    } else if (isEscape(character)) {
+      endPlain(i);
+      native += static_cast<char>(character - kEscapeBase);
+    } else if (!isUnicodeScalar(character)) {
+      throw systemFailure(EILSEQ, pathText);
+    }
+  }
+  endPlain(pathText.size());
+  return native;
+}
+
+std::wstring entryText(std::string_view entryName) {
+  std::wstring text = fromUtf8(entryName, escaped);
+  for (wchar_t& character : text) {
+    if (character == L'\\') character = escaped('\\');
+  }
+  return text;
+}
+
+std::wstring pathText(const std::filesystem::path& native) {
+  std::wstring text = entryText(native.native());
+  for (wchar_t& character : text) {
+    if (character == L'/') character = L'\\';
+  }
+  return text;
+}
+
+// Names in any letter case, and links.
+
 namespace {
 
 namespace fs = std::filesystem;
 
 constexpr const wchar_t* kSeparators = L"\\/";
 
-bool liesInScanTree(const std::wstring& path) {
+bool isInScanTree(const std::wstring& path) {
   const std::wstring root = programFolder() + L"\\Batchs";
   return path.starts_with(root) && (path.size() == root.size() ||
                                     path.find_first_of(kSeparators, root.size()) == root.size());
 }
 
-// A path that cannot be looked at counts as existing: its use will fail and say why.
+// A path that cannot be examined counts as existing, because its use reports the reason.
 bool isThere(const std::wstring& path) {
   struct stat status {};
   return lstat(nativePath(path).c_str(), &status) == 0 || errno != ENOENT;
@@ -37,7 +96,7 @@ bool equalInAnyCase(std::wstring_view name, std::wstring_view otherName) {
                     [](wchar_t a, wchar_t b) { return a == b || upperCase(a) == upperCase(b); });
 }
 
-// The name by which `folder` (which ends in a separator) lists `name`; nothing when it lists none.
+// The spelling of `name` that `folder` (which ends in a separator) lists, if any.
 std::optional<std::wstring> listedName(const std::wstring& folder, const std::wstring& name) {
   std::optional<std::wstring> found;
   std::error_code error;
@@ -53,7 +112,7 @@ std::optional<std::wstring> listedName(const std::wstring& folder, const std::ws
   return found;
 }
 
-// The path without dots and doubled separators, and without one at its end.
+// Without dots, doubled separators and a final separator.
 fs::path plain(const std::wstring& pathText) {
   const fs::path path = nativePath(pathText).lexically_normal();
   return path.has_filename() ? path : path.parent_path();
@@ -69,7 +128,7 @@ bool isLink(const fs::path& place, const std::wstring& path) {
 }
 
 bool isSameFolder(const fs::path& a, const fs::path& b) {
-  std::error_code ignored;  // what does not exist has no identity but its name
+  std::error_code ignored;  // a folder that does not exist has only its name
   return a == b || fs::equivalent(a, b, ignored);
 }
 
@@ -80,7 +139,7 @@ std::optional<std::wstring> entryInAnyCase(const std::wstring& folder, const std
 }
 
 std::wstring existingPath(const std::wstring& pathText) {
-  if (!liesInScanTree(pathText) || isThere(pathText)) return pathText;
+  if (!isInScanTree(pathText) || isThere(pathText)) return pathText;
   std::wstring found = programFolder();
   for (std::size_t begin = found.size(); begin < pathText.size();) {
     const std::size_t nameBegin = pathText.find_first_not_of(kSeparators, begin);
@@ -118,7 +177,7 @@ bool isOneEntryInAnyCase(const std::wstring& path, const std::wstring& otherPath
 }
 
 fs::path resolvedPlace(const std::wstring& path) {
-  // A process whose working directory was removed has none; an absolute path does not need it.
+  // If the working directory was removed, `current_path` fails.
   const fs::path native = nativePath(existingPath(path));
   const fs::path whole = native.is_absolute() ? native : fs::current_path() / native;
   std::deque<fs::path> rest(whole.begin(), whole.end());
@@ -132,7 +191,7 @@ fs::path resolvedPlace(const std::wstring& path) {
       place = place.parent_path();
       continue;
     }
-    place /= part;  // "/" starts again
+    place /= part;  // an absolute `part` replaces `place`
     if (!isLink(place, path)) continue;
     if (++links > kMaxLinks) throw systemFailure(ELOOP, path);
     const fs::path target = fs::read_symlink(place);
@@ -142,7 +201,7 @@ fs::path resolvedPlace(const std::wstring& path) {
   return place;
 }
 
-bool liesWithin(const fs::path& place, const fs::path& folder) {
+bool isWithin(const fs::path& place, const fs::path& folder) {
   for (fs::path level = place;; level = level.parent_path()) {
     if (isSameFolder(level, folder)) return true;
     if (level == level.root_path()) return false;
