@@ -7,7 +7,6 @@
 
 #include "docstore/ScanTree.h"
 #include "export/SaveAsDocument.h"
-#include "export/page_forecast.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"
 #include "imaging/ImagingControl.h"

@@ -1,10 +1,12 @@
 // Reads, changes and writes a settings file. A change must affect its key only, and settings that
 // were loaded completely and saved must load and save as the same bytes.
 #include "fuzz/Workshop.h"
-#include "settings/ExportSettingsFile.h"
-#include "settings/profile_file.h"
+#include "settings/ExportForm.h"
+#include "settings/ExportSettings.h"
+#include "settings/mdlINI.h"
 
 using namespace orvane;
+using namespace orvane::mdlINI;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const fuzz::Workshop shop;

@@ -15,7 +15,7 @@
 #include "window/BrowseForFolder.h"
 #include "window/QtWindowServices.h"
 #include "window/appearance.h"
-#include "window/operator_guide.h"
+#include "window/help.h"
 #include "window/qt_text.h"
 
 namespace {

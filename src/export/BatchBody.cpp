@@ -6,7 +6,6 @@
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
 #include "export/SaveAsDocument.h"
-#include "export/page_forecast.h"
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "export/ScanTreeGuard.h"
 #include "imaging/ImagingEngine.h"
@@ -56,4 +58,29 @@ bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingE
                     const std::wstring& NewDocumentID);
 
 }  // namespace mdlDocumentHelper
+
+/// What `SaveAsDocument` requests of the savers. A JPEG file holds one page, so a multi-page JPEG
+/// is written as PDF with the extension ".jpg".
+SaveChoice saveChoice(std::int16_t SaveFileType, bool IsPageFile, std::int16_t CompressionType,
+                      std::int16_t CompressionRatios);
+
+/// The pages that the export of these documents of the current batch (`gBatchFolder`) will request,
+/// so that the imaging instance can prepare them. A page list is read when its first page is
+/// requested. One that cannot be read is skipped without a log line, because the export reports it.
+PageForecast forecastOf(std::vector<std::wstring> documents, const SaveChoice& choice);
+
+/// Gives an instance a forecast for the lifetime of this object.
+class ForecastInPlace {
+ public:
+  ForecastInPlace(ImagingEngine& instance, PageForecast forecast) : instance_(instance) {
+    instance_.expectPages(std::move(forecast));
+  }
+  ~ForecastInPlace() { instance_.expectPages({}); }
+  ForecastInPlace(const ForecastInPlace&) = delete;
+  ForecastInPlace& operator=(const ForecastInPlace&) = delete;
+
+ private:
+  ImagingEngine& instance_;
+};
+
 }  // namespace orvane

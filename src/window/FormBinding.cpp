@@ -9,7 +9,7 @@
 #include <QSignalBlocker>
 #include <utility>
 
-#include "window/build_controls.h"
+#include "window/controls.h"
 #include "window/qt_text.h"
 
 namespace orvane {

@@ -12,11 +12,12 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 #include "foundation/text_encoding.h"
-#include "settings/ExportSettingsFile.h"
+#include "imaging/DocumentConversion.h"
+#include "imaging/PageCleanup.h"
+#include "settings/ExportSettings.h"
 #include "window/BrowseForFolder.h"
-#include "window/ControlTable.h"
-#include "window/build_controls.h"
-#include "window/control_help.h"
+#include "window/controls.h"
+#include "window/help.h"
 #include "window/list_actions.h"
 #include "window/qt_text.h"
 
@@ -70,8 +71,7 @@ void frmMain::connectButtons() {
 
 void frmMain::openInTheCentre() {
   const QRect available = screen()->availableGeometry();
-  const QSize design(kClientWidth / kTwipsPerPixel, kClientHeight / kTwipsPerPixel);
-  resize(design.boundedTo(available.size()));
+  resize(kClientSize.boundedTo(available.size()));
   QRect place = geometry();
   place.moveCenter(available.center());
   setGeometry(place);
@@ -173,6 +173,61 @@ std::wstring frmMain::AutoMakeNewDocumentName(const std::wstring& sBatchName,
                                               const std::wstring& sDocName) const {
   return documentStem(form_.renameTypeText(), sBatchName, sDocName, settings().ReNameSp1,
                       settings().ReNameSp2);
+}
+
+bool frmMain::ImageDocProcess(const std::wstring& sImageFilePath,
+                              const std::wstring& sProcessedImageFilePath,
+                              const std::wstring& sBatchErrorLogPath) {
+  return PageCleanup(imaging(), listProcessLog())
+      .ImageDocProcess(sImageFilePath, sProcessedImageFilePath, sBatchErrorLogPath);
+}
+
+void frmMain::WriteBatchErrorLog(const std::wstring& Message, const std::wstring& FileName) {
+  orvane::WriteBatchErrorLog(Message, FileName);
+}
+
+bool frmMain::ChangeToDocPDF(const std::wstring& sImageFilePath,
+                             const std::wstring& sChangedPDFFilePath,
+                             const std::wstring& sBatchErrorLogPath, std::int16_t SaveFileType,
+                             std::int16_t CompressionType) {
+  return DocumentConversion(imaging(), listProcessLog())
+      .ChangeToDocPDF(sImageFilePath, sChangedPDFFilePath, sBatchErrorLogPath, SaveFileType,
+                      CompressionType);
+}
+
+bool frmMain::ChangeToPagePDF(const std::wstring& sImageFilePath,
+                              const std::wstring& sChangedPDFRootPath,
+                              const std::wstring& sBatchErrorLogPath, std::int16_t SaveFileType,
+                              std::int16_t CompressionType) {
+  return DocumentConversion(imaging(), listProcessLog())
+      .ChangeToPagePDF(sImageFilePath, sChangedPDFRootPath, sBatchErrorLogPath, SaveFileType,
+                       CompressionType);
+}
+
+bool frmMain::SaveAsDocument(const std::wstring& PageFilePath, std::int16_t SaveFileType,
+                             std::int16_t CompressionType, const std::wstring& SaveFilePath) {
+  return DocumentConversion(imaging(), listProcessLog())
+      .SaveAsDocument(PageFilePath, SaveFileType, CompressionType, SaveFilePath);
+}
+
+bool frmMain::SaveAsPage(const std::wstring& PageFilePath, std::int16_t SaveFileType,
+                         std::int16_t CompressionType, const std::wstring& SaveRootPath) {
+  return DocumentConversion(imaging(), listProcessLog())
+      .SaveAsPage(PageFilePath, SaveFileType, CompressionType, SaveRootPath);
+}
+
+void frmMain::SaveImage(ImagingEngine& ImgControl, const std::wstring& ImagePath,
+                        std::int16_t PageNum, const std::wstring& sSaveFilePath, bool bCompression,
+                        bool bSaveMultiPage) {
+  DocumentConversion::SaveImage(ImgControl, ImagePath, PageNum, sSaveFilePath, bCompression,
+                                bSaveMultiPage);
+}
+
+void frmMain::SavePDF(ImagingEngine& ImgControl, const std::wstring& ImagePath,
+                      std::int16_t PageNum, const std::wstring& sSaveFilePath, bool bCompression,
+                      bool bSaveMultiPage) {
+  DocumentConversion::SavePDF(ImgControl, ImagePath, PageNum, sSaveFilePath, bCompression,
+                              bSaveMultiPage);
 }
 
 ImagingInstances frmMain::imaging() {

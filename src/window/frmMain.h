@@ -7,7 +7,6 @@
 #include "imaging/ImagingControl.h"
 #include "settings/ExportForm.h"
 #include "window/FormBinding.h"
-#include "window/FormOperations.h"
 #include "window/NamingPreview.h"
 #include "window/ProgressListView.h"
 #include "window/RunTips.h"
@@ -21,7 +20,7 @@ struct ToolbarButton {
 
 /// The only window of the program: the options on the left, the progress list on the right. It owns
 /// the export options, the six imaging instances and the list, which a run uses directly.
-class frmMain final : public QWidget, public RunHost, public FormOperations {
+class frmMain final : public QWidget, public RunHost {
  public:
   /// `run` exports the batches. `endProcess` ends the process at once, even during a run.
   frmMain(std::function<void(RunHost&)> run, std::function<void()> endProcess);
@@ -38,6 +37,29 @@ class frmMain final : public QWidget, public RunHost, public FormOperations {
   void StopProcess();
   /// Does nothing: there is no spreadsheet output.
   void OutputExcel_JLML();
+
+  // Page clean-up and conversion for other hosts, with the instances and the list of the window.
+  // The run does not call them. They are described in PageCleanup and DocumentConversion.
+  bool ImageDocProcess(const std::wstring& sImageFilePath,
+                       const std::wstring& sProcessedImageFilePath,
+                       const std::wstring& sBatchErrorLogPath);
+  void WriteBatchErrorLog(const std::wstring& Message, const std::wstring& FileName);
+  bool ChangeToDocPDF(const std::wstring& sImageFilePath, const std::wstring& sChangedPDFFilePath,
+                      const std::wstring& sBatchErrorLogPath, std::int16_t SaveFileType,
+                      std::int16_t CompressionType);
+  bool ChangeToPagePDF(const std::wstring& sImageFilePath, const std::wstring& sChangedPDFRootPath,
+                       const std::wstring& sBatchErrorLogPath, std::int16_t SaveFileType,
+                       std::int16_t CompressionType);
+  bool SaveAsDocument(const std::wstring& PageFilePath, std::int16_t SaveFileType,
+                      std::int16_t CompressionType, const std::wstring& SaveFilePath);
+  bool SaveAsPage(const std::wstring& PageFilePath, std::int16_t SaveFileType,
+                  std::int16_t CompressionType, const std::wstring& SaveRootPath);
+  void SaveImage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
+                 const std::wstring& sSaveFilePath = {}, bool bCompression = false,
+                 bool bSaveMultiPage = false);
+  void SavePDF(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
+               const std::wstring& sSaveFilePath = {}, bool bCompression = false,
+               bool bSaveMultiPage = false);
 
   const ExportSettings& settings() const override { return form_.settings(); }
   std::wstring txtLiuShui() const override { return form_.text(TextBox::LiuShui); }

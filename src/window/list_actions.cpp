@@ -13,7 +13,7 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/text_encoding.h"
-#include "window/operator_guide.h"
+#include "window/help.h"
 #include "window/qt_text.h"
 
 namespace orvane {

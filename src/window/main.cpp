@@ -14,8 +14,8 @@
 #include "foundation/program.h"
 #include "window/QtWindowServices.h"
 #include "window/appearance.h"
+#include "window/controls.h"
 #include "window/frmMain.h"
-#include "window/screen_fit.h"
 
 namespace {
 
@@ -75,7 +75,7 @@ int main(int argc, char** argv) {
   arguments.insert(arguments.end(), {option, theme, nullptr});
   int argumentCount = argc + 2;
   QApplication application(argumentCount, arguments.data());
-  orvane::fitToScreen(argv);
+  orvane::fitToScreen(orvane::kClientSize, argv);
   orvane::applyAppearance();
   orvane::QtWindowServices services;
   orvane::installWindowServices(&services);

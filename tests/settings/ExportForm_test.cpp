@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <sstream>
 
-#include "settings/ExportSettingsFile.h"
+#include "settings/ExportSettings.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"
 

@@ -5,8 +5,8 @@
 
 #include "export/JournalHost.h"
 #include "export/RunOutPutBatch.h"
+#include "settings/ExportForm.h"
 #include "settings/ExportSettings.h"
-#include "settings/ExportSettingsFile.h"
 
 namespace orvane::test {
 

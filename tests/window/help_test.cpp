@@ -9,9 +9,9 @@
 #include <set>
 
 #include "Station.h"
-#include "window/ControlTable.h"
 #include "window/NamingPreview.h"
-#include "window/screen_fit.h"
+#include "window/appearance.h"
+#include "window/controls.h"
 
 namespace orvane::test {
 namespace {

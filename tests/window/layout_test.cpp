@@ -6,7 +6,7 @@
 #include <cmath>
 
 #include "Station.h"
-#include "window/caption_widgets.h"
+#include "window/controls.h"
 
 namespace orvane::test {
 namespace {

@@ -1,10 +1,17 @@
-#include "window/control_help.h"
+#include "window/help.h"
 
 #include <QAbstractButton>
+#include <QDesktopServices>
+#include <QFileInfo>
 #include <QPushButton>
 #include <QShortcut>
+#include <QUrl>
 
-#include "window/build_controls.h"
+#include "foundation/WindowServices.h"
+#include "foundation/paths.h"
+#include "foundation/program.h"
+#include "window/controls.h"
+#include "window/qt_text.h"
 
 namespace orvane {
 namespace {
@@ -105,6 +112,38 @@ void addControlHelp(QWidget& window) {
     addKey(window, target, row.key);
     // Enter presses the button that has the focus, like the space bar.
     if (auto* button = qobject_cast<QPushButton*>(&target)) button->setAutoDefault(true);
+  }
+}
+
+// The guide.
+
+namespace {
+
+constexpr const wchar_t* kGuide = L"operator-guide.zh.html";
+
+QString localName(const std::wstring& path) {
+  return QFile::decodeName(nativePath(path).c_str());
+}
+
+}  // namespace
+
+QString guideFile() {
+  for (const std::wstring& folder :
+       {programFolder() + L"\\doc\\", std::wstring(L"\\usr\\share\\doc\\orvane-export\\")}) {
+    QString file = localName(folder + kGuide);
+    if (QFileInfo(file).isReadable()) return file;
+  }
+  return {};
+}
+
+void openGuide() {
+  const QString file = guideFile();
+  if (file.isEmpty()) {
+    windowServices().showBox(L"找不到操作手册：" + programFolder() + L"\\doc\\" + kGuide,
+                             kApplicationTitle, BoxIcon::Critical);
+  } else if (!QDesktopServices::openUrl(QUrl::fromLocalFile(file))) {
+    windowServices().showBox(L"没有能打开操作手册的浏览器。操作手册在：\r" + fromQt(file),
+                             kApplicationTitle, BoxIcon::Critical);
   }
 }
 
