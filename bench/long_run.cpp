@@ -1,5 +1,5 @@
 // Long unattended runs: many batches, one batch that fails again and again, and a table of a
-// million rows. Prints the figures. The exit status is 1 if one exceeds its limit.
+// million rows; and many short documents instead of a long one. Prints the figures. The exit status is 1 if one exceeds its limit.
 
 #include <chrono>
 #include <fstream>
@@ -16,7 +16,7 @@ namespace {
 using namespace orvane;
 namespace fs = std::filesystem;
 
-constexpr int kBatches = 500, kDocuments = 10, kPages = 10, kFailures = 100'000;
+constexpr int kBatches = 500, kDocuments = 10, kPages = 10, kFailures = 100'000, kShortDocuments = 200;
 constexpr double kMostGrowthMb = 5, kMostQueryMs = 50;
 
 bool withinLimits = true;
@@ -98,6 +98,43 @@ void runFailingBatch() {
   run(station, std::to_string(kFailures) + " failures of one batch", kFailures);
 }
 
+// Exports one batch to multi-page files and returns the time.
+double exportTime(test::ExportStation& station, const std::string& batch) {
+  station.createTable({batch});
+  test::JournalHost host(workersOfMachine());
+  host.options.SavePath = station.outputText();
+  host.options.ReNameFormat = kNameOfDocument;
+  host.options.IsMutiPage = true;
+  const auto begin = std::chrono::steady_clock::now();
+  RunOutPutBatch(host);
+  report(batch + ", failures", static_cast<double>(host.reasons.size()), 0);
+  return msSince(begin);
+}
+
+void compareShortDocuments() {
+  test::ExportStation station;
+  const fs::path pages = station.scan("one document/pages");
+  fs::create_directories(pages.parent_path());
+  const fs::path here = fs::read_symlink("/proc/self/exe").parent_path();
+  test::outputOf(test::quoted(here / "sample-station") + " " + test::quoted(pages) +
+                 " --pages g4 " + std::to_string(kShortDocuments));
+  for (const fs::path& page : fs::directory_iterator(pages)) {
+    last_write_time(page, last_write_time(page) - std::chrono::hours(1));
+    if (page.extension() != ".tif") continue;
+    const fs::path document = station.scan("short documents") / page.stem();
+    fs::create_directories(document);
+    fs::create_hard_link(page, document / page.filename());
+    test::writeBytes(document / "Doc.dat", page.stem().string() + "$");
+  }
+  double one = 1e9, many = 1e9;
+  for (int round = 0; round < 7; ++round) {
+    one = std::min(one, exportTime(station, "one document"));
+    many = std::min(many, exportTime(station, "short documents"));
+  }
+  report("one document of 200 pages, ms", one, 1e9);
+  report("200 documents of one page over it", many / one, 1.1);
+}
+
 void queryMillionRows() {
   test::ExportStation station;
   test::outputOf("sqlite3 " + test::quoted(station.native("Orvane.dll")) + " <" BATCH_TABLE);
@@ -122,5 +159,6 @@ int main() {
   runManyBatches();
   runFailingBatch();
   queryMillionRows();
+  compareShortDocuments();
   return withinLimits ? 0 : 1;
 }
