@@ -124,6 +124,8 @@ class BatchExport : private ExportListener {
     startOfDocument_ = Clock::now();
   }
 
+  void requireOutputFolder() override { run_.outputFolder.requireAt(settings_.SavePath); }
+
   void beginPage(int page, int pageCount) override { host_.progress().beginPage(page, pageCount); }
 
   void replace(const FileIdentity& older, const std::wstring& path) override {
@@ -150,7 +152,7 @@ class BatchExport : private ExportListener {
   }
 
   bool exportDocument(const std::wstring& DocumentID) {
-    if (!succeeds([this] { run_.outputFolder.requireAt(settings_.SavePath); })) return false;
+    if (!succeeds([this] { requireOutputFolder(); })) return false;
 
     const std::wstring DocOutputFolder =
         docOutputFolder(BatchOutputFolder_, settings_.IsCreateDocFolder, DocumentID);
@@ -178,9 +180,9 @@ class BatchExport : private ExportListener {
 
   // An exported batch is never exported again, so before the table is updated the files must
   // survive a power failure and be in the folder that the operator chose.
-  void bringToDisk() const {
+  void bringToDisk() {
     run_.written.bringToDisk();
-    run_.outputFolder.requireAt(settings_.SavePath);
+    requireOutputFolder();
   }
 
   // Deletes nothing if another folder has replaced the output folder of the run.

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <exception>
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -27,12 +28,21 @@ void clearAfterError(ImagingEngine& instance) {
   if (instance.ImagError() != 0) ClearControl(instance);
 }
 
-/// Deletes the file that is being written, unless it was completed.
+/// Throws Failure if the output folders are no longer in their place.
+using RequireOutput = std::function<void()>;
+
+/// Deletes the file that is being written, unless it was completed or is in another folder now.
 class UnfinishedFile {
  public:
-  explicit UnfinishedFile(std::wstring path) : path_(std::move(path)) {}
+  UnfinishedFile(std::wstring path, const RequireOutput& requireOutput)
+      : path_(std::move(path)), requireOutput_(requireOutput) {}
   ~UnfinishedFile() {
-    if (!path_.empty()) mdlFolderAndFile::FileDelete(path_);
+    if (path_.empty()) return;
+    try {
+      requireOutput_();
+      mdlFolderAndFile::FileDelete(path_);
+    } catch (const Failure&) {
+    }
   }
   UnfinishedFile(const UnfinishedFile&) = delete;
   UnfinishedFile& operator=(const UnfinishedFile&) = delete;
@@ -41,6 +51,7 @@ class UnfinishedFile {
 
  private:
   std::wstring path_;
+  const RequireOutput& requireOutput_;
 };
 
 std::wstring outputFile(const DocumentExport& order, std::int16_t page) {
@@ -51,14 +62,10 @@ std::wstring outputFile(const DocumentExport& order, std::int16_t page) {
 }
 
 void savePage(const DocumentExport& order, const std::wstring& source, const std::wstring& target,
-              std::int16_t page, bool append) {
+              std::int16_t page, bool append, const RequireOutput& requireOutput) {
   const SaveChoice choice = saveChoice(order.SaveFileType, order.IsPageFile, order.CompressionType,
                                        order.CompressionRatios);
-  const auto save = choice.asPdf ? &mdlImageProcess::SavePDF : &mdlImageProcess::SaveImage;
-  if (save(order.ImgControl, source, 1, target, choice.bCompression, choice.CompressionRatios,
-           append)) {
-    return;
-  }
+  if (orvane::savePage(order.ImgControl, source, 1, target, choice, append, requireOutput)) return;
   // The saver has logged what it caught. Damage in the page's data is logged here.
   const std::wstring damage = order.ImgControl.damage();
   if (!damage.empty()) logFailure(source + L": " + damage);
@@ -68,6 +75,10 @@ void savePage(const DocumentExport& order, const std::wstring& source, const std
 
 void exportPages(const DocumentExport& order, const Document& document, const OutputGuard& guard,
                  ExportListener& listener) {
+  const RequireOutput requireOutput = [&] {
+    listener.requireOutputFolder();
+    guard.requireFolder();
+  };
   const std::int16_t pageCount = document.PageCount();
   for (int index = 1; index <= pageCount; ++index) {
     listener.beginPage(index, pageCount);
@@ -76,10 +87,11 @@ void exportPages(const DocumentExport& order, const Document& document, const Ou
     const bool append = !order.IsPageFile && page > 1;
     // A target that fails the check may belong to somebody else and is not deleted.
     const std::optional<FileIdentity> older = guard.check(target);
-    UnfinishedFile file(target);
+    UnfinishedFile file(target, requireOutput);
     if (append && !older) throw systemFailure(ENOENT, target);  // the first pages are lost
     if (older && !append) listener.replace(*older, target);
-    savePage(order, GetPagePath(document.DocName(), document.GetPage(page)), target, page, append);
+    savePage(order, GetPagePath(document.DocName(), document.GetPage(page)), target, page, append,
+             requireOutput);
     if (order.IsPageFile || page == pageCount) {
       listener.addFile(target, order.IsPageFile ? 1 : pageCount);
     }
@@ -99,6 +111,7 @@ bool SaveAsDocument(const DocumentExport& order, ExportListener& listener) {
     if (!document.LoadDocument(order.DocumentID)) return false;
 
     OutputGuard guard(order.SavePath, order.DocumentID);
+    listener.requireOutputFolder();
     mdlFolderAndFile::MakeFolderPath(mdlFolderAndFile::AppendBackslash(order.SavePath));
     guard.enterFolder();
     exportPages(order, document, guard, listener);

@@ -15,7 +15,10 @@ class ExportListener {
  public:
   virtual ~ExportListener() = default;
 
-  /// Page `page` of `pageCount`, from 1, is about to be written.
+  /// Throws Failure if the output folder of the run is no longer in its place. Called before
+  /// anything is created or deleted, because reading the scans can take long.
+  virtual void requireOutputFolder() {}
+  /// Page `page` of `pageCount`, from 1, is about to be loaded and written.
   virtual void beginPage(int /*page*/, int /*pageCount*/) {}
   /// The file `older` exists at `path` and is about to be replaced.
   virtual void replace(const FileIdentity& /*older*/, const std::wstring& /*path*/) {}

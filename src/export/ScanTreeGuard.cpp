@@ -93,7 +93,7 @@ void OutputGuard::enterFolder() {
 }
 
 std::optional<FileIdentity> OutputGuard::check(const std::wstring& file) const {
-  held_->requireAt(folderText_);
+  requireFolder();
   struct stat status {};
   const bool isThere = lstat(nativePath(file).c_str(), &status) == 0;
   if (!isThere && errno != ENOENT && errno != ENOTDIR) throw systemFailure(errno, file);

@@ -46,6 +46,9 @@ class OutputGuard {
   /// the constructor resolved.
   void enterFolder();
 
+  /// Throws Failure if another folder has replaced the output folder.
+  void requireFolder() const { held_->requireAt(folderText_); }
+
   /// Returns the existing file at the path of an output file, if any. Throws Failure if the file
   /// would be inside the scan tree or outside the output folder, or if another folder has replaced
   /// the output folder. Makes two system calls, unless the name is a link or contains a separator.

@@ -19,27 +19,27 @@ namespace {
 constexpr unsigned kMostWorkers = 8;
 constexpr std::uint64_t kMegabyte = 1 << 20;
 constexpr auto kTimeBetweenYields = std::chrono::milliseconds(40);
-constexpr std::int64_t kNanoseconds = 1'000'000'000;
 
-/// Which file it was, and how it was left.
+/// Which file it was, and when it was changed last.
 struct FileState {
+  using Time = std::pair<std::time_t, long>;  ///< seconds and nanoseconds
+
   std::uint64_t device, inode, size;
-  std::int64_t modified, changed;  ///< in nanoseconds
+  Time modified, changed;
 
   bool operator==(const FileState&) const = default;
 };
-
-std::int64_t nanoseconds(const timespec& time) {
-  return time.tv_sec * kNanoseconds + time.tv_nsec;
-}
 
 // Throws Failure for a file that cannot be opened.
 FileState stateOf(const std::wstring& path) {
   const FileDescriptor file = FileDescriptor::openRegularFile(path);
   struct stat status {};
   if (fstat(file.number(), &status) != 0) throw systemFailure(errno, path);
-  return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
-          nanoseconds(status.st_mtim), nanoseconds(status.st_ctim)};
+  return {status.st_dev,
+          status.st_ino,
+          static_cast<std::uint64_t>(status.st_size),
+          {status.st_mtim.tv_sec, status.st_mtim.tv_nsec},
+          {status.st_ctim.tv_sec, status.st_ctim.tv_nsec}};
 }
 
 // Some file systems count in steps of two seconds, and a file that is written within the step in
@@ -47,7 +47,7 @@ FileState stateOf(const std::wstring& path) {
 bool isTooYoung(const FileState& file) {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
-  return nanoseconds(now) - file.modified < 2 * kNanoseconds;
+  return file.modified > FileState::Time(now.tv_sec - 2, now.tv_nsec);
 }
 
 std::uint64_t decodedBytes(const LoadedPage& page) {

@@ -55,18 +55,7 @@ void setTiffCodesByDepth(ImagingEngine& ImgControl, bool bCompression) {
   }
 }
 
-}  // namespace orvane
-
-namespace orvane::mdlImageProcess {
 namespace {
-
-bool isJpgName(const std::wstring& sSaveFilePath) {
-  std::wstring extension = mdlFolderAndFile::FileExtension(sSaveFilePath);
-  for (wchar_t& letter : extension) {
-    if (letter >= L'a' && letter <= L'z') letter = static_cast<wchar_t>(letter - L'a' + L'A');
-  }
-  return extension == L"JPG";
-}
 
 void loadPage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
               bool bSaveMultiPage) {
@@ -94,12 +83,14 @@ void setCodes(ImagingEngine& ImgControl, const SaveChoice& choice) {
   if (codes.isPlainPdf) ImgControl.PdfCompression(kPdfNone);
 }
 
-// Loads a page, saves it and clears the instance. A failure is logged with the name of the saver.
-bool savePage(const std::wstring& saver, ImagingEngine& ImgControl, const std::wstring& ImagePath,
-              std::int16_t PageNum, const std::wstring& sSaveFilePath, const SaveChoice& choice,
-              bool bSaveMultiPage) {
+}  // namespace
+
+bool savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
+              const std::wstring& sSaveFilePath, const SaveChoice& choice, bool bSaveMultiPage,
+              const std::function<void()>& beforeWriting) {
   try {
     loadPage(ImgControl, ImagePath, PageNum, bSaveMultiPage);
+    if (beforeWriting) beforeWriting();
     setTarget(ImgControl, sSaveFilePath);
     setCodes(ImgControl, choice);
     ImgControl.SaveFile();
@@ -111,12 +102,26 @@ bool savePage(const std::wstring& saver, ImagingEngine& ImgControl, const std::w
     ImgControl.SaveMultiPage(false);
     ClearControl(ImgControl);
     // The error number is read after the clear, so it is that of the clear itself.
-    mdlFolderAndFile::LogWrite(L"mdlImageProcess-" + saver + L"-" + description(failure) +
-                                   L" ImgControl.ImagError =" +
-                                   std::to_wstring(ImgControl.ImagError()),
-                               kApplicationTitle);
+    mdlFolderAndFile::LogWrite(
+        std::wstring(choice.asPdf ? L"mdlImageProcess-SavePDF-" : L"mdlImageProcess-SaveImage-") +
+            description(failure) + L" ImgControl.ImagError =" +
+            std::to_wstring(ImgControl.ImagError()),
+        kApplicationTitle);
     return false;
   }
+}
+
+}  // namespace orvane
+
+namespace orvane::mdlImageProcess {
+namespace {
+
+bool isJpgName(const std::wstring& sSaveFilePath) {
+  std::wstring extension = mdlFolderAndFile::FileExtension(sSaveFilePath);
+  for (wchar_t& letter : extension) {
+    if (letter >= L'a' && letter <= L'z') letter = static_cast<wchar_t>(letter - L'a' + L'A');
+  }
+  return extension == L"JPG";
 }
 
 }  // namespace
@@ -125,16 +130,14 @@ bool SaveImage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::in
                const std::wstring& sSaveFilePath, bool bCompression, std::int16_t CompressionRatios,
                bool bSaveMultiPage) {
   const SaveChoice choice{false, isJpgName(sSaveFilePath), bCompression, CompressionRatios};
-  return savePage(L"SaveImage", ImgControl, ImagePath, PageNum, sSaveFilePath, choice,
-                  bSaveMultiPage);
+  return savePage(ImgControl, ImagePath, PageNum, sSaveFilePath, choice, bSaveMultiPage, {});
 }
 
 bool SavePDF(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
              const std::wstring& sSaveFilePath, bool bCompression, std::int16_t CompressionRatios,
              bool bSaveMultiPage) {
   const SaveChoice choice{true, isJpgName(sSaveFilePath), bCompression, CompressionRatios};
-  return savePage(L"SavePDF", ImgControl, ImagePath, PageNum, sSaveFilePath, choice,
-                  bSaveMultiPage);
+  return savePage(ImgControl, ImagePath, PageNum, sSaveFilePath, choice, bSaveMultiPage, {});
 }
 
 bool SaveImageEx(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath, bool bCompression,

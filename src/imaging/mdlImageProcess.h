@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -19,6 +20,13 @@ struct SaveCodes {
 
 /// The one rule for the output type and the compression of a page of `bitsPerPixel` bits.
 SaveCodes saveCodes(const SaveChoice& choice, std::int16_t bitsPerPixel);
+
+/// Does what `SaveImage` and `SavePDF` do, see below; the choice decides which.
+/// @param beforeWriting  called when the page has been loaded, which can take long. If it throws,
+/// nothing is created and the save fails.
+bool savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
+              const std::wstring& sSaveFilePath, const SaveChoice& choice, bool bSaveMultiPage,
+              const std::function<void()>& beforeWriting);
 
 /// Sets the target and creates its folder; an empty path is the source file itself.
 void setTarget(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath);

@@ -27,7 +27,7 @@ class SaveAsDocument : public testing::Test, protected ExportListener {
             std::int16_t fileType = 0, const std::wstring& document = L"D1") {
     journal.clear();
     return mdlDocumentHelper::SaveAsDocument(
-        {merge, control, pageCount, document, fileType, isPageFile, 0, 0, savePath, L"000", stem},
+        {merge, *engine, pageCount, document, fileType, isPageFile, 0, 0, savePath, L"000", stem},
         *this);
   }
 
@@ -49,6 +49,7 @@ class SaveAsDocument : public testing::Test, protected ExportListener {
   test::ExportStation station;
   const std::wstring out = station.outputText();
   ImagingControl control;
+  ImagingEngine* engine = &control;
   RecordingEngine merge, pageCount;
 };
 
@@ -119,6 +120,26 @@ TEST_F(SaveAsDocument, AFolderThatReplacesTheOutputFolderDuringTheExportIsNotTou
       reason.replace(reason.find('%'), 1, toUtf8(out));
       EXPECT_EQ(station.takeLog(), kSource + reason + "\n");
       EXPECT_EQ(station.shell("find output -size 0 -o -type d 2>&- | sort | xargs"), c.left + "\n");
+    }
+  }
+}
+
+TEST_F(SaveAsDocument, NorIsOneThatReplacesItWhileAPageIsLoaded) {
+  station.addDocument("B1/D1", {"A"});
+  RecordingEngine slow;
+  engine = &slow;
+  for (const auto& [command, left] :
+       {std::pair{"mv output aside; mv other output", "output output/D1_.tif output/D1_001.tif"},
+        {"mv output aside", ""}}) {
+    for (const bool isPageFile : {true, false}) {
+      station.shell(
+          "rm -rf output aside other; mkdir output other; touch other/D1_.tif other/D1_001.tif");
+      slow.onLoad = [&, command = command] { station.shell(command); };
+      EXPECT_FALSE(save(isPageFile, out));
+      EXPECT_NE(station.takeLog().find("mdlImageProcess-SaveImage-输出文件夹"), std::string::npos);
+      EXPECT_EQ(slow.takeCalls().find("SaveFile"), std::string::npos);
+      EXPECT_EQ(station.shell("find output -size 0 -o -type d 2>&- | sort | xargs"),
+                left + std::string("\n"));
     }
   }
 }

@@ -20,7 +20,7 @@ class RecordingEngine final : public ImagingEngine {
   std::int32_t imagErrorAfterSave = 0;
   std::int32_t imagErrorAfterDelete = 0;
   std::string throwsAt;  ///< the call that throws Failure("broken")
-  std::function<void()> onSave;
+  std::function<void()> onLoad, onSave;
   std::vector<std::int32_t> pageCounts{1};  ///< answers of FilePageCount; the last one repeats
 
   /// The calls since the last time, in one line.
@@ -35,6 +35,7 @@ class RecordingEngine final : public ImagingEngine {
     sourceFile_ = path;
     if (path.empty()) imagError = 0;
     path.empty() ? record("SourceFile") : record("SourceFile", toUtf8(path));
+    if (!path.empty() && onLoad) onLoad();
   }
   std::wstring SourceFile() const override { return sourceFile_; }
   void PageNumber(std::int32_t page) override { record("PageNumber", page); }
