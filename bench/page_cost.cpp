@@ -105,7 +105,7 @@ int main(int argc, char** argv) {
   });
   printRow("LZW to Group 4 TIFF", argv[2], [&](const std::wstring& page, Steps& steps) {
     const TiffPage source = steps.time(0, [&] { return open(page); });
-    const Raster pixels = steps.time(1, [&] { return source.decode().raster; });
+    const Raster pixels = steps.time(1, [&] { return source.decode().value; });
     const EncodedImage image = steps.time(2, [&] { return encodeGroup4(toBilevel(pixels)); });
     steps.time(3, [&] { tiff.append(output + L"\\lzw1.tif", image); });
   });
@@ -117,7 +117,7 @@ int main(int argc, char** argv) {
   });
   printRow("JPEG to LZW TIFF", argv[3], [&](const std::wstring& page, Steps& steps) {
     const TiffPage source = steps.time(0, [&] { return open(page); });
-    const Raster pixels = steps.time(1, [&] { return source.decode().raster; });
+    const Raster pixels = steps.time(1, [&] { return source.decode().value; });
     const EncodedImage image =
         steps.time(2, [&] { return encodeLzw(pixels, SampleOrder::LittleEndian); });
     steps.time(3, [&] { tiff.append(output + L"\\lzw.tif", image); });

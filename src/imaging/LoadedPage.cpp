@@ -8,11 +8,6 @@
 
 namespace orvane {
 
-void DataState::add(DataState later) {
-  if (later.damage) damage = std::move(later.damage);
-  if (later.earlyEnd) earlyEnd = later.earlyEnd;
-}
-
 LoadedPage::LoadedPage(const std::wstring& path, std::int32_t pageNumber)
     : file_(std::in_place, path, pageNumber),
       resolution_(file_->info().resolution),
@@ -93,9 +88,9 @@ Examined<Raster> LoadedPage::decode() const {
     codedRows = std::move(walked.copy.codedRows);
     data = std::move(walked.data);
   }
-  DecodedPage decoded = file_->decode(codedRows);
-  data.add({std::move(decoded.damage), decoded.earlyEnd});
-  return {std::move(decoded.raster), std::move(data)};
+  Examined<Raster> decoded = file_->decode(codedRows);
+  data.add(std::move(decoded.data));
+  return {std::move(decoded.value), std::move(data)};
 }
 
 void checkPage(const std::wstring& path) {

@@ -20,22 +20,6 @@ struct Bitmap {
   Bytes iccProfile;  ///< of the page that was copied; empty: none
 };
 
-/// The state of a page's image data, as far as it was read.
-struct DataState {
-  std::optional<std::string> damage;  ///< why the data is damaged, in UTF-8
-  std::optional<EarlyEnd> earlyEnd;   ///< where it ends properly before the last row
-
-  /// Adds what a later reading found; where both found something, the later finding counts.
-  void add(DataState later);
-};
-
-/// A value that was made of a page's image data, with the state of that data.
-template <typename Value>
-struct Examined {
-  Value value;
-  DataState data;
-};
-
 /// The page that an instance holds: a page of a file, as it is stored there, or pixels. A page that
 /// is only saved again is not decoded if its strips can be copied. Reading changes nothing in the
 /// object; it shares no state with other pages.

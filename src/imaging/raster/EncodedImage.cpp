@@ -1,7 +1,9 @@
 #include "imaging/raster/EncodedImage.h"
 
 #include <algorithm>
+#include <numeric>
 #include <string>
+#include <utility>
 
 #include "foundation/Failure.h"
 #include "foundation/OutputFile.h"
@@ -130,6 +132,17 @@ void requireDeletablePage(const std::wstring& path, std::int32_t page, std::uint
                                 std::to_string(pageCount));
   }
   if (pageCount == 1) throw fileFailure(path, "the only page of a file cannot be removed");
+}
+
+std::optional<EarlyEnd> earlyEndOf(const StripRows& codedRows, std::uint32_t promisedRows) {
+  const std::uint32_t coded = std::accumulate(codedRows.begin(), codedRows.end(), 0U);
+  if (codedRows.empty() || coded == promisedRows) return std::nullopt;
+  return EarlyEnd{coded, promisedRows};
+}
+
+void DataState::add(DataState later) {
+  if (later.damage) damage = std::move(later.damage);
+  if (later.earlyEnd) earlyEnd = later.earlyEnd;
 }
 
 }  // namespace orvane

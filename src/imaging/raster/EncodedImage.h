@@ -57,6 +57,32 @@ struct EncodedImage {
 /// Numbers of rows, one for each strip of an image.
 using StripRows = std::vector<std::uint32_t>;
 
+/// The data of a page ends before its last row, and properly so: it says itself that no more rows
+/// come.
+struct EarlyEnd {
+  std::uint32_t codedRows = 0;
+  std::uint32_t promisedRows = 0;  ///< ImageLength
+};
+
+/// The early end that `codedRows` tell, if they do.
+std::optional<EarlyEnd> earlyEndOf(const StripRows& codedRows, std::uint32_t promisedRows);
+
+/// The state of a page's image data, as far as it was read.
+struct DataState {
+  std::optional<std::string> damage;  ///< why the data is damaged, in UTF-8
+  std::optional<EarlyEnd> earlyEnd;   ///< where it ends properly before the last row
+
+  /// Adds what a later reading found; where both found something, the later finding counts.
+  void add(DataState later);
+};
+
+/// A value that was made of a page's image data, with the state of that data.
+template <typename Value>
+struct Examined {
+  Value value;
+  DataState data;
+};
+
 /// What an encoded image says of the raster it was made of: size, depth, photometric, palette and
 /// extra sample; no strips yet. Throws Failure for a raster that is empty or contradicts itself.
 EncodedImage encodedFormOf(const Raster& raster);

@@ -1,7 +1,6 @@
 #include "imaging/tiff/TiffPage.h"
 
 #include <algorithm>
-#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -100,14 +99,8 @@ PageProfile TiffPage::iccProfile() const {
   return readIccProfile(impl_->tiff, impl_->layout, impl_->entries);
 }
 
-DecodedPage TiffPage::decode(const StripRows& codedRows) const {
+Examined<Raster> TiffPage::decode(const StripRows& codedRows) const {
   return decodeTiff(impl_->tiff, impl_->layout, codedRows);
-}
-
-std::optional<EarlyEnd> earlyEndOf(const StripRows& codedRows, std::uint32_t promisedRows) {
-  const std::uint32_t coded = std::accumulate(codedRows.begin(), codedRows.end(), 0U);
-  if (codedRows.empty() || coded == promisedRows) return std::nullopt;
-  return EarlyEnd{coded, promisedRows};
 }
 
 std::int32_t tiffPageCount(const std::wstring& path) {

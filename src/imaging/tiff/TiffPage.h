@@ -20,24 +20,6 @@ struct PageInfo {
   bool storedUpright = true;  ///< TIFF 6.0 Orientation 1: its strips show the page as it is
 };
 
-/// The data of a page ends before its last row, and properly so: it says itself that no more rows
-/// come.
-struct EarlyEnd {
-  std::uint32_t codedRows = 0;
-  std::uint32_t promisedRows = 0;  ///< ImageLength
-};
-
-/// The early end that `codedRows` tell, if they do.
-std::optional<EarlyEnd> earlyEndOf(const StripRows& codedRows, std::uint32_t promisedRows);
-
-/// The pixels of a page, and what was wrong with its data. Where data was missing the pixels are
-/// paper (white).
-struct DecodedPage {
-  Raster raster;
-  std::optional<std::string> damage;  ///< why the image data is damaged, in UTF-8
-  std::optional<EarlyEnd> earlyEnd;
-};
-
 /// One page of a TIFF file (classic or BigTIFF), opened and not yet decoded. Its file stays open as
 /// long as the object lives.
 class TiffPage {
@@ -65,10 +47,11 @@ class TiffPage {
   /// The profile of the page's samples as they stand in the file.
   PageProfile iccProfile() const;
 
-  /// Decodes the page and brings it upright (TIFF 6.0 Orientation). Damage is reported in the
-  /// result; a page that cannot be decoded at all throws Failure. `codedRows` are the rows that the
-  /// strips really hold, when the caller knows of fewer than they should; the others are paper.
-  DecodedPage decode(const StripRows& codedRows = {}) const;
+  /// Decodes the page and brings it upright (TIFF 6.0 Orientation). Where data is missing the
+  /// pixels are paper (white). Damage is reported in the result; a page that cannot be decoded at
+  /// all throws Failure. `codedRows` are the rows that the strips really hold, when the caller
+  /// knows of fewer than they should; the others are paper.
+  Examined<Raster> decode(const StripRows& codedRows = {}) const;
 
  private:
   struct Impl;

@@ -369,7 +369,7 @@ BlockTally decodeThroughRgba(const TiffHandle& tiff, const TiffLayout& layout, R
 }
 
 struct Decoding {
-  DecodedPage page;
+  Examined<Raster> page;
   bool foundNothing = false;  ///< damaged, and without a row that was decoded
 };
 
@@ -389,12 +389,12 @@ Decoding decodeRows(TiffHandle& tiff, const TiffLayout& layout, const StripRows&
   });
   clearPadding(raster);
 
-  DecodedPage page;
-  page.damage = messages.damage();
-  if (!tally.allWhole && !page.damage) page.damage = "a strip or tile cannot be decoded";
-  const bool foundNothing = page.damage && (!tally.anyRow || isBlank(raster));
-  page.raster = toUpright(std::move(raster), layout.orientation);
-  page.earlyEnd = earlyEndOf(codedRows, layout.height);
+  Examined<Raster> page;
+  page.data.damage = messages.damage();
+  if (!tally.allWhole && !page.data.damage) page.data.damage = "a strip or tile cannot be decoded";
+  const bool foundNothing = page.data.damage && (!tally.anyRow || isBlank(raster));
+  page.value = toUpright(std::move(raster), layout.orientation);
+  page.data.earlyEnd = earlyEndOf(codedRows, layout.height);
   return {std::move(page), foundNothing};
 }
 
@@ -402,15 +402,16 @@ Decoding decodeRows(TiffHandle& tiff, const TiffLayout& layout, const StripRows&
 
 // libtiff takes the end of Group 3 rows for a damaged row. The rows before it are then decoded
 // again without it.
-DecodedPage decodeTiff(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows) {
+Examined<Raster> decodeTiff(TiffHandle& tiff, const TiffLayout& layout,
+                            const StripRows& codedRows) {
   Decoding decoding = decodeRows(tiff, layout, codedRows);
-  if (!decoding.page.damage) return std::move(decoding.page);
+  if (!decoding.page.data.damage) return std::move(decoding.page);
   if (const auto rows = rowsBeforeReturnToControl(tiff, layout)) {
     Decoding again = decodeRows(tiff, layout, *rows);
-    if (!again.page.damage) return std::move(again.page);
+    if (!again.page.data.damage) return std::move(again.page);
   }
   if (decoding.foundNothing) {
-    throw tiff.failure("the page cannot be decoded: " + *decoding.page.damage);
+    throw tiff.failure("the page cannot be decoded: " + *decoding.page.data.damage);
   }
   return std::move(decoding.page);
 }

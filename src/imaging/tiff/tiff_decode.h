@@ -7,7 +7,7 @@ namespace orvane {
 
 /// Decodes the current directory, upright. Damage is reported in the result; a page of which
 /// nothing can be decoded throws Failure. See TiffPage::decode.
-DecodedPage decodeTiff(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows);
+Examined<Raster> decodeTiff(TiffHandle& tiff, const TiffLayout& layout, const StripRows& codedRows);
 
 /// Some colours are decoded by libtiff's RGBA reader, because their samples are not RGB: YCbCr that
 /// is not plain JPEG, colour in old-style JPEG, CIELab and ICCLab. Throws Failure with libtiff's

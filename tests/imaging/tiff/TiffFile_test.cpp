@@ -52,7 +52,7 @@ TEST_F(TiffFileTest, AnAppendLeavesEarlierBytesAndNumbersThePages) {
 
 TEST_F(TiffFileTest, FilesOfOtherProgramsGrowInTheirOwnForm) {
   writeTiff(station.native("base.tif"), {.bits = 16}, 3);
-  const Raster last = TiffPage(station.path(L"base.tif"), 3).decode().raster;
+  const Raster last = TiffPage(station.path(L"base.tif"), 3).decode().value;
   for (const std::string form : {"-L", "-B", "-8 -L", "-8 -B"}) {
     SCOPED_TRACE(form);
     judge("tiffcp -c none " + form + " base.tif,0 base.tif,1 out");
@@ -176,12 +176,12 @@ TEST_F(TiffDeletePage, OldStyleJpegKeepsItsStream) {
       rawGrayPage(61, 45, {stream.begin(), stream.end()},
                   {{259, 3, 1, 6}, {262, 3, 1, 6}, {277, 3, 1, 3}, {513, 4, 1, 0}, {514, 4, 1, 0}},
                   0, first));
-  const Bytes before = TiffPage(path, 2).decode().raster.pixels;
+  const Bytes before = TiffPage(path, 2).decode().value.pixels;
   TiffFile::deletePage(path, 1);
   EXPECT_EQ(tiffPageCount(path), 1);
-  const DecodedPage after = TiffPage(path, 1).decode();
-  EXPECT_EQ(after.damage, std::nullopt);
-  EXPECT_TRUE(after.raster.pixels == before);
+  const Examined<Raster> after = TiffPage(path, 1).decode();
+  EXPECT_EQ(after.data.damage, std::nullopt);
+  EXPECT_TRUE(after.value.pixels == before);
 }
 
 // tiffcp follows the directories that hang below the page that stays, the second linked from the

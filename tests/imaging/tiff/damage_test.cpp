@@ -21,14 +21,15 @@ struct Damage : testing::Test {
     outputOf("cd " + quoted(station.native()) + " && tiffcp " + storage + " base.tif page.tif");
     return readBytes(station.native("page.tif"));
   }
-  DecodedPage decoded(const std::string& bytes) const {
+  Examined<Raster> decoded(const std::string& bytes) const {
     writeBytes(station.native("page.tif"), bytes);
     return TiffPage(station.path(L"page.tif"), 1).decode();
   }
   // Why a page is damaged; one of which nothing can be decoded throws it.
   std::string damageOf(const std::string& bytes) const {
     std::string damage;
-    const std::string failure = failureOf([&] { damage = decoded(bytes).damage.value_or(""); });
+    const std::string failure =
+        failureOf([&] { damage = decoded(bytes).data.damage.value_or(""); });
     return damage + failure;
   }
 };
@@ -58,16 +59,16 @@ TEST_F(Damage, ACutPageKeepsItsBeginningAndIsWhiteAfterIt) {
     const std::string whole = rawGrayPage(
         203, 150, file.substr(8, directoryOf(file) - 8),
         {{258, 3, 1, kind.bits}, {259, 3, 1, compression}, {262, 3, 1, kind.photometric}});
-    const Raster expected = decoded(whole).raster;
+    const Raster expected = decoded(whole).value;
     for (std::size_t i = 2; i < 20; ++i) {
       const std::size_t length = whole.size() * i / 20;
-      const DecodedPage cut = decoded(whole.substr(0, length));
-      ASSERT_TRUE(cut.damage.has_value()) << length;
-      ASSERT_EQ(cut.raster.pixels.size(), expected.pixels.size());
+      const Examined<Raster> cut = decoded(whole.substr(0, length));
+      ASSERT_TRUE(cut.data.damage.has_value()) << length;
+      ASSERT_EQ(cut.value.pixels.size(), expected.pixels.size());
       if (length > whole.size() / 2) {
-        EXPECT_TRUE(std::equal(expected.row(0), expected.row(40), cut.raster.row(0)));
+        EXPECT_TRUE(std::equal(expected.row(0), expected.row(40), cut.value.row(0)));
       } else {
-        EXPECT_TRUE(isWhite(cut.raster, 149)) << length;
+        EXPECT_TRUE(isWhite(cut.value, 149)) << length;
       }
     }
   }
@@ -78,14 +79,14 @@ TEST_F(Damage, ACutPageKeepsItsBeginningAndIsWhiteAfterIt) {
 TEST_F(Damage, SamplesThatAreNotYetInTheMachinesByteOrderAreNotShown) {
   for (const std::string order : {"-L", "-B"}) {
     std::string file = stored({.bits = 16}, order + " -c packbits -r 50");
-    const Raster whole = decoded(file).raster;
+    const Raster whole = decoded(file).value;
     const std::size_t half = (file.size() - 400) * 5 / 6;  // of the last strip
     file.replace(half, file.size() - 400 - half, file.size() - 400 - half, '\0');
-    const DecodedPage damaged = decoded(file);
-    EXPECT_TRUE(damaged.damage.has_value());
-    EXPECT_TRUE(std::equal(whole.row(0), whole.row(100), damaged.raster.row(0)));
-    EXPECT_EQ(isWhite(damaged.raster, 100), order == "-B");
-    EXPECT_EQ(std::equal(whole.row(100), whole.row(101), damaged.raster.row(100)), order == "-L");
+    const Examined<Raster> damaged = decoded(file);
+    EXPECT_TRUE(damaged.data.damage.has_value());
+    EXPECT_TRUE(std::equal(whole.row(0), whole.row(100), damaged.value.row(0)));
+    EXPECT_EQ(isWhite(damaged.value, 100), order == "-B");
+    EXPECT_EQ(std::equal(whole.row(100), whole.row(101), damaged.value.row(100)), order == "-L");
   }
 }
 
@@ -127,7 +128,7 @@ TEST_F(Damage, APageOfWhichNothingCanBeDecodedThrows) {
     std::string file = stored(kind, storage);
     const std::size_t data = directoryOf(file) - 8;
     file.replace(8 + data * 2 / 3, data / 3, data / 3, '\0');
-    EXPECT_TRUE(decoded(file).damage.has_value());
+    EXPECT_TRUE(decoded(file).data.damage.has_value());
     file.replace(8, data, data, '\0');
     EXPECT_THAT(failureOf([&] { decoded(file); }),
                 testing::HasSubstr("the page cannot be decoded"));

@@ -23,12 +23,12 @@ struct Decoding : testing::Test {
   }
 
   Raster decoded(const TiffPage& page) const {
-    const DecodedPage decoded = page.decode();
-    EXPECT_EQ(decoded.damage, std::nullopt);
-    EXPECT_EQ(page.info().width, decoded.raster.width);
-    EXPECT_EQ(page.info().height, decoded.raster.height);
-    EXPECT_EQ(page.info().bitsPerPixel, decoded.raster.bitsPerPixel());
-    return decoded.raster;
+    const Examined<Raster> decoded = page.decode();
+    EXPECT_EQ(decoded.data.damage, std::nullopt);
+    EXPECT_EQ(page.info().width, decoded.value.width);
+    EXPECT_EQ(page.info().height, decoded.value.height);
+    EXPECT_EQ(page.info().bitsPerPixel, decoded.value.bitsPerPixel());
+    return decoded.value;
   }
 
   // Compares a page, written without loss in two ways, with a file that shows the same.
