@@ -1,5 +1,6 @@
 // Long unattended runs: many batches, one batch that fails again and again, and a table of a
-// million rows; and many short documents instead of a long one. Prints the figures. The exit status is 1 if one exceeds its limit.
+// million rows; and many short documents instead of a long one. Prints the figures. The exit status
+// is 1 if one exceeds its limit.
 
 #include <chrono>
 #include <fstream>
@@ -16,7 +17,8 @@ namespace {
 using namespace orvane;
 namespace fs = std::filesystem;
 
-constexpr int kBatches = 500, kDocuments = 10, kPages = 10, kFailures = 100'000, kShortDocuments = 200;
+constexpr int kBatches = 500, kDocuments = 10, kPages = 10, kFailures = 100'000,
+              kShortDocuments = 200;
 constexpr double kMostGrowthMb = 5, kMostQueryMs = 50;
 
 bool withinLimits = true;
@@ -111,13 +113,14 @@ double exportTime(test::ExportStation& station, const std::string& batch) {
   return msSince(begin);
 }
 
-void compareShortDocuments() {
+// A document costs about 0.1 ms of its own. A Group 4 page takes 1 ms, the quickest of all.
+void compareShortDocuments(const std::string& kind, double limit) {
   test::ExportStation station;
   const fs::path pages = station.scan("one document/pages");
   fs::create_directories(pages.parent_path());
   const fs::path here = fs::read_symlink("/proc/self/exe").parent_path();
-  test::outputOf(test::quoted(here / "sample-station") + " " + test::quoted(pages) +
-                 " --pages g4 " + std::to_string(kShortDocuments));
+  test::outputOf(test::quoted(here / "sample-station") + " " + test::quoted(pages) + " --pages " +
+                 kind + " " + std::to_string(kShortDocuments));
   for (const fs::path& page : fs::directory_iterator(pages)) {
     last_write_time(page, last_write_time(page) - std::chrono::hours(1));
     if (page.extension() != ".tif") continue;
@@ -131,8 +134,8 @@ void compareShortDocuments() {
     one = std::min(one, exportTime(station, "one document"));
     many = std::min(many, exportTime(station, "short documents"));
   }
-  report("one document of 200 pages, ms", one, 1e9);
-  report("200 documents of one page over it", many / one, 1.1);
+  std::cout << "200 pages " << kind << ", ms: " << one << std::endl;
+  report("200 documents of one page over one document of 200", many / one, limit);
 }
 
 void queryMillionRows() {
@@ -159,6 +162,7 @@ int main() {
   runManyBatches();
   runFailingBatch();
   queryMillionRows();
-  compareShortDocuments();
+  compareShortDocuments("g4", 1.25);
+  compareShortDocuments("colour-jpeg", 1.1);
   return withinLimits ? 0 : 1;
 }

@@ -60,11 +60,11 @@ class BatchExport : private ExportListener {
   bool exportDocuments() {
     const std::vector<std::wstring> subFolders =
         mdlFolderAndFile::fileSystem().SubFolders(gBatchFolder);
-    const ScansOfBatch scans(subFolders);
     const ForecastInPlace forecast(
         host_.imaging().ImgControl,
         forecastOf(subFolders, saveChoice(settings_.SaveFileType, !settings_.IsMutiPage,
                                           settings_.CompressionType, settings_.CompressionRatios)));
+    const ScansOfBatch scans(subFolders);
     for (const std::wstring& name : subFolders) {
       const mdlFolderAndFile::LogCapture logged;
       const SubFolder kind = examine(name);

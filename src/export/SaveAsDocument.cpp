@@ -41,7 +41,7 @@ class UnfinishedFile {
     try {
       requireOutput_();
       mdlFolderAndFile::FileDelete(path_);
-    } catch (const Failure&) {
+    } catch (const std::exception&) {
     }
   }
   UnfinishedFile(const UnfinishedFile&) = delete;

@@ -40,14 +40,9 @@ std::vector<fs::path> scanTreeOfDocuments(const std::vector<std::wstring>& subFo
   return roots;
 }
 
-bool isInAny(const fs::path& place, const std::vector<fs::path>& roots) {
-  return std::any_of(roots.begin(), roots.end(),
-                     [&](const fs::path& root) { return isWithin(place, root); });
-}
-
 bool containsAny(const fs::path& place, const std::vector<fs::path>& roots) {
   return std::any_of(roots.begin(), roots.end(),
-                     [&](const fs::path& root) { return isWithin(root, place); });
+                     [&](const fs::path& root) { return isWithin(root, {place}); });
 }
 
 }  // namespace
@@ -111,11 +106,11 @@ void OutputGuard::checkPlace(const std::wstring& file) const {
   requireOutsideScanTree(resolvedPlace(file), file);
   const fs::path folder = resolvedPlace(pathText(nativePath(file).parent_path()));
   requireOutsideScanTree(folder, file);
-  if (!isWithin(folder, outputFolder_)) throw Failure(L"输出文件不在输出文件夹内：" + file);
+  if (!isWithin(folder, {outputFolder_})) throw Failure(L"输出文件不在输出文件夹内：" + file);
 }
 
 void OutputGuard::requireOutsideScanTree(const fs::path& place, const std::wstring& path) const {
-  if (isInAny(place, scanTree_)) throw Failure(L"输出位置在扫描件文件夹内，不能导出：" + path);
+  if (isWithin(place, scanTree_)) throw Failure(L"输出位置在扫描件文件夹内，不能导出：" + path);
 }
 
 ScansOfBatch::ScansOfBatch(const std::vector<std::wstring>& subFolders) {
@@ -129,8 +124,8 @@ ScansOfBatch::ScansOfBatch(const std::vector<std::wstring>& subFolders) {
 void ScansOfBatch::requireDeletable(const std::wstring& folder) const {
   if (!unknown_.empty()) throw Failure(unknown_);
   const fs::path place = resolvedPlace(folder);
-  if (isInAny(place, roots_) || containsAny(place, roots_) ||
-      isWithin(resolvedPlace(programFolder()), place)) {
+  if (isWithin(place, roots_) || containsAny(place, roots_) ||
+      isWithin(resolvedPlace(programFolder()), {place})) {
     throw Failure(L"输出文件夹含有程序或扫描件，不删除：" + folder);
   }
 }

@@ -5,8 +5,10 @@
 #include <deque>
 #include <sys/stat.h>
 #include <system_error>
+#include <utility>
 
 #include "foundation/Failure.h"
+#include "foundation/FileDescriptor.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
 #include "foundation/text_encoding.h"
@@ -127,9 +129,11 @@ bool isLink(const fs::path& place, const std::wstring& path) {
   return status.type() == fs::file_type::symlink;
 }
 
-bool isSameFolder(const fs::path& a, const fs::path& b) {
-  std::error_code ignored;  // a folder that does not exist has only its name
-  return a == b || fs::equivalent(a, b, ignored);
+// A folder that does not exist has only its name.
+std::optional<FileIdentity> identityAt(const fs::path& folder) {
+  struct stat status {};
+  if (stat(folder.c_str(), &status) != 0) return std::nullopt;
+  return identityOf(status);
 }
 
 }  // namespace
@@ -201,9 +205,14 @@ fs::path resolvedPlace(const std::wstring& path) {
   return place;
 }
 
-bool isWithin(const fs::path& place, const fs::path& folder) {
+bool isWithin(const fs::path& place, const std::vector<fs::path>& folders) {
+  std::vector<std::optional<FileIdentity>> identities(folders.size());
+  std::transform(folders.begin(), folders.end(), identities.begin(), identityAt);
   for (fs::path level = place;; level = level.parent_path()) {
-    if (isSameFolder(level, folder)) return true;
+    const std::optional<FileIdentity> identity = identityAt(level);
+    for (std::size_t i = 0; i < folders.size(); ++i) {
+      if (level == folders[i] || (identity && identity == identities[i])) return true;
+    }
     if (level == level.root_path()) return false;
   }
 }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Paths. Inside the program a path is a text with `\` as separator, joined without normalisation.
 /// These functions convert it to the native form, and find the file that it leads to.
@@ -51,8 +52,9 @@ bool isOneEntryInAnyCase(const std::wstring& path, const std::wstring& otherPath
 /// for a cycle of links.
 std::filesystem::path resolvedPlace(const std::wstring& path);
 
-/// True if a resolved path is `folder` or below it. Folders are compared by device and inode, so a
-/// bind mount or a name in other letter case makes no difference.
-bool isWithin(const std::filesystem::path& place, const std::filesystem::path& folder);
+/// True if a resolved path is one of the folders or below one. Folders are compared by device and
+/// inode, so a bind mount or a name in other letter case makes no difference.
+bool isWithin(const std::filesystem::path& place,
+              const std::vector<std::filesystem::path>& folders);
 
 }  // namespace orvane
