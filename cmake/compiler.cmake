@@ -5,15 +5,16 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   add_compile_options(-Wno-restrict)
 endif()
 
-# Includes the instrumentation for the fuzzers, so that they share the objects with the tests.
 if(ORVANE_SANITIZE)
   if(NOT CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     message(FATAL_ERROR "ORVANE_SANITIZE needs clang: cmake --preset asan")
   endif()
   add_compile_options(-O1 -g1 -fno-omit-frame-pointer -fno-sanitize-recover=all
-                      -fsanitize=fuzzer-no-link,address,undefined)
+                      -fsanitize=address,undefined)
   add_link_options(-fsanitize=address,undefined)
   add_compile_definitions(__SANITIZE_ADDRESS__)  # GCC defines it by itself
+  # The libraries are instrumented for the fuzzers too, which share them with the tests.
+  set(fuzzOptions -fsanitize=fuzzer-no-link)
 endif()
 
 if(ORVANE_TSAN)
@@ -56,7 +57,7 @@ endfunction()
 
 set(headers <algorithm> <array> <cstdint> <filesystem> <functional> <map> <memory> <optional>
             <string> <string_view> <utility> <vector>)
-orvane_headers(src_headers HEADERS ${headers})
+orvane_headers(src_headers HEADERS ${headers} OPTIONS ${fuzzOptions})
 orvane_headers(window_headers HEADERS ${headers} <QApplication> <QComboBox> <QLineEdit> <QPainter>
                <QPlainTextEdit> <QPushButton> <QScreen> <QTreeWidget> <QWidget> LINK Qt6::Widgets)
 # Tests are compiled without optimisation in every preset, because compiling takes longer than running.
@@ -66,8 +67,10 @@ if(ORVANE_SANITIZE)  # ./test builds all tests in this preset
                  LINK GTest::gmock OPTIONS ${testOptions})
 endif()
 
+# With the options that the headers were compiled with.
 function(orvane_use_headers target headers)
-  target_compile_options(${target} PRIVATE ${pchOptions})
+  get_target_property(options ${headers} COMPILE_OPTIONS)
+  target_compile_options(${target} PRIVATE ${options})
   target_precompile_headers(${target} REUSE_FROM ${headers})
 endfunction()
 
