@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr int kKilled = 128 + SIGKILL;
 #ifdef __SANITIZE_ADDRESS__  // a sample of the calls is enough
-constexpr long kStep = 13;
+constexpr long kStep = 23;
 #else
 constexpr long kStep = 1;
 #endif
