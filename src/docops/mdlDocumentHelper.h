@@ -50,9 +50,9 @@ bool DeletePage(ImagingEngine& ImgDelete, const std::wstring& sFileName, std::in
 /// folder: returns false for an empty name, ".", ".." and a name with a separator.
 bool DeleteDocumentEx(const std::wstring& sDocumentID);
 
-/// `sDocumentID` itself if no document has that name; otherwise the first free name of
-/// `sDocumentID`
-/// + "_" + a number from `iStartIndex` to 1000; empty if there is none. The name is not reserved.
+/// `sDocumentID` itself if no document has that name; otherwise the first free name that consists
+/// of it, "_" and a number from `iStartIndex` to 1000; empty if there is none. The name is not
+/// reserved.
 std::wstring MakeOnlyOneFileName(const std::wstring& sDocumentID, std::int16_t iStartIndex = 2);
 
 }  // namespace mdlDocumentHelper

@@ -61,11 +61,11 @@ std::wstring outputFile(const DocumentExport& order, std::int16_t page) {
              : multiPageFilePath(order.SavePath, order.NewDocumentID, order.SaveFileType);
 }
 
-void savePage(const DocumentExport& order, const std::wstring& source, const std::wstring& target,
-              std::int16_t page, bool append, const RequireOutput& requireOutput) {
+void exportPage(const DocumentExport& order, const std::wstring& source, const std::wstring& target,
+                std::int16_t page, bool append, const RequireOutput& requireOutput) {
   const SaveChoice choice = saveChoice(order.SaveFileType, order.IsPageFile, order.CompressionType,
                                        order.CompressionRatios);
-  if (orvane::savePage(order.ImgControl, source, 1, target, choice, append, requireOutput)) return;
+  if (savePage(order.ImgControl, source, 1, target, choice, append, requireOutput)) return;
   // The saver has logged what it caught. Damage in the page's data is logged here.
   const std::wstring damage = order.ImgControl.damage();
   if (!damage.empty()) logFailure(source + L": " + damage);
@@ -90,8 +90,8 @@ void exportPages(const DocumentExport& order, const Document& document, const Ou
     UnfinishedFile file(target, requireOutput);
     if (append && !older) throw systemFailure(ENOENT, target);  // the first pages are lost
     if (older && !append) listener.replace(*older, target);
-    savePage(order, GetPagePath(document.DocName(), document.GetPage(page)), target, page, append,
-             requireOutput);
+    exportPage(order, GetPagePath(document.DocName(), document.GetPage(page)), target, page, append,
+               requireOutput);
     if (order.IsPageFile || page == pageCount) {
       listener.addFile(target, order.IsPageFile ? 1 : pageCount);
     }

@@ -71,7 +71,7 @@ void keepFreedMemory() {
 }
 
 std::wstring localTime(const char* format) {
-  // std::time can be a clock tick behind the time that other programs read.
+  // std::time may still return the tick before the time that other programs read.
   const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   std::tm parts{};
   tzset();  // localtime_r may not notice a changed time zone

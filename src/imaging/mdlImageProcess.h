@@ -21,7 +21,7 @@ struct SaveCodes {
 /// The one rule for the output type and the compression of a page of `bitsPerPixel` bits.
 SaveCodes saveCodes(const SaveChoice& choice, std::int16_t bitsPerPixel);
 
-/// Does what `SaveImage` and `SavePDF` do, see below; the choice decides which.
+/// Saves a page as `SavePDF` or `SaveImage` does (see below), according to `choice.asPdf`.
 /// @param beforeWriting  called when the page has been loaded, which can take long. If it throws,
 /// nothing is created and the save fails.
 bool savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,

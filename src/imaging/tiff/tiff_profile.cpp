@@ -64,8 +64,8 @@ Range firstJpegStream(TIFF* tiff, const TiffLayout& layout) {
   return stream;
 }
 
-// Walks the marker segments in front of the first scan (ITU-T T.81 annex B). The
-// profile ends at anything else, which the decoder will report.
+// Walks the marker segments in front of the first scan (ITU-T T.81 annex B). The profile ends at
+// anything else, which the decoder will report.
 SegmentedProfile readSegments(const ImageFile& file, Range stream) {
   constexpr std::uint8_t kStartOfScan = 0xDA;
   constexpr int kMostSegments = 2000;  // a hostile stream could have millions
