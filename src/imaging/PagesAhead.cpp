@@ -124,7 +124,7 @@ PagesAhead::~PagesAhead() {
     const std::lock_guard lock(mutex_);
     ends_ = true;
   }
-  changed_.notify_all();
+  forWorkers_.notify_all();
   for (std::thread& thread : threads_) thread.join();
 }
 
@@ -143,7 +143,7 @@ void PagesAhead::end() {
     for (const auto& job : jobs_) drop(*job);
     jobs_.clear();
   }
-  changed_.notify_all();
+  forWorkers_.notify_all();
 }
 
 // A failure of the forecast is ignored: whoever loads the page gets it too.
@@ -156,11 +156,11 @@ void PagesAhead::fill(const SaveSettings& settings) {
       const std::lock_guard lock(mutex_);
       jobs_.push_back(std::move(job));
     }
-    if (jobs_.size() == 2 * workers_ + 2) return changed_.notify_all();
+    if (jobs_.size() == 2 * workers_ + 2) return forWorkers_.notify_all();
   } catch (const std::exception&) {
   }
   forecast_ = nullptr;
-  changed_.notify_all();
+  forWorkers_.notify_all();
 }
 
 void PagesAhead::startThreads() {
@@ -202,7 +202,7 @@ std::optional<PagesAhead::Page> PagesAhead::take(const std::wstring& path,
   const auto isDone = [&] {
     return job->state != Job::State::Begun && job->state != Job::State::Encoding;
   };
-  while (!changed_.wait_for(lock, kTimeBetweenYields, isDone)) {
+  while (!forRun_.wait_for(lock, kTimeBetweenYields, isDone)) {
     lock.unlock();
     windowServices().yield();
     lock.lock();
@@ -210,7 +210,7 @@ std::optional<PagesAhead::Page> PagesAhead::take(const std::wstring& path,
   std::optional<Page> page = std::move(job->page);
   drop(*job);
   lock.unlock();
-  changed_.notify_all();
+  forWorkers_.notify_all();
   try {
     if (page && stateOf(path) == job->file) return page;
   } catch (const std::exception&) {  // it cannot be opened any more
@@ -219,31 +219,38 @@ std::optional<PagesAhead::Page> PagesAhead::take(const std::wstring& path,
 }
 
 void PagesAhead::work() {
+  while (const std::shared_ptr<Job> job = nextJob()) finish(*job, prepare(*job));
+}
+
+// Null at the end of the thread.
+std::shared_ptr<PagesAhead::Job> PagesAhead::nextJob() {
   std::unique_lock lock(mutex_);
-  while (!ends_) {
+  for (; !ends_; forWorkers_.wait(lock)) {
     const auto next = std::find_if(jobs_.begin(), jobs_.end(), [](const auto& job) {
       return job->state == Job::State::Queued;
     });
-    if (next == jobs_.end()) {
-      changed_.wait(lock);
-      continue;
-    }
-    const std::shared_ptr<Job> job = *next;
-    job->state = Job::State::Begun;
-    lock.unlock();
-    std::optional<Page> page = prepare(*job);
-    lock.lock();
-    reserved_ -= std::exchange(job->reserved, 0);
-    if (page && job->state == Job::State::Encoding) {
-      job->reserved = keptBytes(job->file, page->encoded.image);
-      reserved_ += job->reserved;
-      job->page = std::move(page);
-      job->state = Job::State::Ready;
-    } else {
-      job->state = Job::State::Dropped;
-    }
-    changed_.notify_all();
+    if (next == jobs_.end()) continue;
+    (*next)->state = Job::State::Begun;
+    return *next;
   }
+  return nullptr;
+}
+
+void PagesAhead::finish(Job& job, std::optional<Page> page) {
+  {
+    const std::lock_guard lock(mutex_);
+    reserved_ -= std::exchange(job.reserved, 0);
+    if (page && job.state == Job::State::Encoding) {
+      job.reserved = keptBytes(job.file, page->encoded.image);
+      reserved_ += job.reserved;
+      job.page = std::move(page);
+      job.state = Job::State::Ready;
+    } else {
+      job.state = Job::State::Dropped;
+    }
+  }
+  forRun_.notify_one();
+  forWorkers_.notify_all();
 }
 
 // Nothing that is thrown leaves the thread: whatever it was, the run will meet it itself.
@@ -269,14 +276,14 @@ bool PagesAhead::reserve(Job& job, std::uint64_t bytes) {
   const std::uint64_t most = std::min<std::uint64_t>(80 + 28 * workers_, 256) * kMegabyte;
   if (bytes > most) return false;
   std::unique_lock lock(mutex_);
-  changed_.wait(lock, [&] {
+  forWorkers_.wait(lock, [&] {
     return job.state == Job::State::Dropped || (reserved_ + bytes <= most && isNext(job));
   });
   if (job.state == Job::State::Dropped) return false;
   job.reserved = bytes;
   reserved_ += bytes;
   job.state = Job::State::Encoding;
-  changed_.notify_all();
+  forWorkers_.notify_all();
   return true;
 }
 

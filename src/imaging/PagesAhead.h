@@ -62,14 +62,17 @@ class PagesAhead {
   std::shared_ptr<Job> advanceTo(const std::wstring& path);
   void drop(Job& job);
   void work();
+  std::shared_ptr<Job> nextJob();
+  void finish(Job& job, std::optional<Page> page);
   std::optional<Page> prepare(Job& job) noexcept;
   bool reserve(Job& job, std::uint64_t bytes);
   bool isNext(const Job& job) const;
 
   const unsigned workers_;
   PageForecast forecast_;
-  std::mutex mutex_;  ///< guards what follows, apart from the list of threads
-  std::condition_variable changed_;
+  std::mutex mutex_;                       ///< guards what follows, apart from the list of threads
+  std::condition_variable forRun_;         ///< a page is done
+  std::condition_variable forWorkers_;     ///< a job is queued or dropped, or there is more room
   std::deque<std::shared_ptr<Job>> jobs_;  ///< in the order of the export
   std::uint64_t reserved_ = 0;             ///< bytes of all jobs
   bool ends_ = false;
