@@ -40,14 +40,29 @@ bool isDocument(const std::wstring& sDocName) {
   return dataFile.has_value();
 }
 
-void readPageList(const std::wstring& sDocName, std::optional<std::vector<std::wstring>>& pages) {
+namespace {
+
+std::string readDataFile(const std::wstring& sDocName,
+                         std::optional<std::vector<std::wstring>>& pages) {
   FileSystemObject& files = mdlFolderAndFile::fileSystem();
-  const std::wstring dataFile = existingPath(GetDocDataPath(sDocName));
-  if (!files.FileExists(dataFile)) {
-    throw Failure(L"文档名【" + sDocName + L"】找不到当前文档的数据文件【Doc.dat】");
+  const std::wstring dataFile = GetDocDataPath(sDocName);
+  try {
+    std::string content = files.ReadFile(dataFile);
+    pages.emplace();
+    return content;
+  } catch (const Failure&) {
+    if (!files.FileExists(existingPath(dataFile))) {
+      throw Failure(L"文档名【" + sDocName + L"】找不到当前文档的数据文件【Doc.dat】");
+    }
+    pages.emplace();
+    throw;
   }
-  pages.emplace();
-  const std::wstring content = fromAnsi(files.ReadFile(dataFile));
+}
+
+}  // namespace
+
+void readPageList(const std::wstring& sDocName, std::optional<std::vector<std::wstring>>& pages) {
+  const std::wstring content = fromAnsi(readDataFile(sDocName, pages));
   const std::wstring_view text = trimmed(content, L" ");
   if (text.empty()) throw Failure(L"文档名【" + sDocName + L"】 数据文件为空");
   appendPages(text, *pages);

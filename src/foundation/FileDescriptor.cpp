@@ -33,6 +33,13 @@ std::optional<FileDescriptor> FileDescriptor::tryToOpen(const std::wstring& path
   return FileDescriptor(number, path);
 }
 
+FileDescriptor FileDescriptor::openInAnyCase(const std::wstring& path, int flags) {
+  std::optional<FileDescriptor> file = tryToOpen(path, flags);
+  if (file) return *std::move(file);
+  if (errno != ENOENT) throw systemFailure(errno, path);
+  return {existingPath(path), flags};
+}
+
 FileDescriptor::~FileDescriptor() {
   if (number_ >= 0) ::close(number_);
 }
@@ -42,7 +49,7 @@ FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept
 
 FileDescriptor FileDescriptor::openRegularFile(const std::wstring& path) {
   // Without O_NONBLOCK, opening a pipe would wait for a writer.
-  FileDescriptor file(existingPath(path), O_RDONLY | O_NONBLOCK);
+  FileDescriptor file = openInAnyCase(path, O_RDONLY | O_NONBLOCK);
   const mode_t mode = file.status().st_mode;
   if (S_ISDIR(mode)) throw systemFailure(EISDIR, path);
   if (!S_ISREG(mode)) throw systemFailure(EINVAL, path);

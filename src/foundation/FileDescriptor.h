@@ -28,6 +28,9 @@ class FileDescriptor {
   /// Opens the file. If that fails, the result is empty and errno has the reason.
   static std::optional<FileDescriptor> tryToOpen(const std::wstring& path, int flags);
 
+  /// Opens an existing file; in the scan tree, in any letter case (see `existingPath`).
+  static FileDescriptor openInAnyCase(const std::wstring& path, int flags);
+
   ~FileDescriptor();
   FileDescriptor(FileDescriptor&& other) noexcept;
   FileDescriptor(const FileDescriptor&) = delete;

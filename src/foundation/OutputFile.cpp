@@ -49,7 +49,7 @@ OutputFile OutputFile::createAnew(const std::wstring& path) {
 }
 
 OutputFile OutputFile::createExclusively(const std::wstring& path) {
-  return {path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, true};
+  return {{path, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | kOpenAlways}, true};
 }
 
 std::optional<OutputFile> OutputFile::openToAppend(const std::wstring& path) {
@@ -59,7 +59,7 @@ std::optional<OutputFile> OutputFile::openToAppend(const std::wstring& path) {
     throw systemFailure(errno, path);
   }
   if (S_ISDIR(status.st_mode)) throw systemFailure(EISDIR, path);
-  OutputFile file(path, O_RDWR | O_NOFOLLOW, false);
+  OutputFile file({path, O_RDWR | O_NOFOLLOW | kOpenAlways}, false);
   file.requireOneHardLink();
   return file;
 }
@@ -71,14 +71,14 @@ OutputFile OutputFile::openToReplace(const std::wstring& path) {
 }
 
 OutputFile OutputFile::openToRead(const std::wstring& path) {
-  return {existingPath(path), O_RDONLY, false};
+  return {FileDescriptor::openInAnyCase(path, O_RDONLY | kOpenAlways), false};
 }
 
-OutputFile::OutputFile(const std::wstring& path, int flags, bool created)
-    : file_(path, flags | kOpenAlways), removeAtEnd_(created) {
+OutputFile::OutputFile(FileDescriptor file, bool created)
+    : file_(std::move(file)), removeAtEnd_(created) {
   const mode_t mode = file_.status().st_mode;
-  if (S_ISDIR(mode)) throw systemFailure(EISDIR, path);
-  if (!S_ISREG(mode)) throw fileFailure(path, "not a regular file");
+  if (S_ISDIR(mode)) throw systemFailure(EISDIR, path());
+  if (!S_ISREG(mode)) throw fileFailure(path(), "not a regular file");
 }
 
 OutputFile::OutputFile(OutputFile&& other) noexcept
@@ -86,7 +86,7 @@ OutputFile::OutputFile(OutputFile&& other) noexcept
 
 OutputFile::~OutputFile() {
   if (!removeAtEnd_) return;
-  const std::filesystem::path native = nativePath(path());
+  const std::string native = nativePath(path());
   // Closed first, because FUSE and NFS keep a hidden file if an open file is removed.
   { const FileDescriptor closed = std::move(file_); }
   unlink(native.c_str());

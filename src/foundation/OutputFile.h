@@ -65,7 +65,7 @@ class OutputFile {
   void close();
 
  private:
-  OutputFile(const std::wstring& path, int flags, bool created);
+  OutputFile(FileDescriptor file, bool created);
   void requireOneHardLink() const;
 
   FileDescriptor file_;
