@@ -172,9 +172,9 @@ class BatchExport : private ExportListener {
                                                   .NewDocumentID = NewDocumentID};
     if (!mdlDocumentHelper::SaveAsDocument(order, *this)) return false;
     return succeeds([&] {  // a folder that was created also changed the folder above it
-      for (const auto& folder : {settings_.SavePath, BatchOutputFolder_, DocOutputFolder}) {
-        run_.written.addFolder(folder);
-      }
+      run_.written.addFolder(settings_.SavePath);
+      if (settings_.IsCreateBatchFolder) run_.written.addFolder(BatchOutputFolder_);
+      if (settings_.IsCreateDocFolder) run_.written.addFolder(DocOutputFolder);
     });
   }
 
