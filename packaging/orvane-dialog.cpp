@@ -33,7 +33,7 @@ bool isAnsweredYes(const QString& text) {
 
 bool printFolder(const QString& title) {
   const std::wstring folder = BrowseForFolder(nullptr, fromQt(title), {});
-  if (!folder.empty()) std::cout << nativePath(folder).native() << '\n';
+  if (!folder.empty()) std::cout << nativePath(folder) << '\n';
   return !folder.empty();
 }
 

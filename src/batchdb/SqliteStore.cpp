@@ -112,7 +112,7 @@ SqliteStore::~SqliteStore() = default;
 
 void SqliteStore::open(const std::wstring& path) {
   connection_.reset();
-  path_ = nativePath(path).native();
+  path_ = nativePath(path);
   sqlite3* handle = nullptr;
   const int result = sqlite3_open_v2(path_.c_str(), &handle, SQLITE_OPEN_READWRITE, nullptr);
   Connection connection(handle);  // SQLite returns a handle even after a failure

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <utility>
 
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
@@ -18,31 +19,28 @@ namespace {
 namespace fs = std::filesystem;
 
 // Batches and documents may be links to another disk, so the tree can have several roots.
-std::vector<fs::path> scanTreeOfBatch() {
-  return {resolvedPlace(programFolder() + L"\\Batchs"), resolvedPlace(gBatchFolder)};
+std::vector<std::wstring> scanTreeOfBatch() {
+  return {programFolder() + L"\\Batchs", gBatchFolder};
 }
 
-std::vector<fs::path> scanTreeOfDocument(const std::wstring& documentName) {
-  std::vector<fs::path> roots = scanTreeOfBatch();
-  roots.push_back(resolvedPlace(GetDocumentPath(documentName)));
-  return roots;
-}
-
-std::vector<fs::path> scanTreeOfDocuments(const std::vector<std::wstring>& subFolders) {
-  std::vector<fs::path> roots = scanTreeOfBatch();
+std::vector<Place> scanTreeOfDocuments(const std::vector<std::wstring>& subFolders) {
+  std::vector<std::wstring> roots = scanTreeOfBatch();
   for (const std::wstring& name : subFolders) {
     // A broken link has no scans.
-    const std::wstring document = GetDocumentPath(name);
-    if (mdlFolderAndFile::fileSystem().FolderExists(document)) {
-      roots.push_back(resolvedPlace(document));
-    }
+    std::wstring document = GetDocumentPath(name);
+    if (mdlFolderAndFile::fileSystem().FolderExists(document)) roots.push_back(std::move(document));
   }
-  return roots;
+  return resolvedPlaces(roots);
 }
 
-bool containsAny(const fs::path& place, const std::vector<fs::path>& roots) {
-  return std::any_of(roots.begin(), roots.end(),
-                     [&](const fs::path& root) { return isWithin(root, {place}); });
+bool isWithinAny(const Place& place, const std::vector<Place>& folders) {
+  return std::any_of(folders.begin(), folders.end(),
+                     [&](const Place& folder) { return place.isWithin(folder); });
+}
+
+bool containsAny(const Place& folder, const std::vector<Place>& places) {
+  return std::any_of(places.begin(), places.end(),
+                     [&](const Place& place) { return place.isWithin(folder); });
 }
 
 }  // namespace
@@ -76,15 +74,19 @@ bool HeldFolder::isAt(const std::wstring& path) const {
 }
 
 OutputGuard::OutputGuard(const std::wstring& outputFolder, const std::wstring& documentName)
-    : folderText_(mdlFolderAndFile::AppendBackslash(outputFolder)),
-      outputFolder_(resolvedPlace(outputFolder)),
-      scanTree_(scanTreeOfDocument(documentName)) {
+    : folderText_(mdlFolderAndFile::AppendBackslash(outputFolder)) {
+  std::vector<std::wstring> paths = scanTreeOfBatch();
+  paths.push_back(GetDocumentPath(documentName));
+  paths.push_back(outputFolder);
+  scanTree_ = resolvedPlaces(paths);
+  outputFolder_ = std::move(scanTree_.back());
+  scanTree_.pop_back();
   requireOutsideScanTree(outputFolder_, outputFolder);
 }
 
 void OutputGuard::enterFolder() {
   held_.emplace(folderText_);
-  held_->requireAt(pathText(outputFolder_));
+  held_->requireAt(pathText(outputFolder_.path()));
 }
 
 std::optional<FileIdentity> OutputGuard::check(const std::wstring& file) const {
@@ -104,13 +106,14 @@ bool OutputGuard::isDirectlyInFolder(const std::wstring& file) const {
 
 void OutputGuard::checkPlace(const std::wstring& file) const {
   requireOutsideScanTree(resolvedPlace(file), file);
-  const fs::path folder = resolvedPlace(pathText(nativePath(file).parent_path()));
+  const fs::path native = nativePath(file);
+  const Place folder = resolvedPlace(pathText(native.parent_path()));
   requireOutsideScanTree(folder, file);
-  if (!isWithin(folder, {outputFolder_})) throw Failure(L"输出文件不在输出文件夹内：" + file);
+  if (!folder.isWithin(outputFolder_)) throw Failure(L"输出文件不在输出文件夹内：" + file);
 }
 
-void OutputGuard::requireOutsideScanTree(const fs::path& place, const std::wstring& path) const {
-  if (isWithin(place, scanTree_)) throw Failure(L"输出位置在扫描件文件夹内，不能导出：" + path);
+void OutputGuard::requireOutsideScanTree(const Place& place, const std::wstring& path) const {
+  if (isWithinAny(place, scanTree_)) throw Failure(L"输出位置在扫描件文件夹内，不能导出：" + path);
 }
 
 ScansOfBatch::ScansOfBatch(const std::vector<std::wstring>& subFolders) {
@@ -123,9 +126,9 @@ ScansOfBatch::ScansOfBatch(const std::vector<std::wstring>& subFolders) {
 
 void ScansOfBatch::requireDeletable(const std::wstring& folder) const {
   if (!unknown_.empty()) throw Failure(unknown_);
-  const fs::path place = resolvedPlace(folder);
-  if (isWithin(place, roots_) || containsAny(place, roots_) ||
-      isWithin(resolvedPlace(programFolder()), {place})) {
+  const Place place = resolvedPlace(folder);
+  if (isWithinAny(place, roots_) || containsAny(place, roots_) ||
+      resolvedPlace(programFolder()).isWithin(place)) {
     throw Failure(L"输出文件夹含有程序或扫描件，不删除：" + folder);
   }
 }

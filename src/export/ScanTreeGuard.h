@@ -1,12 +1,12 @@
 #pragma once
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "export/WrittenFiles.h"
 #include "foundation/FileDescriptor.h"
+#include "foundation/paths.h"
 
 /// The export never changes the scan tree, whatever the settings are. These guards check everything
 /// that the export creates or deletes.
@@ -57,11 +57,11 @@ class OutputGuard {
  private:
   bool isDirectlyInFolder(const std::wstring& file) const;
   void checkPlace(const std::wstring& file) const;
-  void requireOutsideScanTree(const std::filesystem::path& place, const std::wstring& path) const;
+  void requireOutsideScanTree(const Place& place, const std::wstring& path) const;
 
   std::wstring folderText_;
-  std::filesystem::path outputFolder_;
-  std::vector<std::filesystem::path> scanTree_;
+  std::vector<Place> scanTree_;
+  Place outputFolder_;
   std::optional<HeldFolder> held_;
 };
 
@@ -77,7 +77,7 @@ class ScansOfBatch {
   void requireDeletable(const std::wstring& folder) const;
 
  private:
-  std::vector<std::filesystem::path> roots_;
+  std::vector<Place> roots_;
   std::wstring unknown_;  // why the roots are not known; empty if they are
 };
 

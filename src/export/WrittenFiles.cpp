@@ -70,7 +70,7 @@ std::uint64_t WrittenFiles::addFile(const std::wstring& file) {
   filesOfPass_.emplace_back(status.st_dev, key);
   namesOfPass_.insert(hashOf(nativePath(file)));
   if (disk.syncsFilesOnly) disk.files.insert(file);
-  disk.addFolder(pathText(nativePath(file).parent_path()));
+  disk.addFolder(pathText(fs::path(nativePath(file)).parent_path()));
   return static_cast<std::uint64_t>(status.st_size);
 }
 
@@ -92,7 +92,7 @@ void WrittenFiles::replace(const FileIdentity& older, const std::wstring& path) 
 WrittenFiles::Finding WrittenFiles::notWrittenIn(const std::wstring& folder) const {
   Finding finding;
   std::error_code error, ignored;
-  const fs::path root = nativePath(folder).lexically_normal();
+  const fs::path root = fs::path(nativePath(folder)).lexically_normal();
   for (fs::recursive_directory_iterator entry(root, error), end; !error && entry != end;
        entry.increment(error)) {
     if (fs::is_directory(entry->symlink_status(ignored)) || isOfThisPass(entry->path())) continue;

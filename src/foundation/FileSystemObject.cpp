@@ -63,9 +63,12 @@ bool FileSystemObject::FileExists(const std::wstring& path) {
 }
 
 bool FileSystemObject::IsSamePlace(const std::wstring& path, const std::wstring& otherPath) {
-  const std::wstring found = existingPath(path), otherFound = existingPath(otherPath);
-  const auto one = statusOf(found), other = statusOf(otherFound);
-  if (!one || !other || one->st_dev != other->st_dev) return false;
+  const std::wstring otherFound = existingPath(otherPath);
+  const auto other = statusOf(otherFound);
+  if (!other) return false;
+  const std::wstring found = existingPath(path);
+  const auto one = statusOf(found);
+  if (!one || one->st_dev != other->st_dev) return false;
   return one->st_ino == other->st_ino || isOneEntryInAnyCase(found, otherFound);
 }
 
@@ -198,7 +201,7 @@ bool isLinkToFolder(const std::string& native) {
 }  // namespace
 
 void FileSystemObject::DeleteFolder(const std::wstring& path) {
-  std::string native = nativePath(path).native();
+  std::string native = nativePath(path);
   // The platform would follow a link with a final separator.
   while (native.size() > 1 && native.back() == '/') native.pop_back();
   if (!isLinkToFolder(native)) {

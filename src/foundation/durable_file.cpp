@@ -89,7 +89,7 @@ int errorOf(Sync sync, const std::wstring& path) {
 
 FileReplacement::FileReplacement(const std::wstring& path)
     : path_(path),
-      target_(resolvedPlace(path)),
+      target_(resolvedPlace(path).path()),
       old_(statusOfReplaceable(target_, path)),
       temporary_(freeNameIn(target_.parent_path())),
       temporaryPath_(pathText(temporary_)) {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <deque>
 #include <sys/stat.h>
 #include <system_error>
+#include <unordered_map>
 #include <utility>
 
 #include "foundation/Failure.h"
@@ -33,7 +33,7 @@ bool isEscape(wchar_t character) {
 
 }  // namespace
 
-std::filesystem::path nativePath(std::wstring_view pathText) {
+std::string nativePath(std::wstring_view pathText) {
   std::string native;
   std::size_t plainBegin = 0;
   const auto endPlain = [&](std::size_t end) {
@@ -116,24 +116,8 @@ std::optional<std::wstring> listedName(const std::wstring& folder, const std::ws
 
 // Without dots, doubled separators and a final separator.
 fs::path plain(const std::wstring& pathText) {
-  const fs::path path = nativePath(pathText).lexically_normal();
+  const fs::path path = fs::path(nativePath(pathText)).lexically_normal();
   return path.has_filename() ? path : path.parent_path();
-}
-
-constexpr int kMaxLinks = 40;  // the system's own limit
-
-bool isLink(const fs::path& place, const std::wstring& path) {
-  std::error_code error;
-  const fs::file_status status = fs::symlink_status(place, error);
-  if (status.type() == fs::file_type::none) throw systemFailure(error.value(), path);
-  return status.type() == fs::file_type::symlink;
-}
-
-// A folder that does not exist has only its name.
-std::optional<FileIdentity> identityAt(const fs::path& folder) {
-  struct stat status {};
-  if (stat(folder.c_str(), &status) != 0) return std::nullopt;
-  return identityOf(status);
 }
 
 }  // namespace
@@ -180,41 +164,102 @@ bool isOneEntryInAnyCase(const std::wstring& path, const std::wstring& otherPath
   return true;
 }
 
-fs::path resolvedPlace(const std::wstring& path) {
-  // If the working directory was removed, `current_path` fails.
-  const fs::path native = nativePath(existingPath(path));
-  const fs::path whole = native.is_absolute() ? native : fs::current_path() / native;
-  std::deque<fs::path> rest(whole.begin(), whole.end());
-  fs::path place = "/";
-  int links = 0;
-  while (!rest.empty()) {
-    const fs::path part = rest.front();
-    rest.pop_front();
-    if (part.empty() || part == ".") continue;
-    if (part == "..") {
-      place = place.parent_path();
-      continue;
-    }
-    place /= part;  // an absolute `part` replaces `place`
-    if (!isLink(place, path)) continue;
-    if (++links > kMaxLinks) throw systemFailure(ELOOP, path);
-    const fs::path target = fs::read_symlink(place);
-    place = place.parent_path();
-    rest.insert(rest.begin(), target.begin(), target.end());
-  }
-  return place;
+// Places.
+
+namespace {
+
+constexpr int kMaxLinks = 40;  // the system's own limit
+
+// Removes the first name of a native path with its separator.
+std::string takeName(std::string& path) {
+  const std::size_t end = std::min(path.find('/'), path.size());
+  std::string name = path.substr(0, end);
+  path.erase(0, end + 1);
+  return name;
 }
 
-bool isWithin(const fs::path& place, const std::vector<fs::path>& folders) {
-  std::vector<std::optional<FileIdentity>> identities(folders.size());
-  std::transform(folders.begin(), folders.end(), identities.begin(), identityAt);
-  for (fs::path level = place;; level = level.parent_path()) {
-    const std::optional<FileIdentity> identity = identityAt(level);
-    for (std::size_t i = 0; i < folders.size(); ++i) {
-      if (level == folders[i] || (identity && identity == identities[i])) return true;
+}  // namespace
+
+/// Resolves the links in paths, and examines each name only once.
+class LinkResolver {
+ public:
+  Place placeOf(const std::wstring& path) {
+    std::string rest = nativePath(existingPath(path));
+    // If the working directory was removed, `current_path` fails.
+    if (!rest.starts_with('/')) rest = fs::current_path() / rest;
+    Place place = root(path);
+    for (int links = 0; !rest.empty();) {
+      const std::string name = takeName(rest);
+      if (name.empty() || name == ".") continue;
+      if (name == "..") {
+        leave(place);
+        continue;
+      }
+      place.path_ += '/' + name;
+      const Entry entry = examined(place.path_, path);
+      place.levels_.push_back(entry.identity);
+      if (!entry.isLink) continue;
+      if (++links > kMaxLinks) throw systemFailure(ELOOP, path);
+      const std::string target = fs::read_symlink(place.path_);
+      rest = target + '/' + rest;
+      if (target.starts_with('/')) {
+        place = root(path);
+      } else {
+        leave(place);
+      }
     }
-    if (level == level.root_path()) return false;
+    return place;
   }
+
+ private:
+  struct Entry {
+    std::optional<FileIdentity> identity{};
+    bool isLink = false;
+  };
+
+  Place root(const std::wstring& path) {
+    Place place;
+    place.levels_.front() = examined("/", path).identity;
+    return place;
+  }
+
+  static void leave(Place& place) {
+    if (place.path_.empty()) return;
+    place.path_.erase(place.path_.rfind('/'));
+    place.levels_.pop_back();
+  }
+
+  const Entry& examined(const std::string& native, const std::wstring& path) {
+    const auto [at, isNew] = entries_.try_emplace(native);
+    struct stat status {};
+    if (isNew && lstat(native.c_str(), &status) == 0) {
+      at->second = {identityOf(status), S_ISLNK(status.st_mode)};
+    } else if (isNew && errno != ENOENT && errno != ENOTDIR) {
+      throw systemFailure(errno, path);
+    }
+    return at->second;
+  }
+
+  std::unordered_map<std::string, Entry> entries_;
+};
+
+bool Place::isWithin(const Place& folder) const {
+  const bool isNamedSo = path_.starts_with(folder.path_) &&
+                         (path_.size() == folder.path_.size() || path_[folder.path_.size()] == '/');
+  const std::optional<FileIdentity>& identity = folder.levels_.back();
+  return isNamedSo ||
+         (identity && std::find(levels_.begin(), levels_.end(), identity) != levels_.end());
+}
+
+Place resolvedPlace(const std::wstring& path) {
+  return LinkResolver().placeOf(path);
+}
+
+std::vector<Place> resolvedPlaces(const std::vector<std::wstring>& paths) {
+  LinkResolver resolver;
+  std::vector<Place> places;
+  for (const std::wstring& path : paths) places.push_back(resolver.placeOf(path));
+  return places;
 }
 
 }  // namespace orvane

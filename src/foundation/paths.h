@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/FileDescriptor.h"
+
 /// Paths. Inside the program a path is a text with `\` as separator, joined without normalisation.
 /// These functions convert it to the native form, and find the file that it leads to.
 ///
@@ -14,9 +16,10 @@
 /// same bytes.
 namespace orvane {
 
-/// The native path of a path text: `\` becomes `/`; nothing else is changed. A text that begins
-/// with `\` is absolute. Throws Failure if the text contains a NUL or cannot be encoded.
-std::filesystem::path nativePath(std::wstring_view pathText);
+/// The native path of a path text, for system calls: `\` becomes `/`; nothing else is changed. A
+/// text that begins with `\` is absolute. Throws Failure if the text contains a NUL or cannot be
+/// encoded.
+std::string nativePath(std::wstring_view pathText);
 
 /// The path text of a native path, such as the program's folder: `/` becomes `\`.
 std::wstring pathText(const std::filesystem::path& native);
@@ -46,15 +49,28 @@ std::optional<std::wstring> entryInAnyCase(const std::wstring& folder, const std
 /// spelling its own. Throws Failure for a folder that cannot be listed.
 bool isOneEntryInAnyCase(const std::wstring& path, const std::wstring& otherPath);
 
-/// The absolute path of a file or folder with all symbolic links resolved, including those to a
-/// missing target, which a write would create. Parts that do not exist are kept. A path in the scan
-/// tree is looked up with `existingPath` first. Throws Failure if a part cannot be examined, and
-/// for a cycle of links.
-std::filesystem::path resolvedPlace(const std::wstring& path);
+/// Where a file or folder is: its absolute path with all symbolic links resolved, including those
+/// to a missing target, which a write would create. Parts that do not exist are kept.
+class Place {
+ public:
+  std::string path() const { return path_.empty() ? "/" : path_; }
 
-/// True if a resolved path is one of the folders or below one. Folders are compared by device and
-/// inode, so a bind mount or a name in other letter case makes no difference.
-bool isWithin(const std::filesystem::path& place,
-              const std::vector<std::filesystem::path>& folders);
+  /// True if this is `folder` or below it. Folders are compared by device and inode, so a bind
+  /// mount or a name in other letter case makes no difference.
+  bool isWithin(const Place& folder) const;
+
+ private:
+  friend class LinkResolver;
+
+  std::string path_;  // without a separator at the end: empty for the root
+  std::vector<std::optional<FileIdentity>> levels_{std::nullopt};  // of the root and of each name
+};
+
+/// The place of a file or folder. A path in the scan tree is looked up with `existingPath` first.
+/// Throws Failure if a part cannot be examined, and for a cycle of links.
+Place resolvedPlace(const std::wstring& path);
+
+/// The places of several paths, which may share folders: each folder is examined once.
+std::vector<Place> resolvedPlaces(const std::vector<std::wstring>& paths);
 
 }  // namespace orvane

@@ -28,7 +28,7 @@ std::wstring toPathText(const QString& native) {
 }
 
 QString fromPathText(const std::wstring& text) {
-  return QFile::decodeName(QByteArray::fromStdString(nativePath(text).native()));
+  return QFile::decodeName(QByteArray::fromStdString(nativePath(text)));
 }
 
 bool isFolder(const QString& path) {

@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QPainter>
 #include <QStyledItemDelegate>
+#include <filesystem>
 
 #include "export/OutputNaming.h"
 #include "foundation/Failure.h"
@@ -22,7 +23,8 @@ constexpr int kExample = Qt::UserRole;  // the example name of an entry
 
 // The native form of a path.
 std::wstring shownPath(const std::wstring& path) {
-  std::wstring shown = fromUtf8(nativePath(path).lexically_normal().native());
+  const std::filesystem::path native = nativePath(path);
+  std::wstring shown = fromUtf8(native.lexically_normal().native());
   if (shown.size() > kLongestShown) shown = shown.substr(0, kLongestShown) + L"……";
   return shown;
 }

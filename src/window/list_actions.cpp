@@ -8,6 +8,7 @@
 #include <QToolTip>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <filesystem>
 
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
@@ -72,7 +73,8 @@ void openOnDesktop(QWidget& list, const QString& path) {
 
 void openOutputFolder(QWidget& list, const std::wstring& SavePath) {
   if (SavePath.empty()) return showTip(list, QStringLiteral("还没有选择成果输出文件夹。"));
-  openOnDesktop(list, toQt(fromUtf8(nativePath(SavePath).lexically_normal().native())));
+  const std::filesystem::path native = nativePath(SavePath);
+  openOnDesktop(list, toQt(fromUtf8(native.lexically_normal().native())));
 }
 
 void openGuideFile(QWidget& list) {

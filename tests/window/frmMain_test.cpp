@@ -165,7 +165,7 @@ TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelClearsIt) {
   folder.shell("mkdir -p 成果/旧 성과 成果/.新");
   QString opensAt = QDir::homePath();
   for (const std::wstring name : {L"成果", L"성과", L"成果\\旧", L"成果\\.新"}) {
-    const QString wanted = QString::fromStdString(nativePath(folder.path(name)).string());
+    const QString wanted = QString::fromStdString(nativePath(folder.path(name)));
     inChooser([&](QDialog& chooser) {
       auto& path = *chooser.findChild<QLineEdit*>();
       EXPECT_EQ(path.text().toStdString(), opensAt.toStdString());
