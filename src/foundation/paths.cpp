@@ -35,25 +35,21 @@ bool isEscape(wchar_t character) {
 
 std::string nativePath(std::wstring_view pathText) {
   std::string native;
-  std::size_t plainBegin = 0;
-  const auto endPlain = [&](std::size_t end) {
-    native += toUtf8(pathText.substr(plainBegin, end - plainBegin));
-    plainBegin = end + 1;
-  };
-  for (std::size_t i = 0; i < pathText.size(); ++i) {
-    const wchar_t character = pathText[i];
+  native.reserve(pathText.size());
+  for (const wchar_t character : pathText) {
     if (character == L'\0') throw systemFailure(EINVAL, pathText);
     if (character == L'\\') {
-      endPlain(i);
       native += '/';
+    } else if (character > 0 && character < 0x80) {
+      native += static_cast<char>(character);
     } else if (isEscape(character)) {
-      endPlain(i);
       native += static_cast<char>(character - kEscapeBase);
-    } else if (!isUnicodeScalar(character)) {
+    } else if (isUnicodeScalar(character)) {
+      native += toUtf8({&character, 1});
+    } else {
       throw systemFailure(EILSEQ, pathText);
     }
   }
-  endPlain(pathText.size());
   return native;
 }
 
@@ -184,7 +180,18 @@ std::string takeName(std::string& path) {
 class LinkResolver {
  public:
   Place placeOf(const std::wstring& path) {
-    std::string rest = nativePath(existingPath(path));
+    const Place place = placeAsSpelled(path);
+    return place.exists() ? place : placeAsSpelled(existingPath(path));
+  }
+
+ private:
+  struct Entry {
+    std::optional<FileIdentity> identity{};
+    bool isLink = false;
+  };
+
+  Place placeAsSpelled(const std::wstring& path) {
+    std::string rest = nativePath(path);
     // If the working directory was removed, `current_path` fails.
     if (!rest.starts_with('/')) rest = fs::current_path() / rest;
     Place place = root(path);
@@ -210,12 +217,6 @@ class LinkResolver {
     }
     return place;
   }
-
- private:
-  struct Entry {
-    std::optional<FileIdentity> identity{};
-    bool isLink = false;
-  };
 
   Place root(const std::wstring& path) {
     Place place;

@@ -54,6 +54,7 @@ bool isOneEntryInAnyCase(const std::wstring& path, const std::wstring& otherPath
 class Place {
  public:
   std::string path() const { return path_.empty() ? "/" : path_; }
+  bool exists() const { return levels_.back().has_value(); }
 
   /// True if this is `folder` or below it. Folders are compared by device and inode, so a bind
   /// mount or a name in other letter case makes no difference.
