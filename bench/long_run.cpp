@@ -13,6 +13,7 @@
 #include "export/JournalHost.h"
 #include "export/RunOutPutBatch.h"
 #include "foundation/paths.h"
+#include "foundation/program.h"
 #include "settings/ExportSettings.h"
 
 namespace {
@@ -170,6 +171,7 @@ void queryMillionRows() {
 }  // namespace
 
 int main() {
+  keepFreedMemory();  // as the program does
   runManyBatches();
   runFailingBatch();
   queryMillionRows();
