@@ -21,6 +21,12 @@ void report(RunHost& host, const std::wstring& line) {
   host.listProcessLog().refresh();
 }
 
+// Short documents can take less time than redrawing the list.
+void reportDocument(RunHost& host, const std::wstring& DocumentID) {
+  host.listProcessLog().addItem(DocumentID + L" 导出成功！");
+  host.listProcessLog().refreshInTime();
+}
+
 void reportFailure(RunHost& host, const std::wstring& line, const std::wstring& reason) {
   host.listProcessLog().addFailure(line, reason);
   host.listProcessLog().refresh();
@@ -79,7 +85,7 @@ class BatchExport : private ExportListener {
         reportFailure(host_, name + L" 导出失败！", reason);
         return false;
       }
-      report(host_, name + L" 导出成功！");
+      reportDocument(host_, name);
       windowServices().yield();
     }
     logReplacedFiles();

@@ -45,6 +45,10 @@ class ProgressList {
 
   /// Redraws the list at once.
   virtual void refresh() = 0;
+
+  /// Redraws the list at once, unless that happened less than 100 ms ago: then at the end of this
+  /// time. For lines that can come faster than they can be read. By default, redraws at once.
+  virtual void refreshInTime() { refresh(); }
 };
 
 }  // namespace orvane

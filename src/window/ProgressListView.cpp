@@ -12,6 +12,7 @@
 #include <QScrollBar>
 #include <QToolTip>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <memory>
 #include <unordered_map>
@@ -19,6 +20,7 @@
 namespace orvane {
 namespace {
 
+constexpr auto kFrameTime = std::chrono::milliseconds(100);
 constexpr int kRowPadding = 2;
 constexpr int kLinePadding = 8;
 
@@ -132,6 +134,8 @@ ProgressListView::ProgressListView(QWidget* parent) : QAbstractItemView(parent) 
   setSelectionMode(ExtendedSelection);
   setEditTriggers(NoEditTriggers);
   setTextElideMode(Qt::ElideNone);
+  untilNextFrame_.setSingleShot(true);
+  untilNextFrame_.callOnTimeout(this, [this] { setUpdatesEnabled(true); });
   QAccessible::installFactory(accessibleLines);
 }
 
@@ -153,7 +157,16 @@ void ProgressListView::clear() {
 }
 
 void ProgressListView::refresh() {
+  untilNextFrame_.stop();
+  setUpdatesEnabled(true);
   viewport()->repaint();
+}
+
+void ProgressListView::refreshInTime() {
+  if (untilNextFrame_.isActive()) return;
+  refresh();
+  setUpdatesEnabled(false);
+  untilNextFrame_.start(kFrameTime);
 }
 
 int ProgressListView::rowHeight() const {

@@ -2,6 +2,7 @@
 
 #include <QAbstractItemView>
 #include <QAccessible>
+#include <QTimer>
 
 #include "foundation/WindowServices.h"
 #include "window/LineModel.h"
@@ -22,6 +23,7 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   void addFailure(std::wstring_view line, std::wstring_view reason) override;
   void clear() override;
   void refresh() override;
+  void refreshInTime() override;
 
   QRect visualRect(const QModelIndex& index) const override;
   void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
@@ -38,6 +40,8 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   void resizeEvent(QResizeEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void updateGeometries() override;
+  /// Does nothing. Qt would ask the screen for the place of the pointer, and wait for the answer.
+  void verticalScrollbarValueChanged(int /*value*/) override {}
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
   QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
@@ -60,7 +64,8 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   void popUpMenu(const QPoint& place);
 
   LineModel lines_;
-  int widestLine_ = 0;  ///< in pixels, for the horizontal scroll bar
+  int widestLine_ = 0;     ///< in pixels, for the horizontal scroll bar
+  QTimer untilNextFrame_;  ///< while it runs, only `refresh` draws; then all that was put off
 };
 
 /// The area of the progress list. It extends below the lower edge of the window; the list inside

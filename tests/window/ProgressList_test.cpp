@@ -75,6 +75,50 @@ TEST_F(ProgressListTest, CopiesTheSelectedLinesInTheirOrder) {
   EXPECT_EQ(copied(), "第 0 行");
 }
 
+/// Counts the redraws of a list.
+class Redraws : public QObject {
+ public:
+  explicit Redraws(ProgressListView& list) : list_(list) {
+    list.viewport()->installEventFilter(this);
+  }
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() != QEvent::Paint) return false;
+    ++count;
+    linesShown = list_.model()->rowCount();
+    return false;
+  }
+
+  int count = 0;
+  int linesShown = 0;  ///< by the last redraw
+
+ private:
+  ProgressListView& list_;
+};
+
+TEST_F(ProgressListTest, LinesThatComeFasterThanTheyCanBeReadAreDrawnTogether) {
+  Redraws redraws(list);
+  QElapsedTimer timer;
+  timer.start();
+  int lines = 0;
+  for (; timer.elapsed() < 450; ++lines) {
+    add(1);
+    list.refreshInTime();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(lines > 0 || redraws.linesShown == 1);
+  }
+  EXPECT_LE(redraws.count, 2 + timer.elapsed() / 100);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return redraws.linesShown == lines; }));
+  list.refreshInTime();
+  add(1);
+  list.refreshInTime();
+  add(1);
+  list.refresh();
+  EXPECT_EQ(redraws.linesShown, lines + 2);
+  add(1);  // without a request, the list is redrawn with the window
+  QCoreApplication::processEvents();
+  EXPECT_EQ(redraws.linesShown, lines + 3);
+}
+
 TEST_F(ProgressListTest, TimeAndMemoryPerLineDoNotGrowWithTheNumberOfLines) {
   const auto millisecondsFor500ShownLines = [this] {
     QElapsedTimer timer;
