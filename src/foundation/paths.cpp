@@ -259,6 +259,7 @@ Place resolvedPlace(const std::wstring& path) {
 std::vector<Place> resolvedPlaces(const std::vector<std::wstring>& paths) {
   LinkResolver resolver;
   std::vector<Place> places;
+  places.reserve(paths.size());
   for (const std::wstring& path : paths) places.push_back(resolver.placeOf(path));
   return places;
 }
