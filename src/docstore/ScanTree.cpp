@@ -50,7 +50,7 @@ std::string readDataFile(const std::wstring& sDocName,
     std::string content = files.ReadFile(dataFile);
     pages.emplace();
     return content;
-  } catch (const Failure&) {
+  } catch (const Failure&) {  // missing, or it cannot be read
     if (!files.FileExists(existingPath(dataFile))) {
       throw Failure(L"文档名【" + sDocName + L"】找不到当前文档的数据文件【Doc.dat】");
     }

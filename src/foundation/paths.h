@@ -67,8 +67,8 @@ class Place {
   std::vector<std::optional<FileIdentity>> levels_{std::nullopt};  // of the root and of each name
 };
 
-/// The place of a file or folder. A path in the scan tree is looked up with `existingPath` first.
-/// Throws Failure if a part cannot be examined, and for a cycle of links.
+/// The place of a file or folder. A path that does not exist as spelled is looked up with
+/// `existingPath`. Throws Failure if a part cannot be examined, and for a cycle of links.
 Place resolvedPlace(const std::wstring& path);
 
 /// The places of several paths, which may share folders: each folder is examined once.
