@@ -46,8 +46,9 @@ class ProgressList {
   /// Redraws the list at once.
   virtual void refresh() = 0;
 
-  /// Redraws the list at once, unless that happened less than 100 ms ago: then at the end of this
-  /// time. For lines that can come faster than they can be read. By default, redraws at once.
+  /// Redraws the list in time for the next frame of the screen: at once, or if that happened less
+  /// than 16 ms ago, at the end of this time. For lines that can come faster than a screen shows
+  /// them. By default, redraws at once.
   virtual void refreshInTime() { refresh(); }
 };
 

@@ -20,7 +20,7 @@
 namespace orvane {
 namespace {
 
-constexpr auto kFrameTime = std::chrono::milliseconds(100);
+constexpr auto kFrameTime = std::chrono::milliseconds(16);  // of a screen with 60 Hz
 constexpr int kRowPadding = 2;
 constexpr int kLinePadding = 8;
 

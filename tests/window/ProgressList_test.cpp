@@ -95,7 +95,7 @@ class Redraws : public QObject {
   ProgressListView& list_;
 };
 
-TEST_F(ProgressListTest, LinesThatComeFasterThanTheyCanBeReadAreDrawnTogether) {
+TEST_F(ProgressListTest, LinesThatComeFasterThanTheScreenShowsThemAreDrawnTogether) {
   Redraws redraws(list);
   QElapsedTimer timer;
   timer.start();
@@ -106,7 +106,7 @@ TEST_F(ProgressListTest, LinesThatComeFasterThanTheyCanBeReadAreDrawnTogether) {
     QCoreApplication::processEvents();
     EXPECT_TRUE(lines > 0 || redraws.linesShown == 1);
   }
-  EXPECT_LE(redraws.count, 2 + timer.elapsed() / 100);
+  EXPECT_LE(redraws.count, 2 + timer.elapsed() / 16);
   EXPECT_TRUE(QTest::qWaitFor([&] { return redraws.linesShown == lines; }));
   list.refreshInTime();
   add(1);
