@@ -110,9 +110,11 @@ int main(int argc, char** argv) {
     steps.time(3, [&] { tiff.append(output + L"\\lzw1.tif", image); });
   });
   printRow("JPEG to JPEG-in-TIFF", argv[3], [&](const std::wstring& page, Steps& steps) {
-    const EncodedImage strips = steps.time(0, [&] { return *open(page).jpegStrips(); });
+    const TiffPage source = steps.time(0, [&] { return open(page); });
     steps.time(1, [] {});
-    const EncodedImage image = steps.time(2, [&] { return *transcodeJpeg(strips, {40, 32}); });
+    const EncodedImage image = steps.time(2, [&] {
+      return *transcodeJpeg(*source.storedJpeg(), {40, 32});
+    });
     steps.time(3, [&] { tiff.append(output + L"\\jpeg.tif", image); });
   });
   printRow("JPEG to LZW TIFF", argv[3], [&](const std::wstring& page, Steps& steps) {

@@ -60,10 +60,10 @@ Examined<std::optional<EncodedImage>> LoadedPage::group4Copy(Group4Form form) co
 
 Examined<std::optional<EncodedImage>> LoadedPage::transcodedJpeg(JpegFactors factors) const {
   if (held_) return {};
-  const std::optional<EncodedImage> strips = file_->jpegStrips();
-  if (!strips) return {};
+  const std::optional<StoredJpeg> page = file_->storedJpeg();
+  if (!page) return {};
   try {
-    return {transcodeJpeg(*strips, factors), {}};
+    return {transcodeJpeg(*page, factors), {}};
   } catch (const Failure& damage) {
     return {std::nullopt, {damage.what(), {}}};
   }
@@ -78,8 +78,22 @@ Examined<Raster>& LoadedPage::holdPixels() {
   return *held_;
 }
 
-// libtiff accepts some damaged Group 4 data; the walk over its codes does not. libtiff also takes
-// an early end for damage; the walk tells how many rows can be decoded.
+namespace {
+
+DataState examined(const StoredJpeg& page) {
+  try {
+    verifyJpeg(page);
+    return {};
+  } catch (const Failure& damage) {
+    return {damage.what(), {}};
+  }
+}
+
+}  // namespace
+
+// libtiff and libjpeg accept some damaged Group 4 and JPEG data; the walk over its codes does not.
+// libtiff also takes an early end of a fax page for damage; the walk tells how many rows can be
+// decoded.
 Examined<Raster> LoadedPage::decode() const {
   StripRows codedRows;
   DataState data;
@@ -87,6 +101,8 @@ Examined<Raster> LoadedPage::decode() const {
     ExaminedStrips walked = examined(*std::move(strips), Group4Form::Strips);
     codedRows = std::move(walked.copy.codedRows);
     data = std::move(walked.data);
+  } else if (const std::optional<StoredJpeg> page = file_->storedJpeg()) {
+    data = examined(*page);
   }
   Examined<Raster> decoded = file_->decode(codedRows);
   data.add(std::move(decoded.data));

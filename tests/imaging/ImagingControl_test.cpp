@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "foundation/text_encoding.h"
+#include "imaging/Random.h"
 #include "imaging/differing_pixels.h"
 #include "imaging/icc.h"
 #include "imaging/tiff/tiff_kinds.h"
@@ -414,6 +415,40 @@ TEST_F(RealEngine, ADamagedPageIsRecordedAndWhatCannotBeLoadedIsThrown) {
   engine.SourceFile(L"");
   EXPECT_EQ(engine.ImagError(), kNoImagError);
   EXPECT_EQ(engine.BitsPerPixel(), 0);
+}
+
+// libjpeg shows some damage as if it were the picture. A page is whole in all forms or in none, and
+// `checkPage` says the same; it does not matter how its streams are laid out.
+TEST_F(RealEngine, ADamagedJpegPageIsDamagedInEveryForm) {
+  const std::tuple<std::int32_t, std::int32_t, const wchar_t*> forms[] = {
+      {kSaveTiffMultiBit, kTiffJpeg, L"jpeg.tif"}, {kSaveTiff, kTiffLzw, L"lzw.tif"},
+      {kSaveTiff, kTiffNone, L"none.tif"},         {kSaveJpeg, kTiffJpeg, L"page.jpg"},
+      {kSavePdf, kPdfJpeg, L"jpeg.pdf"},           {kSavePdf, kPdfNone, L"none.pdf"}};
+  outputOf(kPicture + kColour + "-depth 8 -type TrueColor -compress None TIFF:" + file("base.tif"));
+  int silent = 0;
+  for (const std::string storage :
+       {"-c jpeg -r 151", "-c jpeg -t -w 64 -l 64", "-c jpeg:r -r 64"}) {
+    station.shell("tiffcp " + storage + " base.tif whole.tif");
+    const std::string whole = readBytes(station.native("whole.tif"));
+    Random random(7);
+    for (int i = 0; i < 40; ++i) {
+      std::string flipped = whole;
+      flipped[8 + random.below(directoryOf(whole) - 8)] ^= static_cast<char>(1 << random.below(8));
+      writeBytes(station.native("page.tif"), flipped);
+      const bool sound = failureOf([&] { checkPage(station.path(L"page.tif")); }).empty();
+      for (const auto& [type, code, name] : forms) {
+        const std::string failure = failureOf([&, type = type, code = code, name = name] {
+          engine.SourceFile(station.path(L"page.tif"));
+          save(type, code, name);
+        });
+        EXPECT_EQ(sound, failure.empty() && engine.ImagError() == 0) << storage << " try " << i;
+      }
+      const std::string tool = "tiffcp -c none page.tif copy.tif 2>&1";
+      silent +=
+          !sound && runCommand("cd " + quoted(station.native()) + " && " + tool).output.empty();
+    }
+  }
+  EXPECT_GT(silent, 0);
 }
 
 TEST_F(RealEngine, SavingOverTheSourceGivesItUpOnlyForAWholeFile) {

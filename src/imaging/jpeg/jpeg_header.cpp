@@ -19,6 +19,10 @@ class SegmentReader {
 
   std::size_t left() const { return bytes_.size(); }
 
+  void requireEnd() const {
+    if (left() != 0) throw Failure("JPEG: a marker segment is too long");
+  }
+
   ByteView take(std::size_t count) {
     if (count > bytes_.size()) throw Failure("JPEG: a marker segment is too short");
     const ByteView taken = bytes_.first(count);
@@ -39,12 +43,21 @@ class SegmentReader {
 
 class HeaderReader {
  public:
-  explicit HeaderReader(ByteView stream) : stream_(stream) {}
+  HeaderReader(ByteView stream, const JpegHeader& sharedTables)
+      : stream_(stream), source_{sharedTables, false, {}} {}
+
+  std::optional<JpegHeader> readTables() {
+    requireStart();
+    while (supported_) {
+      const std::uint8_t marker = nextMarker();
+      if (marker == kEndOfImage) return std::move(source_);
+      readSegment(marker, nextSegment());
+    }
+    return std::nullopt;
+  }
 
   std::optional<JpegSource> read() {
-    if (stream_.number16() != (0xFF00 | kStartOfImage)) {
-      throw Failure("JPEG: it does not begin as a stream");
-    }
+    requireStart();
     while (supported_) {
       const std::uint8_t marker = nextMarker();
       if (marker == kEndOfImage) throw Failure("JPEG: it ends before its image");
@@ -56,6 +69,12 @@ class HeaderReader {
   }
 
  private:
+  void requireStart() {
+    if (stream_.number16() != (0xFF00 | kStartOfImage)) {
+      throw Failure("JPEG: it does not begin as a stream");
+    }
+  }
+
   std::uint8_t nextMarker() {
     if (stream_.byte() != 0xFF) throw Failure("JPEG: a marker is missing");
     std::uint8_t marker = 0xFF;
@@ -76,7 +95,7 @@ class HeaderReader {
     if (marker == kAdobe) return readAdobe(segment);
     if (marker == kRestartInterval) {
       source_.restartInterval = segment.number16();
-      return;
+      return segment.requireEnd();
     }
     const bool passedOver =
         (marker >= kApplication0 && marker < kApplication0 + 16) || marker == kComment;
@@ -132,6 +151,7 @@ class HeaderReader {
         throw Failure("JPEG: a sampling factor is impossible");
       }
     }
+    segment.requireEnd();
     supported_ = precision == 8 && source_.height != 0 && samplingIsUsual();
   }
 
@@ -170,6 +190,7 @@ class HeaderReader {
     if (segment.byte() != 0 || segment.byte() != 63 || segment.byte() != 0) {
       throw Failure("JPEG: a scan does not hold all coefficients");
     }
+    segment.requireEnd();
     source_.data = stream_.take(stream_.left());
     return std::move(source_);
   }
@@ -246,8 +267,13 @@ void appendHuffmanTables(Bytes& stream, const HuffmanTables& tables, std::uint8_
 
 }  // namespace
 
-std::optional<JpegSource> readJpegHeader(ByteView stream) {
-  return HeaderReader(stream).read();
+std::optional<JpegHeader> readJpegTables(ByteView stream) {
+  if (stream.empty()) return JpegHeader();
+  return HeaderReader(stream, {}).readTables();
+}
+
+std::optional<JpegSource> readJpegHeader(ByteView stream, const JpegHeader& sharedTables) {
+  return HeaderReader(stream, sharedTables).read();
 }
 
 std::uint16_t jfifDensity(double dotsPerInch) {

@@ -77,10 +77,16 @@ struct JpegSource : JpegHeader {
   ByteView data;          ///< from the first entropy-coded byte to the stream's end
 };
 
-/// Reads the head of a stream. Answers nothing for a stream of another kind: not baseline, more
-/// than one scan, not 8 bits a sample, chroma that is subsampled other than 1 x 1, 2 x 1 or 2 x 2.
-/// Throws Failure for a damaged one. The result refers to `stream`.
-std::optional<JpegSource> readJpegHeader(ByteView stream);
+/// Reads the tables that several streams share, from a stream of tables only (T.81 B.5) or an empty
+/// one. Answers nothing for tables that baseline streams do not have. Throws Failure for a damaged
+/// stream.
+std::optional<JpegHeader> readJpegTables(ByteView stream);
+
+/// Reads the head of a stream, which may lack tables that it shares with others. Answers nothing
+/// for a stream of another kind: not baseline, more than one scan, not 8 bits a sample, chroma that
+/// is subsampled other than 1 x 1, 2 x 1 or 2 x 2. Throws Failure for a damaged one. The result
+/// refers to `stream`.
+std::optional<JpegSource> readJpegHeader(ByteView stream, const JpegHeader& sharedTables = {});
 
 /// A resolution as a JFIF density: whole dots per inch, 1 to 65535.
 std::uint16_t jfifDensity(double dotsPerInch);

@@ -16,66 +16,116 @@
 namespace orvane {
 namespace {
 
-using Sources = std::vector<JpegSource>;  // one a strip
-
 constexpr std::uint32_t kMostSide = 65500;  // libjpeg's limit
 
-bool isTranscodable(const EncodedImage& source) {
-  const bool gray = source.photometric == Photometric::MinIsBlack && source.samplesPerPixel == 1;
-  const bool colour = source.photometric == Photometric::YCbCr && source.samplesPerPixel == 3;
-  return source.compression == Compression::Jpeg && (gray || colour) && source.bitsPerSample == 8 &&
-         source.rowsPerStrip != 0 && source.width != 0 && source.height != 0 &&
-         source.width <= kMostSide && source.height <= kMostSide &&
-         source.strips.size() == (source.height - 1) / source.rowsPerStrip + 1;
+bool isTranscodable(const StoredJpeg& page) {
+  const bool gray = page.photometric == Photometric::MinIsBlack && page.samplesPerPixel == 1;
+  const bool colour = page.photometric == Photometric::YCbCr && page.samplesPerPixel == 3;
+  return page.isUprightInStrips && (gray || colour) && page.rowsPerStrip != 0 && page.width != 0 &&
+         page.height != 0 && page.width <= kMostSide && page.height <= kMostSide &&
+         page.streamCount == (page.height - 1) / page.rowsPerStrip + 1;
 }
 
-bool sameSampling(const JpegSource& left, const JpegSource& right) {
+bool sameSampling(const JpegHeader& left, const JpegHeader& right) {
   return left.mcuWidth() == right.mcuWidth() && left.mcuHeight() == right.mcuHeight();
 }
 
-// True when strip `index` holds exactly its part of the page, in whole MCUs unless it is the last.
-bool fits(const EncodedImage& page, std::size_t index, const JpegSource& strip) {
-  const auto before = static_cast<std::uint32_t>(index) * page.rowsPerStrip;
-  const std::uint32_t rows = std::min(page.rowsPerStrip, page.height - before);
-  const bool last = index + 1 == page.strips.size();
-  return strip.width == page.width && strip.height == rows && !strip.adobeRgb &&
-         strip.components.size() == page.samplesPerPixel && (last || rows % strip.mcuHeight() == 0);
-}
-
-// The heads of all strips; nothing when one of them cannot be transcoded.
-std::optional<Sources> readSources(const EncodedImage& page) {
-  Sources sources;
-  for (std::size_t i = 0; i < page.strips.size(); ++i) {
-    std::optional<JpegSource> source = readJpegHeader(page.strips[i]);
-    if (!source || !fits(page, i, *source)) return std::nullopt;
-    if (i != 0 && !sameSampling(sources[0], *source)) return std::nullopt;
-    sources.push_back(*std::move(source));
+bool sameSteps(const JpegHeader& left, const JpegHeader& right) {
+  for (std::size_t i = 0; i < left.components.size(); ++i) {
+    if (left.quantisationOf(i) != right.quantisationOf(i)) return false;
   }
-  return sources;
+  return true;
 }
 
-// The steps of a component: the largest of those of the save and of all strips.
-ZigzagTable coarsest(const Sources& sources, std::size_t component, JpegFactors factors) {
-  const SaveTables save = saveTables(factors);
-  ZigzagTable table = inZigzagOrder(component == 0 ? save.luminance : save.chrominance);
-  for (const JpegSource& source : sources) {
-    std::ranges::transform(table.steps, source.quantisationOf(component).steps, table.steps.begin(),
+bool sameHuffmanTables(const JpegHeader& left, const JpegHeader& right) {
+  for (std::size_t i = 0; i < left.components.size(); ++i) {
+    if (left.dcTableOf(i) != right.dcTableOf(i)) return false;
+    if (left.acTableOf(i) != right.acTableOf(i)) return false;
+  }
+  return true;
+}
+
+/// The strips of a page that can be transcoded. The heads are read for each use, so that a page of
+/// a million strips does not hold a million copies of their tables.
+class Strips {
+ public:
+  Strips(const StoredJpeg& page, JpegHeader tables) : page_(page), tables_(std::move(tables)) {}
+
+  std::uint32_t count() const { return page_.streamCount; }
+
+  /// Strip `index`, which lives until the next call; nothing unless it holds exactly its part of
+  /// the page, in whole MCUs unless it is the last.
+  std::optional<JpegSource> read(std::uint32_t index) const {
+    const ByteView stream = page_.stream(index);
+    if (stream.empty()) return std::nullopt;
+    std::optional<JpegSource> strip = readJpegHeader(stream, tables_);
+    if (!strip || strip->adobeRgb) return std::nullopt;
+    const std::uint32_t rows =
+        std::min(page_.rowsPerStrip, page_.height - index * page_.rowsPerStrip);
+    const bool fits = strip->width == page_.width && strip->height == rows &&
+                      strip->components.size() == page_.samplesPerPixel &&
+                      (index + 1 == count() || rows % strip->mcuHeight() == 0);
+    return fits ? std::move(strip) : std::nullopt;
+  }
+
+ private:
+  const StoredJpeg& page_;
+  JpegHeader tables_;
+};
+
+/// What the strips have in common.
+struct Survey {
+  JpegHeader first;                        ///< the head of the first strip
+  std::vector<ZigzagTable> coarsestSteps;  ///< of each component
+  bool sameSteps = true;
+  bool sameHuffmanTables = true;
+  bool restarts = false;  ///< some strip has restart markers of its own
+};
+
+void addSteps(std::vector<ZigzagTable>& coarsest, const JpegHeader& strip) {
+  for (std::size_t i = 0; i < coarsest.size(); ++i) {
+    std::ranges::transform(coarsest[i].steps, strip.quantisationOf(i).steps,
+                           coarsest[i].steps.begin(),
                            [](auto left, auto right) { return std::max(left, right); });
   }
-  return table;
 }
 
-// The head of the page's one stream, with the coarsest steps and the Huffman tables of Annex K.
-JpegHeader targetOf(const EncodedImage& page, const Sources& sources, JpegFactors factors) {
+// Nothing when a strip cannot be transcoded.
+std::optional<Survey> surveyOf(const Strips& strips) {
+  std::optional<Survey> survey;
+  for (std::uint32_t i = 0; i < strips.count(); ++i) {
+    const std::optional<JpegSource> strip = strips.read(i);
+    if (!strip) return std::nullopt;
+    if (!survey) {
+      survey = Survey{.first = *strip, .coarsestSteps = {}};
+      survey->coarsestSteps.resize(strip->components.size());
+    } else if (!sameSampling(survey->first, *strip)) {
+      return std::nullopt;
+    }
+    addSteps(survey->coarsestSteps, *strip);
+    survey->sameSteps = survey->sameSteps && sameSteps(survey->first, *strip);
+    survey->sameHuffmanTables =
+        survey->sameHuffmanTables && sameHuffmanTables(survey->first, *strip);
+    survey->restarts = survey->restarts || strip->restartInterval != 0;
+  }
+  return survey;
+}
+
+// The head of the page's one stream, with the coarsest steps of the save and of all strips, and the
+// Huffman tables of Annex K.
+JpegHeader targetOf(const StoredJpeg& page, const Survey& survey, JpegFactors factors) {
+  const SaveTables save = saveTables(factors);
   JpegHeader target;
   target.width = static_cast<std::uint16_t>(page.width);
   target.height = static_cast<std::uint16_t>(page.height);
   for (std::uint8_t i = 0; i < page.samplesPerPixel; ++i) {
-    JpegComponent component = sources[0].components[i];
+    JpegComponent component = survey.first.components[i];
     component.id = static_cast<std::uint8_t>(i + 1);
-    if (sources[0].isGray()) component.horizontal = component.vertical = 1;
+    if (survey.first.isGray()) component.horizontal = component.vertical = 1;
     component.dcTable = component.acTable = i == 0 ? 0 : 1;
-    const ZigzagTable table = coarsest(sources, i, factors);
+    ZigzagTable table = inZigzagOrder(i == 0 ? save.luminance : save.chrominance);
+    std::ranges::transform(table.steps, survey.coarsestSteps[i].steps, table.steps.begin(),
+                           [](auto left, auto right) { return std::max(left, right); });
     component.quantisation = 0;
     while (target.quantisation[component.quantisation].value_or(table) != table) {
       ++component.quantisation;
@@ -92,31 +142,10 @@ JpegHeader targetOf(const EncodedImage& page, const Sources& sources, JpegFactor
   return target;
 }
 
-bool keepsAllSteps(const Sources& sources, const JpegHeader& target) {
-  return std::ranges::all_of(sources, [&target](const JpegSource& source) {
-    for (std::size_t i = 0; i < source.components.size(); ++i) {
-      if (source.quantisationOf(i) != target.quantisationOf(i)) return false;
-    }
-    return true;
-  });
-}
-
-bool sameHuffmanTables(const JpegSource& left, const JpegSource& right) {
-  for (std::size_t i = 0; i < left.components.size(); ++i) {
-    if (left.dcTableOf(i) != right.dcTableOf(i)) return false;
-    if (left.acTableOf(i) != right.acTableOf(i)) return false;
-  }
-  return true;
-}
-
 // True when the strips' data can follow each other in one stream, a restart marker between them.
-bool canFollowEachOther(const Sources& sources) {
-  if (sources.size() == 1) return true;
-  const JpegSource& first = sources[0];
-  return first.mcuCount() <= 0xFFFF &&
-         std::ranges::all_of(sources, [&first](const JpegSource& source) {
-           return source.restartInterval == 0 && sameHuffmanTables(source, first);
-         });
+bool canFollowEachOther(const Survey& survey, std::uint32_t count) {
+  return count == 1 ||
+         (survey.first.mcuCount() <= 0xFFFF && !survey.restarts && survey.sameHuffmanTables);
 }
 
 // A sink for JpegScan that only lets it verify the data.
@@ -126,8 +155,26 @@ struct NoSink {
   void endBlock() {}
 };
 
-Bytes copyVerified(const Sources& sources, JpegHeader target, const Resolution& resolution) {
-  const JpegSource& first = sources[0];
+// The data of a strip, which lives as long as the strip. Throws Failure for damage.
+ByteView verifiedData(const JpegSource& strip) {
+  JpegScan scan(strip);
+  NoSink sink;
+  scan.walk(sink);
+  return scan.walkedData();
+}
+
+// Calls `visit` with each strip. A file that was changed meanwhile is damaged.
+template <typename Visit>
+void forEachStrip(const Strips& strips, Visit visit) {
+  for (std::uint32_t i = 0; i < strips.count(); ++i) {
+    const std::optional<JpegSource> strip = strips.read(i);
+    if (!strip) throw Failure("JPEG: a strip cannot be read again");
+    visit(i, *strip);
+  }
+}
+
+Bytes copyVerified(const Strips& strips, const JpegHeader& first, JpegHeader target,
+                   const Resolution& resolution) {
   for (std::size_t i = 0; i < first.components.size(); ++i) {
     target.components[i].dcTable = first.components[i].dcTable;
     target.components[i].acTable = first.components[i].acTable;
@@ -135,18 +182,15 @@ Bytes copyVerified(const Sources& sources, JpegHeader target, const Resolution& 
   target.dcTables = first.dcTables;
   target.acTables = first.acTables;
   target.restartInterval =
-      sources.size() == 1 ? first.restartInterval : static_cast<std::uint16_t>(first.mcuCount());
+      strips.count() == 1 ? first.restartInterval : static_cast<std::uint16_t>(first.mcuCount());
   Bytes stream = jfifHead(target, resolution);
-  for (std::size_t i = 0; i < sources.size(); ++i) {
+  forEachStrip(strips, [&](std::uint32_t i, const JpegSource& strip) {
     if (i != 0) {
       appendMarker(stream, static_cast<std::uint8_t>(jpeg_marker::kRestart0 + (i - 1) % 8));
     }
-    JpegScan scan(sources[i]);
-    NoSink sink;
-    scan.walk(sink);
-    const ByteView data = scan.walkedData();
+    const ByteView data = verifiedData(strip);
     stream.insert(stream.end(), data.begin(), data.end());
-  }
+  });
   return stream;
 }
 
@@ -282,44 +326,58 @@ class Requantiser {
   std::size_t keptCount_ = 0;
 };
 
-Bytes requantise(const Sources& sources, const JpegHeader& target, const Resolution& resolution) {
+Bytes requantise(const Strips& strips, const JpegHeader& target, const Resolution& resolution) {
   Bytes stream = jfifHead(target, resolution);
   Requantiser requantiser(target);
-  for (const JpegSource& source : sources) {
-    requantiser.beginStream(source);
-    JpegScan(source).walk(requantiser);
-  }
+  forEachStrip(strips, [&](std::uint32_t, const JpegSource& strip) {
+    requantiser.beginStream(strip);
+    JpegScan(strip).walk(requantiser);
+  });
   requantiser.finish(stream);
   return stream;
 }
 
 }  // namespace
 
-std::optional<EncodedImage> transcodeJpeg(const EncodedImage& source, JpegFactors factors) {
-  if (!isTranscodable(source)) return std::nullopt;
-  const std::optional<Sources> sources = readSources(source);
-  if (!sources) return std::nullopt;
-  const JpegHeader target = targetOf(source, *sources, factors);
-  const bool copied = keepsAllSteps(*sources, target) && canFollowEachOther(*sources);
-  Bytes stream = copied ? copyVerified(*sources, target, source.resolution)
-                        : requantise(*sources, target, source.resolution);
+std::optional<EncodedImage> transcodeJpeg(const StoredJpeg& page, JpegFactors factors) {
+  if (!isTranscodable(page)) return std::nullopt;
+  std::optional<JpegHeader> tables = readJpegTables(page.tables);
+  if (!tables) return std::nullopt;
+  const Strips strips(page, *std::move(tables));
+  const std::optional<Survey> survey = surveyOf(strips);
+  if (!survey) return std::nullopt;
+  const JpegHeader target = targetOf(page, *survey, factors);
+  const bool keepsAllSteps = survey->sameSteps && sameSteps(survey->first, target);
+  const bool copied = keepsAllSteps && canFollowEachOther(*survey, strips.count());
+  Bytes stream = copied ? copyVerified(strips, survey->first, target, page.resolution)
+                        : requantise(strips, target, page.resolution);
   appendMarker(stream, jpeg_marker::kEndOfImage);
 
   EncodedImage image;
-  image.width = source.width;
-  image.height = source.height;
+  image.width = page.width;
+  image.height = page.height;
   image.bitsPerSample = 8;
-  image.samplesPerPixel = source.samplesPerPixel;
-  image.photometric = source.photometric;
+  image.samplesPerPixel = page.samplesPerPixel;
+  image.photometric = page.photometric;
   image.compression = Compression::Jpeg;
-  if (source.samplesPerPixel == 3) {
+  if (page.samplesPerPixel == 3) {
     const JpegComponent& luminance = target.components[0];
     image.chromaSubsampling = {luminance.horizontal, luminance.vertical};
   }
-  image.rowsPerStrip = source.height;
-  image.resolution = source.resolution;
+  image.rowsPerStrip = page.height;
+  image.resolution = page.resolution;
   image.strips.push_back(std::move(stream));
   return image;
+}
+
+void verifyJpeg(const StoredJpeg& page) {
+  const std::optional<JpegHeader> tables = readJpegTables(page.tables);
+  if (!tables) return;
+  for (std::uint32_t i = 0; i < page.streamCount; ++i) {
+    const ByteView stream = page.stream(i);
+    if (stream.empty()) continue;
+    if (const auto source = readJpegHeader(stream, *tables)) verifiedData(*source);
+  }
 }
 
 }  // namespace orvane

@@ -4,6 +4,7 @@
 
 #include "imaging/jpeg/jpeg.h"
 #include "imaging/raster/EncodedImage.h"
+#include "imaging/raster/StoredJpeg.h"
 
 namespace orvane {
 
@@ -13,10 +14,14 @@ namespace orvane {
 /// copied; else its coefficients are rounded to the coarser steps. Several strips become one
 /// stream.
 ///
-/// The strips of `source` are complete streams. Answers nothing for a page that has to go through
-/// its pixels: not baseline, not YCbCr or gray (as JFIF defines them), unusual sampling, strips
-/// that end within an MCU. Throws Failure when the data is damaged: a bad code, missing or surplus
-/// data.
-std::optional<EncodedImage> transcodeJpeg(const EncodedImage& source, JpegFactors factors);
+/// Answers nothing for a page that has to go through its pixels: not baseline, not YCbCr or gray
+/// (as JFIF defines them), unusual sampling, not upright in strips, strips that end within an MCU
+/// or are not whole. Throws Failure when the data is damaged: a bad code, missing or surplus data.
+std::optional<EncodedImage> transcodeJpeg(const StoredJpeg& page, JpegFactors factors);
+
+/// Examines every stream of a page as `transcodeJpeg` does, for a page whose pixels are decoded by
+/// libjpeg, which accepts some damage in silence. Streams that only a decoder can examine are
+/// passed over: not baseline, unusual sampling, not whole. Throws Failure when the data is damaged.
+void verifyJpeg(const StoredJpeg& page);
 
 }  // namespace orvane

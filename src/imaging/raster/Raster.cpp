@@ -1,5 +1,7 @@
 #include "imaging/raster/Raster.h"
 
+#include <algorithm>
+
 #include "foundation/Failure.h"
 
 namespace orvane {
@@ -42,6 +44,14 @@ std::uint8_t paperByte(const RasterForm& form) {
     byte = static_cast<std::uint8_t>(byte | byte << bits);
   }
   return byte;
+}
+
+void fillWithPaper(Raster& raster, const PageArea& area) {
+  const std::size_t first = std::size_t{area.x} * raster.bitsPerPixel() / 8;
+  const std::size_t end = (std::size_t{area.x + area.columns} * raster.bitsPerPixel() + 7) / 8;
+  for (std::uint32_t y = area.y; y < area.y + area.rows; ++y) {
+    std::fill(raster.row(y) + first, raster.row(y) + end, paperByte(raster));
+  }
 }
 
 void clearPadding(Raster& raster) {

@@ -64,6 +64,17 @@ Raster emptyRaster(const RasterForm& form, std::uint32_t width, std::uint32_t he
 /// The byte that fills paper (white) in this form; for a palette its brightest entry.
 std::uint8_t paperByte(const RasterForm& form);
 
+/// A rectangle of pixels.
+struct PageArea {
+  std::uint32_t x = 0;
+  std::uint32_t y = 0;
+  std::uint32_t columns = 0;
+  std::uint32_t rows = 0;
+};
+
+/// Makes an area paper. Its edges are on byte boundaries, or on the right edge of the raster.
+void fillWithPaper(Raster& raster, const PageArea& area);
+
 /// Sets the padding bits after each row to 0.
 void clearPadding(Raster& raster);
 

@@ -63,7 +63,6 @@ constexpr std::string_view kHarmlessWarnings[] = {
     "progressive mode",
     "unknown JFIF revision number",
     "Unknown Adobe color transform code",
-    "Invalid SOS parameters for sequential JPEG",
     "Old-style LZW codes",
     "troublesome old-style JPEG compression mode",
     "subsampling inside JPEG data",

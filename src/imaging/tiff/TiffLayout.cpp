@@ -6,8 +6,6 @@
 #include <optional>
 #include <string>
 
-#include "imaging/tiff/tiff_decode.h"
-
 namespace orvane {
 namespace {
 
@@ -29,19 +27,20 @@ void readSize(const TiffHandle& tiff, TiffLayout& layout) {
   }
 }
 
-bool isSgiLog(const TiffLayout& layout) {
-  return layout.compression == COMPRESSION_SGILOG || layout.compression == COMPRESSION_SGILOG24;
+bool hasPredictor(std::uint16_t compression) {
+  return compression == COMPRESSION_LZW || compression == COMPRESSION_ADOBE_DEFLATE ||
+         compression == COMPRESSION_DEFLATE || compression == COMPRESSION_LZMA ||
+         compression == COMPRESSION_ZSTD;
 }
 
-// SGILog keeps logarithms; libtiff makes 8-bit gray or RGB of them as it decodes.
 void readCompression(const TiffHandle& tiff, TiffLayout& layout) {
   layout.compression = fieldOr(tiff.get(), TIFFTAG_COMPRESSION, std::uint16_t{COMPRESSION_NONE});
   if (TIFFIsCODECConfigured(layout.compression) == 0) {
     throw tiff.failure("compression " + std::to_string(layout.compression) +
                        " is not supported by the installed libtiff");
   }
-  if (isSgiLog(layout)) {
-    TIFFSetField(tiff.get(), TIFFTAG_SGILOGDATAFMT, SGILOGDATAFMT_8BIT);
+  if (hasPredictor(layout.compression)) {
+    layout.predictor = fieldOr(tiff.get(), TIFFTAG_PREDICTOR, std::uint16_t{PREDICTOR_NONE});
   }
 }
 
@@ -51,14 +50,16 @@ void requireWholeNumbers(const TiffHandle& tiff, const TiffLayout& layout) {
   const auto format = fieldOr(tiff.get(), TIFFTAG_SAMPLEFORMAT, std::uint16_t{SAMPLEFORMAT_UINT});
   const bool isWhole =
       format == SAMPLEFORMAT_UINT || format == SAMPLEFORMAT_INT || format == SAMPLEFORMAT_VOID;
-  if (layout.bitsPerSample > 1 && !isWhole) {
+  if (layout.bitsPerSample > 1 && !isWhole && !layout.isSgiLog()) {
     throw tiff.failure("samples of format " + std::to_string(format) + " are not supported");
   }
 }
 
 void readSamples(const TiffHandle& tiff, TiffLayout& layout) {
   TIFF* const handle = tiff.get();
-  layout.bitsPerSample = fieldOr(handle, TIFFTAG_BITSPERSAMPLE, std::uint16_t{1});
+  layout.bitsPerSample = layout.isSgiLog()
+                             ? std::uint16_t{8}
+                             : fieldOr(handle, TIFFTAG_BITSPERSAMPLE, std::uint16_t{1});
   layout.samplesPerPixel = fieldOr(handle, TIFFTAG_SAMPLESPERPIXEL, std::uint16_t{1});
   const auto planes = fieldOr(handle, TIFFTAG_PLANARCONFIG, std::uint16_t{PLANARCONFIG_CONTIG});
   layout.separatePlanes = planes == PLANARCONFIG_SEPARATE;
@@ -91,9 +92,7 @@ std::uint16_t guessedPhotometric(TIFF* tiff, const TiffLayout& layout) {
 std::uint16_t photometricOf(TIFF* tiff, const TiffLayout& layout) {
   std::uint16_t photometric = 0;
   if (TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &photometric) == 1) return photometric;
-  photometric = guessedPhotometric(tiff, layout);
-  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometric);  // the decoders ask for it
-  return photometric;
+  return guessedPhotometric(tiff, layout);
 }
 
 struct Colours {
@@ -164,17 +163,7 @@ ExtraSample keptExtraSample(TIFF* tiff, const TiffLayout& layout, const Colours&
   return ExtraSample::Unspecified;
 }
 
-bool isLab(const TiffLayout& layout) {
-  return layout.photometric == PHOTOMETRIC_CIELAB || layout.photometric == PHOTOMETRIC_ICCLAB;
-}
-
-// In the 8-bit form that the codec is set to, these are plain gray and RGB.
-bool isLogarithmic(const TiffLayout& layout) {
-  return layout.photometric == PHOTOMETRIC_LOGL || layout.photometric == PHOTOMETRIC_LOGLUV;
-}
-
 bool needsRgbaReader(const TiffLayout& layout) {
-  if (isLab(layout)) return true;
   if (layout.compression == COMPRESSION_OJPEG) return layout.samplesPerPixel >= 3;
   if (layout.photometric != PHOTOMETRIC_YCBCR) return false;
   return layout.compression != COMPRESSION_JPEG || layout.separatePlanes;
@@ -209,16 +198,14 @@ void readColour(const TiffHandle& tiff, TiffLayout& layout) {
   if (colours.model == ColourModel::Cmyk) requireCmykInks(tiff);
 
   layout.throughRgbaReader = needsRgbaReader(layout);
-  if (layout.throughRgbaReader || isLogarithmic(layout)) requireRgbaReader(tiff, layout);
-  if (isLogarithmic(layout) && layout.samplesPerPixel != colours.samples) {
+  if (layout.isLogarithmic() && layout.samplesPerPixel != colours.samples) {
     throw tiff.failure("too many samples a pixel for photometric interpretation " +
                        std::to_string(layout.photometric));
   }
-  if (layout.throughRgbaReader) {
-    setRgbForm(layout);
-  } else if (layout.photometric == PHOTOMETRIC_YCBCR) {
-    TIFFSetField(tiff.get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+  if (layout.isLab() && bits < 8) {
+    throw tiff.failure("Lab samples of " + std::to_string(bits) + " bits are not supported");
   }
+  if (layout.throughRgbaReader || layout.isLab()) setRgbForm(layout);
 }
 
 void readBlocks(const TiffHandle& tiff, TiffLayout& layout) {
@@ -261,20 +248,9 @@ std::uint64_t decoderBytesPerPixel(const TiffLayout& layout, std::uint64_t sampl
   }
 }
 
-// The raster, a second one when the page has to be turned, and one strip or tile: for its decoder,
-// and where libtiff cannot decode straight into the raster.
 void requireMemory(const TiffHandle& tiff, const TiffLayout& layout) {
-  const std::uint64_t raster = std::uint64_t{layout.form.rowBytes(layout.width)} * layout.height;
-  const std::uint64_t blockPixels = std::uint64_t{layout.blockWidth} * layout.blockHeight;
-  const std::uint64_t pixelBits = std::uint64_t{layout.samplesPerPixel} * layout.bitsPerSample;
-  std::uint64_t block = blockPixels * decoderBytesPerPixel(layout, (pixelBits + 7) / 8);
-  if (layout.throughRgbaReader) {
-    block += blockPixels * (sizeof(std::uint32_t) + (pixelBits + 7) / 8);
-  } else if (layout.tiled || !layout.isStoredAsKept()) {
-    block += blockPixels * pixelBits / 8;
-  }
   try {
-    requirePageMemory(raster * (layout.turnsSideways() ? 2 : 1) + block);
+    requirePageMemory(layout.decodingBytes());
   } catch (const Failure& failure) {
     throw tiff.failure(failure.what());
   }
@@ -299,12 +275,13 @@ void requireHonestJbig(const TiffHandle& tiff, const TiffLayout& layout) {
 }
 
 // Strips that overlap would let a small file keep the decoder busy for hours.
-void requireHonestByteCounts(const TiffHandle& tiff, const TiffLayout& layout) {
+void readByteCounts(const TiffHandle& tiff, TiffLayout& layout) {
   constexpr std::uint64_t kAlwaysFine = 1U << 30;
   std::uint64_t total = 0;
   for (std::uint32_t i = 0; i < layout.blockCount; ++i) {
-    const std::uint64_t count = TIFFGetStrileByteCount(tiff.get(), i);
-    total += std::min(count, tiff.file().size());
+    const std::uint64_t count = std::min(TIFFGetStrileByteCount(tiff.get(), i), tiff.file().size());
+    layout.largestBlock = std::max(layout.largestBlock, count);
+    total += count;
   }
   if (total > kAlwaysFine && total / 2 > tiff.file().size()) {
     throw tiff.failure("its strips or tiles are longer than the file");
@@ -320,10 +297,29 @@ TiffLayout readTiffLayout(const TiffHandle& tiff) {
   readSamples(tiff, layout);
   readColour(tiff, layout);
   readBlocks(tiff, layout);
+  readByteCounts(tiff, layout);
   requireMemory(tiff, layout);
   requireHonestJbig(tiff, layout);
-  requireHonestByteCounts(tiff, layout);
   return layout;
+}
+
+RasterForm TiffLayout::sampleForm() const {
+  if (!isLab()) return form;
+  return {.bitsPerSample = bitsPerSample, .samplesPerPixel = 3, .model = ColourModel::Rgb};
+}
+
+std::uint64_t TiffLayout::decodingBytes() const {
+  const std::uint64_t blockPixels = std::uint64_t{blockWidth} * blockHeight;
+  const std::uint64_t pixelBits = std::uint64_t{samplesPerPixel} * bitsPerSample;
+  std::uint64_t block = blockPixels * decoderBytesPerPixel(*this, (pixelBits + 7) / 8);
+  if (throughRgbaReader) {
+    block += blockPixels * (sizeof(std::uint32_t) + (pixelBits + 7) / 8);
+  } else if (tiled || !isStoredAsKept()) {
+    block += blockPixels * pixelBits / 8;
+  }
+  const std::uint64_t samples = std::uint64_t{sampleForm().rowBytes(width)} * height;
+  const std::uint64_t second = turnsSideways() || isLab() ? decodedBytes() : 0;
+  return samples + second + block;
 }
 
 namespace {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <tiffio.h>
 
@@ -18,28 +19,68 @@ struct TiffLayout {
   std::uint16_t compression = COMPRESSION_NONE;
   std::uint16_t photometric = PHOTOMETRIC_MINISWHITE;
   std::uint16_t orientation = ORIENTATION_TOPLEFT;
+  std::uint16_t predictor = PREDICTOR_NONE;
   bool separatePlanes = false;
   bool tiled = false;
   std::uint32_t blockWidth = 0;   ///< of a strip or tile
   std::uint32_t blockHeight = 0;  ///< of a strip or tile; the last strip may be shorter
   std::uint32_t blockCount = 0;   ///< of strips or tiles, in all planes
 
-  bool throughRgbaReader = false;  ///< see requireRgbaReader in tiff_decode.h
+  std::uint32_t planes() const { return separatePlanes ? samplesPerPixel : 1; }
+  std::uint32_t blocksAcross() const { return (width - 1) / blockWidth + 1; }
+  /// Of strips or tiles in one plane.
+  std::uint32_t areaCount() const { return blocksAcross() * ((height - 1) / blockHeight + 1); }
+  /// Calls `visit` with the area of each strip or tile of a plane inside the page, and its index.
+  template <typename Visit>
+  void forEachArea(Visit visit) const {
+    for (std::uint32_t i = 0; i < areaCount(); ++i) {
+      const std::uint32_t x = i % blocksAcross() * blockWidth;
+      const std::uint32_t y = i / blocksAcross() * blockHeight;
+      visit(PageArea{x, y, std::min(blockWidth, width - x), std::min(blockHeight, height - y)}, i);
+    }
+  }
+
+  std::uint64_t largestBlock = 0;  ///< encoded bytes of a strip or tile, as far as the file goes
+
+  bool throughRgbaReader = false;  ///< see tiff_rgba.h
   RasterForm form;                 ///< of the decoded page
 
   bool isFax() const {
     return compression == COMPRESSION_CCITTRLE || compression == COMPRESSION_CCITTRLEW ||
            compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;
   }
+  /// SGILog keeps logarithms; libtiff makes 8-bit gray or RGB of them as it decodes.
+  bool isSgiLog() const {
+    return compression == COMPRESSION_SGILOG || compression == COMPRESSION_SGILOG24;
+  }
+  bool isLab() const {
+    return photometric == PHOTOMETRIC_CIELAB || photometric == PHOTOMETRIC_ICCLAB;
+  }
+  bool isLogarithmic() const {
+    return photometric == PHOTOMETRIC_LOGL || photometric == PHOTOMETRIC_LOGLUV;
+  }
   bool turnsSideways() const { return orientation >= ORIENTATION_LEFTTOP; }
+  /// The form of the samples that are decoded: `form`, unless those are Lab.
+  RasterForm sampleForm() const;
+  /// Bytes of the decoded page.
+  std::uint64_t decodedBytes() const { return std::uint64_t{form.rowBytes(width)} * height; }
+  /// The most bytes that Group 4 codes for the rows of a strip can take: not quite 6 bits a pixel
+  /// for one of every length, and as much again for writers that waste some.
+  std::uint64_t mostGroup4Bytes() const {
+    return std::uint64_t{blockHeight} * (2 * std::uint64_t{width} + 16) + 16;
+  }
+  /// The most memory that decoding takes, apart from encoded bytes: the raster, a second one when
+  /// the page has to be turned or its colours computed, the decoder of a strip or tile, and one
+  /// decoded aside where it cannot be decoded into the raster.
+  std::uint64_t decodingBytes() const;
   /// False when samples have to be picked out of what libtiff decodes.
   bool isStoredAsKept() const {
     return samplesPerPixel == form.samplesPerPixel && (!separatePlanes || samplesPerPixel == 1);
   }
 };
 
-/// Reads the layout of the current directory and sets libtiff to decode it. Throws Failure for an
-/// image that cannot be decoded here or would need more than 1 GiB.
+/// Reads the layout of the current directory. Throws Failure for an image that cannot be decoded
+/// here or would need more than 1 GiB.
 TiffLayout readTiffLayout(const TiffHandle& tiff);
 
 /// The resolution of the current directory (TIFF 6.0 XResolution, YResolution, ResolutionUnit) in

@@ -63,6 +63,7 @@ struct TiffPage::Impl {
     entries = structure.entries(directory);
     layout = readTiffLayout(tiff);
     requireWholeBlockTable(tiff, entries, layout);
+    prepareDecoder(tiff, layout);
     info = uprightInfo(tiff, layout);
   }
 
@@ -89,10 +90,15 @@ std::optional<EncodedImage> TiffPage::group4Strips() const {
   return image;
 }
 
-std::optional<EncodedImage> TiffPage::jpegStrips() const {
-  std::optional<EncodedImage> image = readJpegStrips(impl_->tiff, impl_->layout);
-  if (image) image->resolution = impl_->info.resolution;
-  return image;
+std::optional<StoredJpeg> TiffPage::storedJpeg() const {
+  std::optional<StoredJpeg> page = orvane::storedJpeg(impl_->tiff, impl_->layout);
+  if (page) page->resolution = impl_->info.resolution;
+  return page;
+}
+
+std::uint64_t TiffPage::memoryToDecode() const {
+  const TiffLayout& layout = impl_->layout;
+  return impl_->tiff.file().wholeContent().size() + layout.largestBlock + layout.decodingBytes();
 }
 
 PageProfile TiffPage::iccProfile() const {

@@ -7,6 +7,7 @@
 
 #include "imaging/raster/EncodedImage.h"
 #include "imaging/raster/Raster.h"
+#include "imaging/raster/StoredJpeg.h"
 #include "imaging/raster/icc_profile.h"
 
 namespace orvane {
@@ -38,11 +39,13 @@ class TiffPage {
   /// whole.
   std::optional<EncodedImage> group4Strips() const;
 
-  /// The untouched strips of an upright gray or YCbCr page that is encoded as one or more JPEG
-  /// strips (TIFF Technical Note 2), each made a complete stream with the tables of the directory,
-  /// and not yet verified; nothing for every other page, and for one whose strips cannot be read
-  /// whole.
-  std::optional<EncodedImage> jpegStrips() const;
+  /// The streams of a page that is stored as 8-bit JPEG, as they are and not yet verified; nothing
+  /// for every other page. The result refers to this object.
+  std::optional<StoredJpeg> storedJpeg() const;
+
+  /// The most memory that the page takes while it is decoded, with the part of its file that is
+  /// held: in bytes.
+  std::uint64_t memoryToDecode() const;
 
   /// The profile of the page's samples as they stand in the file.
   PageProfile iccProfile() const;

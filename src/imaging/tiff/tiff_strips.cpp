@@ -6,77 +6,87 @@
 namespace orvane {
 namespace {
 
-std::optional<Bytes> readStrip(const TiffHandle& tiff, std::uint32_t strip) {
-  const std::uint64_t offset = TIFFGetStrileOffset(tiff.get(), strip);
-  const std::uint64_t size = TIFFGetStrileByteCount(tiff.get(), strip);
+bool isWhole(const TiffHandle& tiff, std::uint32_t index, ByteView stored) {
+  return !stored.empty() && stored.size() == TIFFGetStrileByteCount(tiff.get(), index);
+}
+
+bool isGroup4InStrips(const TiffLayout& layout) {
+  return layout.compression == COMPRESSION_CCITTFAX4 && !layout.tiled;
+}
+
+}  // namespace
+
+ByteView storedBlock(const TiffHandle& tiff, std::uint32_t index, Bytes& buffer) {
   const std::uint64_t fileSize = tiff.file().size();
-  if (size == 0 || offset > fileSize || size > fileSize - offset) return std::nullopt;
-  Bytes bytes(static_cast<std::size_t>(size));
-  if (tiff.file().readAt(offset, bytes.data(), bytes.size()) != bytes.size()) return std::nullopt;
-  return bytes;
+  const std::uint64_t offset = std::min(fileSize, TIFFGetStrileOffset(tiff.get(), index));
+  const std::uint64_t count =
+      std::min(fileSize - offset, TIFFGetStrileByteCount(tiff.get(), index));
+  const ByteView content = tiff.file().wholeContent();
+  if (!content.empty()) return content.subspan(offset, count);
+  buffer.resize(count);
+  buffer.resize(tiff.file().readAt(offset, buffer.data(), buffer.size()));
+  return buffer;
 }
 
-// The bytes of all strips.
-std::optional<std::vector<Bytes>> readStrips(const TiffHandle& tiff, const TiffLayout& layout) {
-  std::vector<Bytes> strips;
-  for (std::uint32_t strip = 0; strip < layout.blockCount; ++strip) {
-    std::optional<Bytes> bytes = readStrip(tiff, strip);
-    if (!bytes) return std::nullopt;
-    strips.push_back(*std::move(bytes));
-  }
-  return strips;
-}
-
-// The same in fill order 1 (TIFF 6.0 FillOrder).
-std::optional<std::vector<Bytes>> readFaxStrips(const TiffHandle& tiff, const TiffLayout& layout) {
-  std::optional<std::vector<Bytes>> strips = readStrips(tiff, layout);
+ByteView storedBlockInFillOrder1(const TiffHandle& tiff, std::uint32_t index, Bytes& buffer) {
+  const ByteView stored = storedBlock(tiff, index, buffer);
   std::uint16_t fillOrder = FILLORDER_MSB2LSB;
   TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_FILLORDER, &fillOrder);
-  if (!strips || fillOrder != FILLORDER_LSB2MSB) return strips;
-  for (Bytes& strip : *strips) {
-    TIFFReverseBits(strip.data(), static_cast<tmsize_t>(strip.size()));
-  }
-  return strips;
+  if (fillOrder != FILLORDER_LSB2MSB) return stored;
+  if (stored.data() != buffer.data()) buffer.assign(stored.begin(), stored.end());
+  TIFFReverseBits(buffer.data(), static_cast<tmsize_t>(buffer.size()));
+  return buffer;
 }
 
-EncodedImage imageOfStrips(const TiffLayout& layout, Compression compression,
-                           std::vector<Bytes> strips) {
+// The image owns its strips, which become those of a copy. A strip that claims to be longer than
+// codes for its rows can be is taken up to that length.
+std::optional<EncodedImage> readGroup4Strips(const TiffHandle& tiff, const TiffLayout& layout) {
+  if (!isGroup4InStrips(layout)) return std::nullopt;
   EncodedImage image;
   image.width = layout.width;
   image.height = layout.height;
-  image.bitsPerSample = layout.bitsPerSample;
-  image.samplesPerPixel = layout.samplesPerPixel;
   image.photometric = static_cast<Photometric>(layout.photometric);
-  image.compression = compression;
+  image.compression = Compression::Group4;
   image.rowsPerStrip = layout.blockHeight;
-  image.strips = std::move(strips);
+  for (std::uint32_t strip = 0; strip < layout.blockCount; ++strip) {
+    Bytes bytes;
+    const ByteView stored = storedBlockInFillOrder1(tiff, strip, bytes);
+    if (!isWhole(tiff, strip, stored)) return std::nullopt;
+    const std::size_t most = std::min<std::uint64_t>(stored.size(), layout.mostGroup4Bytes());
+    if (stored.data() == bytes.data()) {
+      bytes.resize(most);
+    } else {
+      bytes.assign(stored.begin(), stored.begin() + static_cast<std::ptrdiff_t>(most));
+    }
+    image.strips.push_back(std::move(bytes));
+  }
   return image;
 }
 
-constexpr std::size_t kMarkerSize = 2;  // of start-of-image and end-of-image
-
-bool isPlainJpeg(const TiffLayout& layout) {
-  const bool gray = layout.photometric == PHOTOMETRIC_MINISBLACK && layout.samplesPerPixel == 1;
-  const bool colour = layout.photometric == PHOTOMETRIC_YCBCR && layout.samplesPerPixel == 3;
-  return layout.compression == COMPRESSION_JPEG && layout.bitsPerSample == 8 && (gray || colour) &&
-         !layout.tiled && !layout.separatePlanes && layout.orientation == ORIENTATION_TOPLEFT;
-}
-
-// The tables that the strips share, without the markers around them.
-ByteView sharedTables(TIFF* tiff) {
+std::optional<StoredJpeg> storedJpeg(const TiffHandle& tiff, const TiffLayout& layout) {
+  if (layout.compression != COMPRESSION_JPEG || layout.bitsPerSample != 8) return std::nullopt;
+  StoredJpeg page;
+  page.width = layout.width;
+  page.height = layout.height;
+  page.rowsPerStrip = layout.blockHeight;
+  page.samplesPerPixel = layout.samplesPerPixel;
+  page.photometric = static_cast<Photometric>(layout.photometric);
+  page.isUprightInStrips =
+      !layout.tiled && !layout.separatePlanes && layout.orientation == ORIENTATION_TOPLEFT;
   std::uint32_t size = 0;
   const std::uint8_t* tables = nullptr;
-  if (TIFFGetField(tiff, TIFFTAG_JPEGTABLES, &size, &tables) == 0 || size < 2 * kMarkerSize) {
-    return {};
+  if (TIFFGetField(tiff.get(), TIFFTAG_JPEGTABLES, &size, &tables) == 1) {
+    page.tables = {tables, size};
   }
-  return {tables + kMarkerSize, size - 2 * kMarkerSize};
+  page.streamCount = layout.blockCount;
+  page.stream = [&tiff, buffer = Bytes()](std::uint32_t index) mutable -> ByteView {
+    const ByteView stored = storedBlock(tiff, index, buffer);
+    return isWhole(tiff, index, stored) ? stored : ByteView();
+  };
+  return page;
 }
 
-// TIFF Technical Note 2: a strip is a JPEG stream whose tables may stand in the directory.
-void putTablesIn(Bytes& strip, ByteView tables) {
-  if (strip.size() < kMarkerSize) return;
-  strip.insert(strip.begin() + kMarkerSize, tables.begin(), tables.end());
-}
+namespace {
 
 constexpr unsigned kEndOfLineZeros = 11;  // at least; no row holds as many in a row
 constexpr unsigned kReturnToControl = 6;  // end-of-line codes
@@ -107,34 +117,19 @@ std::optional<std::uint32_t> rowsBeforeReturnToControl(ByteView strip, bool hasT
 
 }  // namespace
 
-std::optional<EncodedImage> readGroup4Strips(const TiffHandle& tiff, const TiffLayout& layout) {
-  if (layout.compression != COMPRESSION_CCITTFAX4 || layout.tiled) return std::nullopt;
-  std::optional<std::vector<Bytes>> strips = readFaxStrips(tiff, layout);
-  if (!strips) return std::nullopt;
-  return imageOfStrips(layout, Compression::Group4, *std::move(strips));
-}
-
-std::optional<EncodedImage> readJpegStrips(const TiffHandle& tiff, const TiffLayout& layout) {
-  if (!isPlainJpeg(layout)) return std::nullopt;
-  std::optional<std::vector<Bytes>> strips = readStrips(tiff, layout);
-  if (!strips) return std::nullopt;
-  const ByteView tables = sharedTables(tiff.get());
-  for (Bytes& strip : *strips) putTablesIn(strip, tables);
-  return imageOfStrips(layout, Compression::Jpeg, *std::move(strips));
-}
-
 std::optional<StripRows> rowsBeforeReturnToControl(const TiffHandle& tiff,
                                                    const TiffLayout& layout) {
   if (layout.compression != COMPRESSION_CCITTFAX3 || layout.tiled) return std::nullopt;
-  const std::optional<std::vector<Bytes>> strips = readFaxStrips(tiff, layout);
-  if (!strips) return std::nullopt;
   std::uint32_t options = 0;
   TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_GROUP3OPTIONS, &options);
   const bool hasTags = (options & GROUP3OPT_2DENCODING) != 0;
   StripRows rows;
+  Bytes buffer;
   std::uint32_t room = layout.height;
   bool hasEnded = false;
-  for (const Bytes& strip : *strips) {
+  for (std::uint32_t index = 0; index < layout.blockCount; ++index) {
+    const ByteView strip = storedBlockInFillOrder1(tiff, index, buffer);
+    if (!isWhole(tiff, index, strip)) return std::nullopt;
     const std::uint32_t full = std::min(room, layout.blockHeight);
     rows.push_back(std::min(full, rowsBeforeReturnToControl(strip, hasTags).value_or(full)));
     if (hasEnded && rows.back() > 0) return std::nullopt;

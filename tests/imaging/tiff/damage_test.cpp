@@ -74,28 +74,37 @@ TEST_F(Damage, ACutPageKeepsItsBeginningAndIsWhiteAfterIt) {
   }
 }
 
-// libtiff swaps the bytes of 16-bit samples last, so a damaged block of the other order has none
-// that can be shown.
-TEST_F(Damage, SamplesThatAreNotYetInTheMachinesByteOrderAreNotShown) {
-  for (const std::string order : {"-L", "-B"}) {
-    std::string file = stored({.bits = 16}, order + " -c packbits -r 50");
+// What a decoder leaves after an error lacks its last steps: the byte order of 16-bit samples, and
+// the sum over a row of differences. The whole rows before it are shown all the same.
+TEST_F(Damage, RowsBeforeDamageAreShownAsTheyWere) {
+  for (const std::string storage :
+       {"-L -c packbits", "-B -c packbits", "-B -c lzw:2", "-c zip:2"}) {
+    SCOPED_TRACE(storage);
+    std::string file = stored({.bits = 16}, storage + " -r 50");
     const Raster whole = decoded(file).value;
     const std::size_t half = (file.size() - 400) * 5 / 6;  // of the last strip
     file.replace(half, file.size() - 400 - half, file.size() - 400 - half, '\0');
     const Examined<Raster> damaged = decoded(file);
     EXPECT_TRUE(damaged.data.damage.has_value());
-    EXPECT_TRUE(std::equal(whole.row(0), whole.row(100), damaged.value.row(0)));
-    EXPECT_EQ(isWhite(damaged.value, 100), order == "-B");
-    EXPECT_EQ(std::equal(whole.row(100), whole.row(101), damaged.value.row(100)), order == "-L");
+    EXPECT_TRUE(std::equal(whole.row(0), whole.row(101), damaged.value.row(0)));
+    if (storage != "-c zip:2") EXPECT_TRUE(isWhite(damaged.value, 149));  // zeros are codes there
   }
 }
 
-// Whatever makes libtiff's own tool complain is damage here, and nothing else.
-TEST_F(Damage, EveryFlippedByteThatLibtiffNoticesIsTold) {
+// Whatever makes libtiff's own tool complain is damage here, and nothing else; where there is a
+// checksum, whatever was changed.
+TEST_F(Damage, EveryFlippedByteThatCanBeNoticedIsTold) {
   const std::pair<std::string, TiffKind> cases[] = {
-      {"-c g4", kBilevel},  {"-c g3:2d", kBilevel},      {"-c lzw -r 50", kColour},
-      {"-c zip", kColour},  {"-c jpeg -r 160", kColour}, {"-c jpeg -t -w 64 -l 64", kColour},
-      {"-c zstd", kColour}, {"-c lzma -r 50", kColour},  {"-c lzw -r 50", kLab},
+      {"-c g4", kBilevel},
+      {"-c g3:2d", kBilevel},
+      {"-c lzw -r 50", kColour},
+      {"-c zip -r 50", kColour},
+      {"-c zip:2 -t -w 64 -l 64", kColour},
+      {"-c jpeg -r 160", kColour},
+      {"-c jpeg -t -w 64 -l 64", kColour},
+      {"-c zstd", kColour},
+      {"-c lzma -r 50", kColour},
+      {"-c lzw -r 50", kLab},
   };
   Random random(20240511);
   for (const auto& [storage, kind] : cases) {
@@ -109,10 +118,36 @@ TEST_F(Damage, EveryFlippedByteThatLibtiffNoticesIsTold) {
       const CommandResult tool =
           runCommand("cd " + quoted(station.native()) + " && tiffcp -c none page.tif copy.tif");
       const bool complains = tool.exitCode != 0 || !tool.output.empty();
-      EXPECT_EQ(damage, complains) << storage << " " << at << tool.output;
+      const bool hasChecksum = storage.starts_with("-c zip");
+      EXPECT_EQ(damage, complains || hasChecksum) << storage << " " << at << tool.output;
       noticed += complains ? 1 : 0;
     }
     EXPECT_GT(noticed, 0) << storage;
+  }
+}
+
+// The last strip of some writers is coded in full height. Its checksum comes after the rows that
+// are not there, and libtiff does not read so far. A strip that goes on for ever is damaged.
+TEST_F(Damage, AStripThatIsCodedInFullHeightIsReadToItsEnd) {
+  for (const std::string storage : {"zip", "zip:2", "zstd", "zstd:2", "lzma"}) {
+    SCOPED_TRACE(storage);
+    std::string file = stored({}, "-r 100 -c " + storage);
+    const Raster whole = decoded(file).value;
+    const auto shorten = [&file](std::uint32_t rows) {  // the first entries are width and height
+      const std::size_t height = file.find(std::string("\1\1", 2), directoryOf(file)) + 8;
+      file[height] = static_cast<char>(rows);
+    };
+    shorten(110);
+    const Examined<Raster> cut = decoded(file);
+    EXPECT_EQ(cut.data.damage, std::nullopt);
+    EXPECT_TRUE(std::equal(cut.value.pixels.begin(), cut.value.pixels.end(), whole.pixels.begin()));
+    shorten(1);
+    EXPECT_THAT(damageOf(file), testing::HasSubstr("goes on after its rows"));
+    if (storage.starts_with("zstd")) continue;  // libtiff writes no checksum in these
+    shorten(110);
+    const std::size_t end = directoryOf(file) - (storage == "lzma" ? 30 : 3);
+    file[end] ^= 1;
+    EXPECT_FALSE(damageOf(file).empty());
   }
 }
 
@@ -144,7 +179,10 @@ TEST_F(Damage, AFileThatShrinksWhileItIsOpenIsDamaged) {
   writeBytes(station.native("page.tif"), rawGrayPage(3000, 2000, std::string(6'000'000, 'x')));
   const TiffPage page(station.path(L"page.tif"), 1);
   std::filesystem::resize_file(station.native("page.tif"), 3'000'000);
-  EXPECT_THAT(failureOf([&] { page.decode(); }), testing::HasSubstr("expected 6000000"));
+  const Examined<Raster> decoded = page.decode();
+  EXPECT_THAT(decoded.data.damage.value_or(""), testing::HasSubstr("expected 6000000"));
+  EXPECT_EQ(*decoded.value.row(998), 'x');
+  EXPECT_TRUE(isWhite(decoded.value, 1000));
 }
 
 }  // namespace
