@@ -102,19 +102,16 @@ void ImagingControl::note(const DataState& data) {
 // Nothing that was scanned is missing, so the page is not damaged; but its file promises more.
 void ImagingControl::logEarlyEnd(const EarlyEnd& earlyEnd) {
   if (std::exchange(earlyEndIsLogged_, true)) return;
-  mdlFolderAndFile::LogWrite(L"图像数据提前结束:" + sourceFile_ + L"--第" +
-                                 std::to_wstring(page_->number()) + L"页--应有 " +
-                                 std::to_wstring(earlyEnd.promisedRows) + L" 行，实有 " +
-                                 std::to_wstring(earlyEnd.codedRows) + L" 行，其余按空白输出",
-                             kApplicationTitle);
+  logOfPage(L"图像数据提前结束", L"应有 " + std::to_wstring(earlyEnd.promisedRows) + L" 行，实有 " +
+                                     std::to_wstring(earlyEnd.codedRows) + L" 行，其余按空白输出");
 }
 
-// A bitmap of another instance can lose its profile here; its page still has it.
-void ImagingControl::logProfileLeftOut(const std::wstring& reason) const {
+// A bitmap of another instance has no file to name.
+void ImagingControl::logOfPage(const std::wstring& what, const std::wstring& reason) const {
   if (reason.empty() || page_->number() == 0) return;
-  mdlFolderAndFile::LogWrite(L"ICC配置文件未保留:" + sourceFile_ + L"--第" +
-                                 std::to_wstring(page_->number()) + L"页--" + reason,
-                             kApplicationTitle);
+  mdlFolderAndFile::LogWrite(
+      what + L":" + sourceFile_ + L"--第" + std::to_wstring(page_->number()) + L"页--" + reason,
+      kApplicationTitle);
 }
 
 void ImagingControl::expectPages(PageForecast forecast) {
@@ -179,7 +176,8 @@ void ImagingControl::SaveFile() {
     const bool overSource = !saveMultiPage_ && targetIsSource();
     const Findings found = overSource ? saveOverSource() : saveTo(targetFile_);
     note(found.data);
-    logProfileLeftOut(found.profileLeftOut);
+    logOfPage(L"ICC配置文件未保留", found.profileLeftOut);
+    logOfPage(L"分辨率未保留", found.resolutionLeftOut);
   });
 }
 
@@ -195,7 +193,8 @@ ImagingControl::Findings ImagingControl::saveTo(const std::wstring& path) {
   Findings found;
   const auto image = [&](SampleOrder order = SampleOrder::LittleEndian) {
     EncodedPage page = encode(order);
-    found = {std::move(page.data), std::move(page.profileLeftOut)};
+    found = {std::move(page.data), std::move(page.profileLeftOut),
+             std::move(page.resolutionLeftOut)};
     return std::move(page.image);
   };
   switch (containerOf(settings_.outputType)) {

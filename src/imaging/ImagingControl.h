@@ -88,6 +88,7 @@ class ImagingControl final : public ImagingEngine {
   struct Findings {
     DataState data;
     std::wstring profileLeftOut;
+    std::wstring resolutionLeftOut;
   };
 
   LoadedPage& loaded();
@@ -97,7 +98,7 @@ class ImagingControl final : public ImagingEngine {
   EncodedPage encode(SampleOrder order);
   void note(const DataState& data);
   void logEarlyEnd(const EarlyEnd& earlyEnd);
-  void logProfileLeftOut(const std::wstring& reason) const;
+  void logOfPage(const std::wstring& what, const std::wstring& reason) const;
   Findings saveTo(const std::wstring& path);
   Findings saveOverSource();
   bool targetIsSource() const;

@@ -1,10 +1,13 @@
 #include "imaging/encode_page.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "foundation/Failure.h"
 #include "imaging/group4/group4.h"
 #include "imaging/lzw/lossless.h"
+#include "imaging/pdf/PdfFile.h"
 #include "imaging/raster/conversion.h"
 
 namespace orvane {
@@ -82,13 +85,30 @@ Examined<EncodedImage> encodeFor(Container container, const LoadedPage& page,
   }
 }
 
-// The output resolution of the settings counts for a PDF page that states none.
-Resolution resolutionIn(Container container, Resolution resolution, const SaveSettings& settings) {
-  if (container == Container::Pdf && !resolution.isStated) {
-    resolution.x = settings.resolutionX.value_or(resolution.x);
-    resolution.y = settings.resolutionY.value_or(resolution.y);
+double longestSide(const EncodedImage& image, const Resolution& resolution) {
+  constexpr double kPointsPerInch = 72;
+  return kPointsPerInch * std::max(image.width / resolution.x, image.height / resolution.y);
+}
+
+// A PDF page that states no resolution gets that of the settings; one that is longer than a PDF
+// page may be counts as stating none. If it still is, it becomes as long as it may be.
+void setPdfResolution(EncodedPage& page, Resolution stated, const SaveSettings& settings) {
+  EncodedImage& image = page.image;
+  Resolution unstated;
+  unstated.x = settings.resolutionX.value_or(unstated.x);
+  unstated.y = settings.resolutionY.value_or(unstated.y);
+  image.resolution = stated.isStated ? stated : unstated;
+  const double points = longestSide(image, image.resolution);
+  if (points <= PdfFile::kMostPoints) return;
+  image.resolution = unstated;
+  const double excess = longestSide(image, unstated) / PdfFile::kMostPoints;
+  if (excess > 1) {
+    image.resolution.x *= excess;
+    image.resolution.y *= excess;
   }
-  return resolution;
+  page.resolutionLeftOut = L"PDF页面不能超过14400点，按其分辨率长" +
+                           std::to_wstring(std::llround(points)) + L"点，改按每英寸" +
+                           std::to_wstring(std::llround(image.resolution.x)) + L"点输出";
 }
 
 // Embeds the page's profile if it still describes the samples and the container can hold it;
@@ -141,9 +161,11 @@ EncodedPage encodePage(const LoadedPage& page, const SaveSettings& settings, Sam
                        const std::function<void()>& pause) {
   const Container container = containerOf(settings.outputType);
   Examined<EncodedImage> encoded = encodeFor(container, page, settings, order, pause);
-  encoded.value.resolution = resolutionIn(container, page.resolution(), settings);
-  std::wstring leftOut = embedProfile(page, encoded.value, container);
-  return {std::move(encoded.value), std::move(encoded.data), std::move(leftOut)};
+  EncodedPage result{std::move(encoded.value), std::move(encoded.data), {}, {}};
+  result.image.resolution = page.resolution();
+  if (container == Container::Pdf) setPdfResolution(result, page.resolution(), settings);
+  result.profileLeftOut = embedProfile(page, result.image, container);
+  return result;
 }
 
 }  // namespace orvane

@@ -36,7 +36,8 @@ Container containerOf(std::int32_t outputType);
 struct EncodedPage {
   EncodedImage image;
   DataState data;
-  std::wstring profileLeftOut;  ///< why the page's ICC profile is left out; empty: it is not
+  std::wstring profileLeftOut;     ///< why the page's ICC profile is left out; empty: it is not
+  std::wstring resolutionLeftOut;  ///< why the resolution that the page states is not kept
 };
 
 /// Encodes a page. `order` is the byte order of a TIFF file. `pause` is called now and then while

@@ -166,6 +166,26 @@ TEST_F(RealEngine, ResolutionBelongsToThePage) {
   }
 }
 
+// 300 dots an inch written as if they were dots a millimetre; and a page that is too long for a PDF
+// file at any usual resolution. Only a PDF file cannot say what they say.
+TEST_F(RealEngine, AResolutionThatNoPdfPageCanHaveIsLeftOutThere) {
+  const std::tuple<std::uint32_t, std::uint32_t, std::string, std::string, std::string> cases[] = {
+      {2480, 3508, "12", "892.8 x 1262.88", "按其分辨率长21048点，改按每英寸200点输出"},
+      {64, 50000, "240", "18.432 x 14400", "按其分辨率长15000点，改按每英寸250点输出"},
+      {64, 48000, "240", "19.2 x 14400", ""}};
+  for (const auto& [width, height, density, points, logged] : cases) {
+    writeTiff(station.native("page.tif"), {.bits = 1, .width = width, .height = height});
+    station.shell("for tag in 282 283; do tiffset -s $tag " + density + " page.tif; done");
+    engine.SourceFile(station.path(L"page.tif"));
+    save(kSavePdf, kPdfGroup4, L"out.pdf");
+    EXPECT_THAT(station.shell("pdfinfo out.pdf"), HasSubstr(points + " pts"));
+    EXPECT_THAT(station.takeLog(), HasSubstr(logged));
+    save(kSaveTiffBilevel, kTiffGroup4, L"out.tif");
+    EXPECT_THAT(station.shell("tiffinfo out.tif"), HasSubstr(density + ", " + density + " pixels"));
+    EXPECT_EQ(station.takeLog(), "");
+  }
+}
+
 // Rules across the page and one down it, turned on paper and scanned with 200 x 100 dots an inch.
 TEST_F(RealEngine, APageIsStraightenedInTheProportionsOfThePaper) {
   station.shell(

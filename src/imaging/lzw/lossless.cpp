@@ -5,7 +5,6 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -46,63 +45,34 @@ bool needsSwap(const Raster& raster, SampleOrder order) {
   return raster.bitsPerSample == 16 && machineIsLittle != (order == SampleOrder::LittleEndian);
 }
 
-std::uint16_t load16(const std::uint8_t* samples, std::size_t index) {
-  std::uint16_t value;
-  std::memcpy(&value, samples + 2 * index, sizeof value);
-  return value;
-}
-
-template <bool kSwap>
-void store16(std::uint8_t* samples, std::size_t index, std::uint16_t value) {
-  if constexpr (kSwap) value = swapBytes(value);
-  std::memcpy(samples + 2 * index, &value, sizeof value);
-}
-
 // Puts the rows into `samples` as a TIFF file holds them: 16-bit samples in `order`.
 void copySamples(const Raster& raster, Rows rows, SampleOrder order, Bytes& samples) {
   const ByteView in(raster.row(rows.top), rows.count * raster.rowBytes());
   samples.assign(in.begin(), in.end());
   if (!needsSwap(raster, order)) return;
-  for (std::size_t i = 0; i < in.size() / 2; ++i)
-    store16<true>(samples.data(), i, load16(in.data(), i));
+  for (std::size_t i = 0; i + 1 < samples.size(); i += 2) std::swap(samples[i], samples[i + 1]);
 }
 
-// True for forms whose samples are quantities of whole bytes, so that differences of neighbours
-// are small: all 8 and 16-bit ones except palettes.
+// True for forms whose samples are quantities of one byte, so that differences of neighbours are
+// small. At 16 bits the predictor would save a tenth of a colour page, but the TIFF reader of Java
+// refuses it there.
 bool suitsHorizontalPredictor(const Raster& raster) {
-  return raster.bitsPerSample >= 8 && raster.model != ColourModel::Palette;
+  return raster.bitsPerSample == 8 && raster.model != ColourModel::Palette;
 }
 
-void differenceRow8(const std::uint8_t* in, std::uint8_t* out, std::size_t samples,
-                    std::size_t perPixel) {
-  for (std::size_t i = 0; i < perPixel; ++i) out[i] = in[i];
-  for (std::size_t i = perPixel; i < samples; ++i) {
-    out[i] = static_cast<std::uint8_t>(in[i] - in[i - perPixel]);
-  }
-}
-
-template <bool kSwap>
-void differenceRow16(const std::uint8_t* in, std::uint8_t* out, std::size_t samples,
-                     std::size_t perPixel) {
-  for (std::size_t i = 0; i < perPixel; ++i) store16<kSwap>(out, i, load16(in, i));
-  for (std::size_t i = perPixel; i < samples; ++i) {
-    const int difference = load16(in, i) - load16(in, i - perPixel);
-    store16<kSwap>(out, i, static_cast<std::uint16_t>(difference));
-  }
-}
-
-// As `copySamples`, each sample being its difference from the same sample of the pixel to its left
-// (TIFF 6.0 section 14).
-void differenceSamples(const Raster& raster, Rows rows, SampleOrder order, Bytes& samples) {
-  const bool swap = needsSwap(raster, order);
-  const auto differenceRow = raster.bitsPerSample == 8 ? differenceRow8
-                             : swap                    ? differenceRow16<true>
-                                                       : differenceRow16<false>;
+// As `copySamples`, each 8-bit sample being its difference from the same sample of the pixel to its
+// left (TIFF 6.0 section 14).
+void differenceSamples(const Raster& raster, Rows rows, SampleOrder, Bytes& samples) {
   const std::size_t perPixel = raster.samplesPerPixel;
-  samples.resize(rows.count * raster.rowBytes());
+  const std::size_t rowBytes = raster.rowBytes();
+  samples.resize(rows.count * rowBytes);
   for (std::uint32_t y = 0; y < rows.count; ++y) {
-    differenceRow(raster.row(rows.top + y), samples.data() + y * raster.rowBytes(),
-                  raster.width * perPixel, perPixel);
+    const std::uint8_t* in = raster.row(rows.top + y);
+    std::uint8_t* out = samples.data() + y * rowBytes;
+    for (std::size_t i = 0; i < perPixel; ++i) out[i] = in[i];
+    for (std::size_t i = perPixel; i < rowBytes; ++i) {
+      out[i] = static_cast<std::uint8_t>(in[i] - in[i - perPixel]);
+    }
   }
 }
 

@@ -9,8 +9,8 @@
 
 namespace orvane {
 
-/// LZW strips (TIFF 6.0 section 13), with the horizontal predictor (section 14) for 8 and 16-bit
-/// samples of non-palette rasters. `pause` is called before every second strip: a colour page
+/// LZW strips (TIFF 6.0 section 13), with the horizontal predictor (section 14) for 8-bit samples
+/// of non-palette rasters. `pause` is called before every second strip: a colour page
 /// takes a tenth of a second.
 EncodedImage encodeLzw(
     const Raster& raster, SampleOrder order, const std::function<void()>& pause = [] {});

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "foundation/OutputFile.h"
+#include "imaging/pdf/PdfFile.h"
 #include "imaging/raster/icc_profile.h"
 
 namespace orvane {
@@ -58,7 +59,6 @@ PdfHead makeHead() {
 }
 
 constexpr double kPointsPerInch = 72;
-constexpr double kMostPoints = 14400;
 constexpr int kDecimals = 4;
 constexpr unsigned kColoursPerLine = 16;
 
@@ -75,7 +75,7 @@ std::string number(double value) {
 
 std::string pageSide(const std::wstring& path, std::uint32_t pixels, double dotsPerInch) {
   const double points = pixels / dotsPerInch * kPointsPerInch;
-  if (points > kMostPoints) {
+  if (points > PdfFile::kMostPoints) {
     throw fileFailure(path, "the page would be " + number(points) +
                                 " points long; a PDF page has at most 14400 (200 inches)");
   }
@@ -95,7 +95,8 @@ std::string palette(const EncodedImage& image, const std::string& base) {
   const std::size_t colours = image.palette.size() / 3;
   std::string table;
   for (std::size_t i = 0; i < colours; ++i) {
-    if (i % kColoursPerLine == 0) table += '\n';
+    // A break right after the opening bracket is legal, but JHOVE refuses it.
+    if (i > 0 && i % kColoursPerLine == 0) table += '\n';
     for (const std::size_t plane : {std::size_t{0}, colours, 2 * colours}) {
       const unsigned value = image.palette[plane + i] >> 8;
       table += kDigits[value >> 4];

@@ -17,10 +17,6 @@ constexpr std::uint64_t swapBytes(std::uint64_t v) {
   return v << 32 | v >> 32;
 }
 
-constexpr std::uint16_t swapBytes(std::uint16_t v) {
-  return static_cast<std::uint16_t>(v << 8 | v >> 8);
-}
-
 inline std::uint64_t loadBigEndian64(const std::uint8_t* at) {
   std::uint64_t v;
   std::memcpy(&v, at, sizeof v);

@@ -47,6 +47,16 @@ TEST_F(PdfFileTest, WhatPdfACannotHoldIsRefused) {
   EXPECT_FALSE(fs::exists(file));
 }
 
+// JHOVE, by which archives judge, takes a break after the opening bracket for an error.
+TEST_F(PdfFileTest, APaletteBeginsWithItsFirstDigit) {
+  RasterForm form{8, 1, ColourModel::Palette};
+  form.palette.assign(3 * 256, 0x7F00);
+  const Raster colours = emptyRaster(form, 8, 8);
+  write({encodeUncompressed(colours, SampleOrder::BigEndian)});
+  EXPECT_EQ(judge("grep -ac '/Indexed /DeviceRGB 255 <[0-9A-F]' out"), "1\n");
+  expectSound();
+}
+
 TEST_F(PdfFileTest, ThePageSizeIsPixelsByResolution) {
   std::setlocale(LC_ALL, "de_DE.UTF-8");
   EncodedImage page = plainPage(0);
