@@ -30,6 +30,15 @@ std::uint16_t LoadedPage::bitsPerPixel() const {
   return held_ ? held_->value.bitsPerPixel() : file_->info().bitsPerPixel;
 }
 
+std::uint64_t LoadedPage::heldBytes() const {
+  return (held_ ? held_->value.pixels.size() : 0) + (file_ ? file_->heldFileBytes() : 0);
+}
+
+std::uint64_t LoadedPage::bytesToEncode() const {
+  const std::uint64_t decoded = (std::uint64_t{width()} * bitsPerPixel() + 7) / 8 * height();
+  return decoded + (held_ ? heldBytes() : file_->memoryToDecode());
+}
+
 PageProfile LoadedPage::iccProfile() const {
   return file_ ? file_->iccProfile() : PageProfile{bitmapProfile_, {}};
 }

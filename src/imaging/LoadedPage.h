@@ -38,6 +38,11 @@ class LoadedPage {
   /// The number of the page in its file, from 1; 0 for a bitmap of another instance.
   std::int32_t number() const { return number_; }
 
+  /// The bytes that the page holds now, and the most that it takes while it is encoded, with its
+  /// encoding.
+  std::uint64_t heldBytes() const;
+  std::uint64_t bytesToEncode() const;
+
   /// A copy of the page's own Group 4 strips; nothing if the page is held as pixels or its strips
   /// cannot be copied (see copyGroup4).
   Examined<std::optional<EncodedImage>> group4Copy(Group4Form form) const;

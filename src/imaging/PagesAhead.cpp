@@ -50,15 +50,9 @@ bool isTooYoung(const FileState& file) {
   return file.modified > FileState::Time(now.tv_sec - 2, now.tv_nsec);
 }
 
-std::uint64_t decodedBytes(const LoadedPage& page) {
-  return (std::uint64_t{page.width()} * page.bitsPerPixel() + 7) / 8 * page.height();
-}
-
-// A file of up to this size stays in memory while its page is loaded.
-constexpr std::uint64_t kWholeFileLimit = 4 << 20;
-
-std::uint64_t keptBytes(const FileState& file, const EncodedImage& image) {
-  std::uint64_t bytes = image.iccProfile.size() + (file.size <= kWholeFileLimit ? file.size : 0);
+std::uint64_t heldBytes(const PagesAhead::Page& page) {
+  const EncodedImage& image = page.encoded.image;
+  std::uint64_t bytes = page.loaded.heldBytes() + image.iccProfile.size();
   for (const Bytes& strip : image.strips) bytes += strip.size();
   return bytes;
 }
@@ -241,7 +235,7 @@ void PagesAhead::finish(Job& job, std::optional<Page> page) {
     const std::lock_guard lock(mutex_);
     reserved_ -= std::exchange(job.reserved, 0);
     if (page && job.state == Job::State::Encoding) {
-      job.reserved = keptBytes(job.file, page->encoded.image);
+      job.reserved = heldBytes(*page);
       reserved_ += job.reserved;
       job.page = std::move(page);
       job.state = Job::State::Ready;
@@ -259,7 +253,7 @@ std::optional<PagesAhead::Page> PagesAhead::prepare(Job& job) noexcept {
     job.file = stateOf(job.path);
     if (isTooYoung(job.file)) return std::nullopt;
     LoadedPage loaded(job.path, 1);
-    if (!reserve(job, 2 * decodedBytes(loaded) + job.file.size)) return std::nullopt;
+    if (!reserve(job, loaded.bytesToEncode())) return std::nullopt;
     const auto bitsPerPixel = static_cast<std::int16_t>(loaded.bitsPerPixel());
     const SaveSettings settings = withCodes(job.settings, saveCodes(job.choice, bitsPerPixel));
     EncodedPage encoded = encodePage(loaded, settings, SampleOrder::LittleEndian, [] {});

@@ -60,9 +60,8 @@ Examined<EncodedImage> encodeForTiff(const LoadedPage& page, const SaveSettings&
 Examined<EncodedImage> encodeForPdf(const LoadedPage& page, const SaveSettings& settings) {
   switch (settings.pdfCompression) {
     case kPdfNone:
-      return encodePixels(page, [](Raster&& pixels) {
-        return encodeUncompressed(toPdfForm(std::move(pixels)), SampleOrder::BigEndian);
-      });
+      return encodePixels(
+          page, [](Raster&& pixels) { return inOnePlainStrip(toPdfForm(std::move(pixels))); });
     case kPdfGroup4:
       return encodeBilevel(page, Group4Form::OneStream);
     case kPdfJpeg:

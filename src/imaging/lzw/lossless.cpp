@@ -200,6 +200,13 @@ EncodedImage encodeUncompressed(const Raster& raster, SampleOrder order) {
   return image;
 }
 
+EncodedImage inOnePlainStrip(Raster&& raster) {
+  EncodedImage image = encodedFormOf(raster);
+  image.rowsPerStrip = raster.height;
+  image.strips.push_back(std::move(raster.pixels));
+  return image;
+}
+
 EncodedImage encodeLzw(const Raster& raster, SampleOrder order,
                        const std::function<void()>& pause) {
   EncodedImage image = inEmptyStrips(raster, Compression::Lzw);

@@ -18,4 +18,7 @@ EncodedImage encodeLzw(
 /// Plain strips.
 EncodedImage encodeUncompressed(const Raster& raster, SampleOrder order);
 
+/// One plain strip: the pixels of a raster of at most 8 bits a sample, without a copy of them.
+EncodedImage inOnePlainStrip(Raster&& raster);
+
 }  // namespace orvane

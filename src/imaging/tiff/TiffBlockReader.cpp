@@ -140,6 +140,8 @@ std::uint32_t TiffBlockReader::salvage(std::uint32_t index, std::uint8_t* to, st
     const std::uint32_t middle = good + (bad - good) / 2;
     (decodes(middle) ? good : bad) = middle;
   }
+  // A fax decoder leaves out rows without saying so, and an attempt may have left anything there.
+  std::fill_n(to, rows * rowBytes, paperByte(layout_.form));
   return good > 0 && decodes(good) ? good : 0;
 }
 

@@ -276,13 +276,16 @@ void requireHonestJbig(const TiffHandle& tiff, const TiffLayout& layout) {
 
 // Strips that overlap would let a small file keep the decoder busy for hours.
 void readByteCounts(const TiffHandle& tiff, TiffLayout& layout) {
-  constexpr std::uint64_t kAlwaysFine = 1U << 30;
+  constexpr std::uint64_t kAlwaysFine = 256U << 20;
   std::uint64_t total = 0;
   for (std::uint32_t i = 0; i < layout.blockCount; ++i) {
     const std::uint64_t count = std::min(TIFFGetStrileByteCount(tiff.get(), i), tiff.file().size());
-    layout.largestBlock = std::max(layout.largestBlock, count);
+    layout.encodedBytes = layout.isGroup4InStrips()
+                              ? layout.encodedBytes + std::min(count, layout.mostGroup4Bytes())
+                              : std::max(layout.encodedBytes, count);
     total += count;
   }
+  layout.blocksOverlap = total > tiff.file().size();
   if (total > kAlwaysFine && total / 2 > tiff.file().size()) {
     throw tiff.failure("its strips or tiles are longer than the file");
   }

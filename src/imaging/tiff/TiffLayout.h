@@ -40,11 +40,15 @@ struct TiffLayout {
     }
   }
 
-  std::uint64_t largestBlock = 0;  ///< encoded bytes of a strip or tile, as far as the file goes
+  /// Encoded bytes that are held at a time: of the largest strip or tile, or of all strips of a
+  /// Group 4 page, as far as the file goes.
+  std::uint64_t encodedBytes = 0;
+  bool blocksOverlap = false;  ///< they are longer than the file together
 
   bool throughRgbaReader = false;  ///< see tiff_rgba.h
   RasterForm form;                 ///< of the decoded page
 
+  bool isGroup4InStrips() const { return compression == COMPRESSION_CCITTFAX4 && !tiled; }
   bool isFax() const {
     return compression == COMPRESSION_CCITTRLE || compression == COMPRESSION_CCITTRLEW ||
            compression == COMPRESSION_CCITTFAX3 || compression == COMPRESSION_CCITTFAX4;

@@ -96,9 +96,12 @@ std::optional<StoredJpeg> TiffPage::storedJpeg() const {
   return page;
 }
 
+std::uint64_t TiffPage::heldFileBytes() const {
+  return impl_->tiff.file().wholeContent().size();
+}
+
 std::uint64_t TiffPage::memoryToDecode() const {
-  const TiffLayout& layout = impl_->layout;
-  return impl_->tiff.file().wholeContent().size() + layout.largestBlock + layout.decodingBytes();
+  return heldFileBytes() + impl_->layout.encodedBytes + impl_->layout.decodingBytes();
 }
 
 PageProfile TiffPage::iccProfile() const {

@@ -43,8 +43,10 @@ class TiffPage {
   /// for every other page. The result refers to this object.
   std::optional<StoredJpeg> storedJpeg() const;
 
-  /// The most memory that the page takes while it is decoded, with the part of its file that is
-  /// held: in bytes.
+  /// The bytes of the file that are in memory as long as the object lives: all of a small file.
+  std::uint64_t heldFileBytes() const;
+
+  /// The most bytes of memory that the page takes while it is decoded, with those of its file.
   std::uint64_t memoryToDecode() const;
 
   /// The profile of the page's samples as they stand in the file.

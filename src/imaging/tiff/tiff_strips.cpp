@@ -10,10 +10,6 @@ bool isWhole(const TiffHandle& tiff, std::uint32_t index, ByteView stored) {
   return !stored.empty() && stored.size() == TIFFGetStrileByteCount(tiff.get(), index);
 }
 
-bool isGroup4InStrips(const TiffLayout& layout) {
-  return layout.compression == COMPRESSION_CCITTFAX4 && !layout.tiled;
-}
-
 }  // namespace
 
 ByteView storedBlock(const TiffHandle& tiff, std::uint32_t index, Bytes& buffer) {
@@ -41,7 +37,7 @@ ByteView storedBlockInFillOrder1(const TiffHandle& tiff, std::uint32_t index, By
 // The image owns its strips, which become those of a copy. A strip that claims to be longer than
 // codes for its rows can be is taken up to that length.
 std::optional<EncodedImage> readGroup4Strips(const TiffHandle& tiff, const TiffLayout& layout) {
-  if (!isGroup4InStrips(layout)) return std::nullopt;
+  if (!layout.isGroup4InStrips()) return std::nullopt;
   EncodedImage image;
   image.width = layout.width;
   image.height = layout.height;
@@ -119,7 +115,8 @@ std::optional<std::uint32_t> rowsBeforeReturnToControl(ByteView strip, bool hasT
 
 std::optional<StripRows> rowsBeforeReturnToControl(const TiffHandle& tiff,
                                                    const TiffLayout& layout) {
-  if (layout.compression != COMPRESSION_CCITTFAX3 || layout.tiled) return std::nullopt;
+  const bool isGroup3 = layout.compression == COMPRESSION_CCITTFAX3;
+  if (!isGroup3 || layout.tiled || layout.blocksOverlap) return std::nullopt;
   std::uint32_t options = 0;
   TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_GROUP3OPTIONS, &options);
   const bool hasTags = (options & GROUP3OPT_2DENCODING) != 0;

@@ -28,7 +28,8 @@ std::optional<StoredJpeg> storedJpeg(const TiffHandle& tiff, const TiffLayout& l
 /// The rows of each strip of a Group 3 page up to its return-to-control, which is six end-of-line
 /// codes in sequence (ITU-T T.4): no row after it was ever coded. A strip without one, or with
 /// enough rows, counts as full. Nothing when every strip is full, when rows come after those that
-/// are missing, when there is no row, when a strip cannot be read whole, and for other pages.
+/// are missing, when there is no row, when strips overlap or cannot be read whole, and for other
+/// pages.
 std::optional<StripRows> rowsBeforeReturnToControl(const TiffHandle& tiff,
                                                    const TiffLayout& layout);
 

@@ -35,24 +35,24 @@ struct Damage : testing::Test {
 };
 
 const TiffKind kBilevel{.bits = 1, .photometric = PHOTOMETRIC_MINISWHITE};
+const TiffKind kBlackIsZero{.bits = 1};
 const TiffKind kColour{.samples = 3, .photometric = PHOTOMETRIC_RGB};
 const TiffKind kLab{.samples = 3, .photometric = PHOTOMETRIC_CIELAB};
 const TiffKind kLogarithmic{
     .bits = 16, .samples = 3, .photometric = PHOTOMETRIC_LOGLUV, .compression = COMPRESSION_SGILOG};
 
 bool isWhite(const Raster& raster, std::uint32_t y) {
-  const std::uint8_t white = raster.model == ColourModel::MinIsWhite ? 0 : 0xFF;
-  return std::count(raster.row(y), raster.row(y) + raster.rowBytes(), white) ==
-         static_cast<std::ptrdiff_t>(raster.rowBytes());
+  Raster blank = emptyRaster(raster, raster.width, 1);
+  fillWithPaper(blank, {0, 0, blank.width, 1});
+  clearPadding(blank);
+  return std::equal(blank.pixels.begin(), blank.pixels.end(), raster.row(y));
 }
 
 // The strip is stored after the directory, so that the page still loads when the end is cut.
 TEST_F(Damage, ACutPageKeepsItsBeginningAndIsWhiteAfterIt) {
-  const std::tuple<std::string, TiffKind, std::uint32_t> cases[] = {{"none", {}, 1},
-                                                                    {"g3", kBilevel, 3},
-                                                                    {"g4", kBilevel, 4},
-                                                                    {"lzw", {}, 5},
-                                                                    {"packbits", {}, 32773}};
+  const std::tuple<std::string, TiffKind, std::uint32_t> cases[] = {
+      {"none", {}, 1},         {"g3", kBilevel, 3}, {"g4", kBilevel, 4},    {"g3", kBlackIsZero, 3},
+      {"g4", kBlackIsZero, 4}, {"lzw", {}, 5},      {"packbits", {}, 32773}};
   for (const auto& [storage, kind, compression] : cases) {
     SCOPED_TRACE(storage);
     const std::string file = stored(kind, "-r 160 -c " + storage);
@@ -87,7 +87,8 @@ TEST_F(Damage, RowsBeforeDamageAreShownAsTheyWere) {
     const Examined<Raster> damaged = decoded(file);
     EXPECT_TRUE(damaged.data.damage.has_value());
     EXPECT_TRUE(std::equal(whole.row(0), whole.row(101), damaged.value.row(0)));
-    if (storage != "-c zip:2") EXPECT_TRUE(isWhite(damaged.value, 149));  // zeros are codes there
+    const bool zerosAreCodes = storage == "-c zip:2";
+    EXPECT_TRUE(zerosAreCodes || isWhite(damaged.value, 149));
   }
 }
 

@@ -205,7 +205,7 @@ TEST_F(Decoding, LabShowsTheColoursOfColourManagement) {
   unsigned sum = 0;
   for (std::size_t i = 0; i < shown.size(); ++i) {
     const int difference = std::abs(shown[i] - static_cast<std::uint8_t>(managed[i]));
-    if (i < 256 * 3) ASSERT_LE(difference, 2) << "gray " << i / 3;
+    EXPECT_TRUE(i >= 256 * 3 || difference <= 2) << "gray " << i / 3;
     sum += difference;
   }
   EXPECT_LT(sum, shown.size());
