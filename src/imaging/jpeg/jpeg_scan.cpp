@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 namespace orvane {
 namespace {
@@ -65,6 +66,44 @@ JpegScan::JpegScan(const JpegSource& source) : source_(source), segments_(source
     if (!dc) dc.emplace(source.dcTableOf(i), kMostDcSize);
     if (!ac) ac.emplace(source.acTableOf(i), kMostAcSize);
     components_.push_back({*dc, *ac, source.blocksPerMcu(i)});
+  }
+}
+
+void JpegScan::verify() {
+  std::array<std::unique_ptr<const CoefficientRuns>, 4> runs;
+  for (std::size_t i = 0; i < components_.size(); ++i) {
+    std::unique_ptr<const CoefficientRuns>& ofTable = runs[source_.components[i].acTable];
+    if (!ofTable) ofTable = std::make_unique<const CoefficientRuns>(components_[i].ac);
+  }
+  walkBlocks([&](BitReader& bits, std::size_t index) {
+    Component& component = components_[index];
+    takeDc(bits, component);
+    passOverAc(bits, component.ac, *runs[source_.components[index].acTable]);
+  });
+}
+
+// A look-up that would reach or pass the last coefficient is done step by step: the block ends
+// there, whatever its bits go on with.
+void JpegScan::passOverAc(BitReader& bits, const CoefficientDecoder& decoder,
+                          const CoefficientRuns& runs) const {
+  constexpr unsigned kRunsARefill = 56 / CoefficientRuns::kBits;
+  constexpr unsigned kEnd = CoefficientStep::kEndOfBlock;
+  for (unsigned index = 0;;) {
+    bits.refill();
+    CoefficientStep steps;
+    for (unsigned i = 0; i < kRunsARefill; ++i) {
+      steps = runs.steps(bits.bits());
+      if (steps.length == 0 || index + steps.advance % kEnd >= 63) break;
+      bits.skip(steps.length);
+      index += steps.advance;
+      if (index >= kEnd) return;
+    }
+    if (steps.length != 0 && index + steps.advance % kEnd < 63) continue;
+    bits.refill();
+    const CoefficientStep step = takeStep(bits, decoder);
+    index += step.advance;
+    if (index > 63 && index < kEnd) fail("a block is too long");
+    if (index >= 63) return;
   }
 }
 

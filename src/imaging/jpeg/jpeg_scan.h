@@ -59,15 +59,11 @@ class JpegScan {
 
   template <typename Sink>
   void walk(Sink& sink) {
-    const std::uint32_t total = source_.mcuCount();
-    const std::uint32_t interval = source_.restartInterval == 0 ? total : source_.restartInterval;
-    while (mcu_ < total) {
-      if (mcu_ != 0 && !segments_.takeRestart()) fail("a restart marker is missing");
-      walkInterval(std::min(interval, total - mcu_), sink);
-    }
-    --mcu_;
-    if (!segments_.atEndOfImage()) fail("the end of the image is missing");
+    walkBlocks([&](BitReader& bits, std::size_t component) { walkBlock(bits, component, sink); });
   }
+
+  /// The same walk for its failures alone, in half the time.
+  void verify();
 
   /// After the walk: the data of the stream up to the end of the image, as it is stored.
   ByteView walkedData() const {
@@ -90,15 +86,28 @@ class JpegScan {
     int lastDc = 0;
   };
 
-  template <typename Sink>
-  void walkInterval(std::uint32_t mcus, Sink& sink) {
+  // Calls `walkOne` for each block.
+  template <typename WalkOne>
+  void walkBlocks(WalkOne walkOne) {
+    const std::uint32_t total = source_.mcuCount();
+    const std::uint32_t interval = source_.restartInterval == 0 ? total : source_.restartInterval;
+    while (mcu_ < total) {
+      if (mcu_ != 0 && !segments_.takeRestart()) fail("a restart marker is missing");
+      walkInterval(std::min(interval, total - mcu_), walkOne);
+    }
+    --mcu_;
+    if (!segments_.atEndOfImage()) fail("the end of the image is missing");
+  }
+
+  template <typename WalkOne>
+  void walkInterval(std::uint32_t mcus, WalkOne& walkOne) {
     for (Component& component : components_) component.lastDc = 0;
     const ByteView data = segments_.next();
     BitReader bits(data);
     for (const std::uint32_t end = mcu_ + mcus; mcu_ < end; ++mcu_) {
       for (std::size_t i = 0; i < components_.size(); ++i) {
         for (std::uint32_t block = 0; block < components_[i].blocksPerMcu; ++block) {
-          walkBlock(bits, i, sink);
+          walkOne(bits, i);
         }
       }
       if (bits.overran()) fail("the data ends");
@@ -109,13 +118,20 @@ class JpegScan {
   template <typename Sink>
   void walkBlock(BitReader& bits, std::size_t index, Sink& sink) {
     Component& component = components_[index];
-    bits.refill();
-    component.lastDc += takeStep(bits, component.dc).value;
-    if (component.lastDc < kLeastDc || component.lastDc > kMostDc) fail("a value is out of range");
+    takeDc(bits, component);
     sink.dc(index, component.lastDc);
     walkAc(bits, component.ac, sink);
     sink.endBlock();
   }
+
+  void takeDc(BitReader& bits, Component& component) const {
+    bits.refill();
+    component.lastDc += takeStep(bits, component.dc).value;
+    if (component.lastDc < kLeastDc || component.lastDc > kMostDc) fail("a value is out of range");
+  }
+
+  void passOverAc(BitReader& bits, const CoefficientDecoder& decoder,
+                  const CoefficientRuns& runs) const;
 
   // The bits for a first batch of steps are left over from the DC coefficient.
   template <typename Sink>

@@ -124,9 +124,13 @@ void forEachCode(const HuffmanTable& table, Visit visit) {
 CoefficientDecoder::CoefficientDecoder(const HuffmanTable& table, unsigned mostSize)
     : table_(table), mostSize_(mostSize) {
   forEachCode(table, [this](std::uint32_t code, unsigned length, unsigned symbol) {
+    if (length > kShortBits) return;
+    const unsigned free = kShortBits - length;  // bits after the code
+    std::fill_n(codes_.begin() + (code << free), std::size_t{1} << free,
+                Code{static_cast<std::uint8_t>(length), static_cast<std::uint8_t>(symbol)});
     const unsigned size = symbol & 15;
-    if (length + size > kShortBits) return;
-    const unsigned open = kShortBits - length - size;  // bits after the step
+    if (size > free) return;
+    const unsigned open = free - size;  // bits after the step
     for (std::uint32_t value = 0; value < 1u << size; ++value) {
       std::fill_n(short_.begin() + ((code << size | value) << open), std::size_t{1} << open,
                   stepOf(length, symbol, value));
@@ -135,15 +139,21 @@ CoefficientDecoder::CoefficientDecoder(const HuffmanTable& table, unsigned mostS
 }
 
 CoefficientStep CoefficientDecoder::longStep(std::uint64_t bits) const {
+  Code code = codes_[bits >> (64 - kShortBits)];
+  if (code.length == 0) code = longCode(bits);
+  if (code.length == 0) return {};
+  const auto valueBits = bits << code.length >> 1 >> (63 - (code.symbol & 15));
+  return stepOf(code.length, code.symbol, static_cast<unsigned>(valueBits));
+}
+
+CoefficientDecoder::Code CoefficientDecoder::longCode(std::uint64_t bits) const {
   std::uint32_t first = 0;  // the first code of a length, and the index of its symbol
   std::uint32_t index = 0;
   for (unsigned length = 1; length <= table_.counts.size(); ++length) {
     const auto code = static_cast<std::uint32_t>(bits >> (64 - length));
     const std::uint32_t count = table_.counts[length - 1];
     if (code - first < count) {
-      const unsigned symbol = table_.symbols[index + code - first];
-      const auto valueBits = bits << length >> 1 >> (63 - (symbol & 15));
-      return stepOf(length, symbol, static_cast<unsigned>(valueBits));
+      return {static_cast<std::uint8_t>(length), table_.symbols[index + code - first]};
     }
     first = (first + count) << 1;
     index += count;
@@ -164,6 +174,22 @@ CoefficientStep CoefficientDecoder::stepOf(unsigned codeLength, unsigned symbol,
   return {static_cast<std::int16_t>(value),
           symbol == 0 ? CoefficientStep::kEndOfBlock : static_cast<std::uint8_t>(run + 1),
           static_cast<std::uint8_t>(codeLength + size)};
+}
+
+// More than 62 coefficients are left to single steps, which tell where a block ends.
+CoefficientRuns::CoefficientRuns(const CoefficientDecoder& decoder) {
+  for (std::uint64_t window = 0; window < steps_.size(); ++window) {
+    CoefficientStep& all = steps_[window];
+    while ((all.advance & CoefficientStep::kEndOfBlock) == 0) {
+      const std::uint64_t bits = window << (64 - kBits) << all.length;
+      const CoefficientStep step = decoder.shortStep(bits);
+      const bool ends = step.advance == CoefficientStep::kEndOfBlock;
+      if (step.length == 0 || all.length + step.length > kBits) break;
+      if (!ends && all.advance + step.advance > 62) break;
+      all.advance = static_cast<std::uint8_t>(all.advance + step.advance);
+      all.length = static_cast<std::uint8_t>(all.length + step.length);
+    }
+  }
 }
 
 HuffmanEncoder::HuffmanEncoder(const HuffmanTable& table) {

@@ -85,12 +85,35 @@ class CoefficientDecoder {
   }
 
  private:
+  struct Code {
+    std::uint8_t length = 0;  ///< 0: the bits begin no code, or a longer one
+    std::uint8_t symbol = 0;
+  };
+
   CoefficientStep longStep(std::uint64_t bits) const;
+  Code longCode(std::uint64_t bits) const;
   CoefficientStep stepOf(unsigned codeLength, unsigned symbol, unsigned valueBits) const;
 
   HuffmanTable table_;
   unsigned mostSize_;
   std::array<CoefficientStep, 1u << kShortBits> short_{};
+  std::array<Code, 1u << kShortBits> codes_{};  ///< whatever the length of the value
+};
+
+/// The steps through coefficients whose values do not matter, several in one look-up.
+class CoefficientRuns {
+ public:
+  explicit CoefficientRuns(const CoefficientDecoder& decoder);
+
+  static constexpr unsigned kBits = 13;
+
+  /// All steps that the next `kBits` bits hold whole, up to the end of a block. Its value is 0;
+  /// `advance` has `kEndOfBlock` in addition to that of the steps before the end. Length 0: there
+  /// is no such step.
+  CoefficientStep steps(std::uint64_t bits) const { return steps_[bits >> (64 - kBits)]; }
+
+ private:
+  std::array<CoefficientStep, 1u << kBits> steps_{};
 };
 
 /// The code of each symbol; of length 0 for one that has none.

@@ -148,18 +148,10 @@ bool canFollowEachOther(const Survey& survey, std::uint32_t count) {
          (survey.first.mcuCount() <= 0xFFFF && !survey.restarts && survey.sameHuffmanTables);
 }
 
-// A sink for JpegScan that only lets it verify the data.
-struct NoSink {
-  void dc(std::size_t, int) {}
-  void ac(unsigned, int) {}
-  void endBlock() {}
-};
-
 // The data of a strip, which lives as long as the strip. Throws Failure for damage.
 ByteView verifiedData(const JpegSource& strip) {
   JpegScan scan(strip);
-  NoSink sink;
-  scan.walk(sink);
+  scan.verify();
   return scan.walkedData();
 }
 
