@@ -1,8 +1,7 @@
 #include "imaging/tiff/TiffBlockReader.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstring>
+#include <array>
 
 #include "imaging/tiff/compressed_streams.h"
 #include "imaging/tiff/tiff_strips.h"
@@ -23,11 +22,26 @@ bool streamHoldsSamples(const TiffLayout& layout) {
          (layout.predictor == PREDICTOR_HORIZONTAL && wholeSamples);
 }
 
+// Makes samples of their differences from the pixel to the left. The sums of a pixel stay in
+// registers when the number of its samples is known.
+template <typename Sample, std::size_t kSamples>
+void addDifferences(Sample* row, std::size_t samples) {
+  std::array<Sample, kSamples> sum{};
+  for (std::size_t i = 0; i + kSamples <= samples; i += kSamples) {
+    for (std::size_t k = 0; k < kSamples; ++k) {
+      row[i + k] = sum[k] = static_cast<Sample>(sum[k] + row[i + k]);
+    }
+  }
+}
+
 template <typename Sample>
-void addDifferences(std::uint8_t* row, std::size_t rowBytes, std::size_t step) {
-  auto* samples = reinterpret_cast<Sample*>(row);
-  for (std::size_t i = step; i < rowBytes / sizeof(Sample); ++i) {
-    samples[i] = static_cast<Sample>(samples[i] + samples[i - step]);
+void addDifferences(std::uint8_t* row, std::size_t rowBytes, std::size_t samplesPerPixel) {
+  auto* const samples = reinterpret_cast<Sample*>(row);
+  const std::size_t count = rowBytes / sizeof(Sample);
+  if (samplesPerPixel == 1) return addDifferences<Sample, 1>(samples, count);
+  if (samplesPerPixel == 3) return addDifferences<Sample, 3>(samples, count);
+  for (std::size_t i = samplesPerPixel; i < count; ++i) {
+    samples[i] = static_cast<Sample>(samples[i] + samples[i - samplesPerPixel]);
   }
 }
 
@@ -42,8 +56,7 @@ std::uint32_t TiffBlockReader::read(std::uint32_t index, std::uint8_t* to, std::
   if (layout_.compression == COMPRESSION_THUNDERSCAN) std::fill_n(to, rows * rowBytes, 0);
   std::string damage = kNotDecoded;
   try {
-    if (streamHoldsSamples(layout_)) {
-      decompressBlock(index, {to, rows * rowBytes});
+    if (streamHoldsSamples(layout_) && decompressBlock(index, {to, rows * rowBytes}, rowBytes)) {
       finishSamples(to, rows, rowBytes);
       tally_.anyRow = true;
       return rows;
@@ -66,8 +79,10 @@ bool TiffBlockReader::noteDecoded(std::uint32_t index, bool decoded) {
   tally_.anyRow = tally_.anyRow || decoded;
   if (!decoded || !isCompressedStream(layout_.compression)) return decoded;
   try {
-    Bytes data(streamBytes(index));
-    decompressBlock(index, data);
+    const std::uint32_t y = index % layout_.areaCount() * layout_.blockHeight;  // of a strip
+    Bytes data(streamBytes(layout_.tiled ? layout_.blockHeight
+                                         : std::min(layout_.blockHeight, layout_.height - y)));
+    decompressBlock(index, data, streamBytes(1));
     return true;
   } catch (const Failure& failure) {
     noteDamage(failure.what());
@@ -80,19 +95,20 @@ void TiffBlockReader::noteDamage(const std::string& reason) {
   surplus_ = 0;  // a stream that goes on for too long is not followed again for every block
 }
 
-void TiffBlockReader::decompressBlock(std::uint32_t index, std::span<std::uint8_t> to) {
+// False for a stream that only libtiff reads.
+bool TiffBlockReader::decompressBlock(std::uint32_t index, std::span<std::uint8_t> to,
+                                      std::size_t rowBytes) {
   Bytes buffer;
   const ByteView stream = storedBlockInFillOrder1(tiff_, index, buffer);
-  decompress(layout_.compression, stream, to, surplus_);
+  if (isOldStyleLzw(layout_.compression, stream)) return false;
+  decompress(layout_.compression, stream, to, rowBytes, surplus_);
+  return true;
 }
 
-// The bytes that the rows of a block take in its stream.
-std::uint64_t TiffBlockReader::streamBytes(std::uint32_t index) const {
-  const std::uint32_t first = index % layout_.areaCount() * layout_.blockHeight;
+// The bytes that rows of a block take in its stream.
+std::uint64_t TiffBlockReader::streamBytes(std::uint32_t rows) const {
   const std::uint64_t bytes =
-      layout_.tiled
-          ? TIFFTileSize64(tiff_.get())
-          : TIFFVStripSize64(tiff_.get(), std::min(layout_.blockHeight, layout_.height - first));
+      layout_.tiled ? TIFFVTileSize64(tiff_.get(), rows) : TIFFVStripSize64(tiff_.get(), rows);
   const bool isPixarLog = layout_.compression == COMPRESSION_PIXARLOG;
   return isPixarLog ? bytes * 8 / layout_.bitsPerSample * sizeof(std::uint16_t) : bytes;
 }

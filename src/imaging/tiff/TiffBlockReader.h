@@ -35,8 +35,8 @@ class TiffBlockReader {
   const BlockTally& tally() const { return tally_; }
 
  private:
-  void decompressBlock(std::uint32_t index, std::span<std::uint8_t> to);
-  std::uint64_t streamBytes(std::uint32_t index) const;
+  bool decompressBlock(std::uint32_t index, std::span<std::uint8_t> to, std::size_t rowBytes);
+  std::uint64_t streamBytes(std::uint32_t rows) const;
   void finishSamples(std::uint8_t* to, std::uint32_t rows, std::size_t rowBytes) const;
   bool libtiffDecodes(std::uint32_t index, std::uint8_t* to, std::uint32_t rows,
                       std::size_t rowBytes);

@@ -1,6 +1,8 @@
 #include "imaging/tiff/compressed_streams.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 #include <libdeflate.h>
 #include <lzma.h>
 #include <memory>
@@ -11,6 +13,7 @@
 #include <zstd.h>
 
 #include "foundation/Failure.h"
+#include "imaging/raster/bit_streams.h"
 
 namespace orvane {
 namespace {
@@ -120,17 +123,119 @@ void expandLzma(ByteView stream, std::span<std::uint8_t> to, std::uint64_t& surp
   readToEnd(step, stream, to, surplus);
 }
 
+// Copies from earlier in the output. A string can overlap with its copy.
+void copyString(const std::uint8_t* from, std::uint8_t* to, std::size_t count, std::size_t room) {
+  constexpr std::size_t kChunk = 16;
+  if (to - from >= std::ptrdiff_t{kChunk} && room >= count + kChunk) {
+    for (std::size_t i = 0; i < count; i += kChunk) std::memcpy(to + i, from + i, kChunk);
+  } else {
+    for (std::size_t i = 0; i < count; ++i) to[i] = from[i];
+  }
+}
+
+/// The codes of LZW that stand for strings. Such a string is in the output where it was made, so
+/// the table holds its place and length. Codes get longer one code early.
+class LzwTable {
+ public:
+  static constexpr unsigned kClear = 256;
+  static constexpr unsigned kEnd = 257;
+
+  struct String {
+    std::uint32_t at = 0;
+    std::uint32_t length = 0;
+  };
+
+  void clear() {
+    next_ = kFirstFree;
+    codeBits_ = kFewestBits;
+  }
+
+  unsigned codeBits() const { return codeBits_; }
+  bool isNext(unsigned code) const { return code == next_; }
+  bool has(unsigned code) const { return code >= kFirstFree && code < next_; }
+  const String& operator[](unsigned code) const { return strings_[code]; }
+
+  void add(const String& string) {
+    if (next_ == strings_.size()) return;
+    strings_[next_++] = string;
+    if (next_ + 1 == 1U << codeBits_ && codeBits_ < kMostBits) ++codeBits_;
+  }
+
+ private:
+  static constexpr unsigned kFirstFree = 258;
+  static constexpr unsigned kFewestBits = 9, kMostBits = 12;
+
+  std::array<String, 1U << kMostBits> strings_;
+  unsigned next_ = kFirstFree;
+  unsigned codeBits_ = kFewestBits;
+};
+
+// There is no checksum; but a code that became another often has a string of another length, so
+// that the end comes within a row. Streams without an end code go on with bytes that mean nothing.
+void expandLzw(ByteView stream, std::span<std::uint8_t> to, std::size_t rowBytes,
+               std::uint64_t& surplus) {
+  LzwTable table;
+  BitReader bits(stream);
+  const std::uint64_t most = to.size() + surplus;
+  std::uint64_t size = 0;  // of all strings so far
+  LzwTable::String last;   // of length 0 at the beginning and after a clear
+  bool ended = false;
+  while (size <= most) {
+    const unsigned codeBits = table.codeBits();
+    bits.refill();
+    const auto code = static_cast<unsigned>(bits.bits() >> (64 - codeBits));
+    bits.skip(codeBits);
+    ended = code == LzwTable::kEnd && !bits.overran();
+    if (ended || bits.overran()) break;
+    if (code == LzwTable::kClear) {
+      table.clear();
+      last = {};
+      continue;
+    }
+    LzwTable::String known{0, 1};
+    if (code > LzwTable::kEnd) {
+      const bool repeats = table.isNext(code) && last.length != 0;  // and its own first byte again
+      if (!repeats && !table.has(code)) break;
+      known = repeats ? LzwTable::String{last.at, last.length + 1} : table[code];
+    }
+    if (size < to.size()) {
+      const std::size_t room = to.size() - size;
+      const std::size_t count = std::min<std::size_t>(known.length, room);
+      if (code < LzwTable::kClear) {
+        to[size] = static_cast<std::uint8_t>(code);
+      } else {
+        copyString(to.data() + known.at, to.data() + size, count, room);
+      }
+    }
+    if (last.length != 0) table.add({last.at, last.length + 1});
+    last = {static_cast<std::uint32_t>(size), known.length};
+    size += known.length;
+  }
+  if (size < to.size()) throw Failure("the LZW data is damaged or ends before its rows");
+  if (!ended) return;
+  if ((size - to.size()) % rowBytes != 0) throw Failure("the LZW data ends within a row");
+  takeOff(surplus, size - to.size());
+}
+
 }  // namespace
 
 bool isCompressedStream(std::uint16_t compression) {
-  return compression == COMPRESSION_ADOBE_DEFLATE || compression == COMPRESSION_DEFLATE ||
-         compression == COMPRESSION_PIXARLOG || compression == COMPRESSION_ZSTD ||
-         compression == COMPRESSION_LZMA;
+  return compression == COMPRESSION_LZW || compression == COMPRESSION_ADOBE_DEFLATE ||
+         compression == COMPRESSION_DEFLATE || compression == COMPRESSION_PIXARLOG ||
+         compression == COMPRESSION_ZSTD || compression == COMPRESSION_LZMA;
+}
+
+// Such a stream begins with a clear code from the lowest bit on.
+bool isOldStyleLzw(std::uint16_t compression, ByteView stream) {
+  return compression == COMPRESSION_LZW && stream.size() >= 2 && stream[0] == 0 &&
+         (stream[1] & 1) != 0;
 }
 
 void decompress(std::uint16_t compression, ByteView stream, std::span<std::uint8_t> to,
-                std::uint64_t& surplus) {
+                std::size_t rowBytes, std::uint64_t& surplus) {
   switch (compression) {
+    case COMPRESSION_LZW:
+      return expandLzw(stream, to, rowBytes, surplus);
     case COMPRESSION_ZSTD:
       return expandZstandard(stream, to, surplus);
     case COMPRESSION_LZMA:
