@@ -68,18 +68,26 @@ void loadPage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int
   ImgControl.SourceFile(ImagePath);
 }
 
-void setCodes(ImagingEngine& ImgControl, const SaveChoice& choice) {
-  const SaveCodes codes = saveCodes(choice, ImgControl.BitsPerPixel());
+void setFactors(ImagingEngine& ImgControl, const SaveCodes& codes) {
+  if (!codes.factors) return;
+  ImgControl.JpegFactorMajor(codes.factors->major);
+  ImgControl.JpegFactorMinor(codes.factors->minor);
+}
+
+// Without compression the depth makes no difference and is not read.
+void setImageCodes(ImagingEngine& ImgControl, const SaveChoice& choice) {
+  const std::int16_t bitsPerPixel = choice.bCompression ? ImgControl.BitsPerPixel() : 0;
+  const SaveCodes codes = saveCodes(choice, bitsPerPixel);
   ImgControl.OutputType(codes.outputType);
-  if (choice.asPdf) {
-    ImgControl.PdfCompression(codes.compression);
-  } else {
-    ImgControl.TiffCompression(codes.compression);
-  }
-  if (codes.factors) {
-    ImgControl.JpegFactorMajor(codes.factors->major);
-    ImgControl.JpegFactorMinor(codes.factors->minor);
-  }
+  ImgControl.TiffCompression(codes.compression);
+  setFactors(ImgControl, codes);
+}
+
+void setPdfCodes(ImagingEngine& ImgControl, const SaveChoice& choice) {
+  ImgControl.OutputType(kSavePdf);
+  const SaveCodes codes = saveCodes(choice, ImgControl.BitsPerPixel());
+  ImgControl.PdfCompression(codes.compression);
+  setFactors(ImgControl, codes);
   if (codes.isPlainPdf) ImgControl.PdfCompression(kPdfNone);
 }
 
@@ -92,7 +100,7 @@ bool savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int
     loadPage(ImgControl, ImagePath, PageNum, bSaveMultiPage);
     if (beforeWriting) beforeWriting();
     setTarget(ImgControl, sSaveFilePath);
-    setCodes(ImgControl, choice);
+    choice.asPdf ? setPdfCodes(ImgControl, choice) : setImageCodes(ImgControl, choice);
     ImgControl.SaveFile();
     windowServices().yield();
     const bool saved = ImgControl.ImagError() == 0;

@@ -43,10 +43,11 @@ TEST_F(Cleanup, TheStepsComeInTheirOrderAndOnlyWhenAskedFor) {
   for (const auto& [rotate, deskew, crop, steps] : rows) {
     setSteps(rotate, deskew, crop);
     EXPECT_TRUE(run(cleanup));
-    EXPECT_EQ(control.takeCalls(),
-              kClear + "; Picture; SourceFile; Refresh; PageNumber 1; " + "SourceFile \\in.tif; " +
-                  steps + "FinishingFilter 0.3 1; TargetFile " + toUtf8(station.path(L"out.tif")) +
-                  "; SaveMultiPage 1; " + "OutputType 15; TiffCompression 3; SaveFile");
+    EXPECT_EQ(control.takeCalls(), kClear + "; Picture; SourceFile; Refresh; PageNumber 1; " +
+                                       "SourceFile \\in.tif; " + steps +
+                                       "FinishingFilter 0.3 1; TargetFile " +
+                                       toUtf8(station.path(L"out.tif")) + "; SaveMultiPage 1; " +
+                                       "BitsPerPixel; OutputType 15; TiffCompression 3; SaveFile");
   }
   EXPECT_TRUE(list.lines.empty());
 }

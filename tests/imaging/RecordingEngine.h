@@ -14,7 +14,7 @@ namespace orvane {
 /// An imaging instance that records what is asked of it, in order, and fails where a test says so.
 class RecordingEngine final : public ImagingEngine {
  public:
-  std::vector<std::string> calls;  ///< "OutputType 15", "SaveFile", ...
+  mutable std::vector<std::string> calls;  ///< "OutputType 15", "SaveFile", ...
   std::int16_t bitsPerPixel = 1;
   std::int32_t imagError = 0;  ///< taken away by a clear
   std::int32_t imagErrorAfterSave = 0;
@@ -39,7 +39,7 @@ class RecordingEngine final : public ImagingEngine {
   }
   std::wstring SourceFile() const override { return sourceFile_; }
   void PageNumber(std::int32_t page) override { record("PageNumber", page); }
-  std::int16_t BitsPerPixel() const override { return bitsPerPixel; }
+  std::int16_t BitsPerPixel() const override { return record("BitsPerPixel"), bitsPerPixel; }
   std::int32_t ImageWidth() const override { return 1003; }
   std::int32_t ImageHeight() const override { return 603; }
   std::int32_t FilePageCount(const std::wstring& path) override {
@@ -84,7 +84,7 @@ class RecordingEngine final : public ImagingEngine {
 
  private:
   template <typename... Values>
-  void record(const std::string& name, const Values&... values) {
+  void record(const std::string& name, const Values&... values) const {
     std::ostringstream call;
     call << name;
     ((call << " " << values), ...);

@@ -52,8 +52,11 @@ const Saver kSavers[] = {
 
 TEST_F(Savers, WriteTheCodesOfThePageInTheirOrder) {
   enum { Image, Pdf, Again, ConvertedImage, ConvertedPdf };
-  const std::string g4 = "OutputType 15; TiffCompression 3", jpeg = "TiffCompression 6";
-  const std::string pdf = "OutputType 40; PdfCompression ", plain = "; OutputType 4; TiffCompress";
+  const std::string depth = "BitsPerPixel; ", jpeg = "TiffCompression 6";
+  const std::string g4 = depth + "OutputType 15; TiffCompression 3";
+  const std::string coloured = depth + "OutputType 18; " + jpeg;
+  const std::string pdf = "OutputType 40; " + depth + "PdfCompression ";
+  const std::string plain = "; OutputType 4; TiffCompression 0";
   const struct {
     int saver;
     std::int16_t bits;
@@ -63,19 +66,19 @@ TEST_F(Savers, WriteTheCodesOfThePageInTheirOrder) {
     std::string codes;
   } rows[] = {
       {Image, 1, L"a.jpg", true, 2, g4},
-      {Image, 2, L"a.tif", true, 0, "OutputType 18; " + jpeg + "; Major 20; Minor 16"},
-      {Image, 24, L"a.jpeg", true, 1, "OutputType 18; " + jpeg + "; Major 40; Minor 32"},
-      {Image, 24, L"a.Jpg", true, 2, "OutputType 8; " + jpeg + "; Major 60; Minor 48"},
-      {Image, 8, L"a.JPG", true, 3, "OutputType 8; " + jpeg},
+      {Image, 2, L"a.tif", true, 0, coloured + "; Major 20; Minor 16"},
+      {Image, 24, L"a.jpeg", true, 1, coloured + "; Major 40; Minor 32"},
+      {Image, 24, L"a.Jpg", true, 2, depth + "OutputType 8; " + jpeg + "; Major 60; Minor 48"},
+      {Image, 8, L"a.JPG", true, 3, depth + "OutputType 8; " + jpeg},
       {Image, 24, L"a.jpg", false, 0, "OutputType 4; TiffCompression 4"},
       {Pdf, 1, L"a.pdf", true, 1, pdf + "4"},
       {Pdf, 8, L"a.jpg", true, 1, pdf + "6; Major 40; Minor 32"},
       {Pdf, 24, L"a.pdf", false, -1, pdf + "6; PdfCompression 0"},
       {Pdf, 1, L"a.pdf", false, 0, pdf + "4; PdfCompression 0"},
-      {Again, 8, L"a.tif", true, 0, "OutputType 18; " + jpeg},
-      {Again, 1, L"a.tif", false, 0, g4 + plain + "ion 0"},
+      {Again, 8, L"a.tif", true, 0, coloured},
+      {Again, 1, L"a.tif", false, 0, g4 + plain},
       {ConvertedImage, 1, L"a.tif", true, 0, g4},
-      {ConvertedImage, 24, L"a.jpg", false, 0, "OutputType 18; " + jpeg + plain + "ion 0"},
+      {ConvertedImage, 24, L"a.jpg", false, 0, coloured + plain},
       {ConvertedPdf, 1, L"a.pdf", true, 0, pdf + "4"},
       {ConvertedPdf, 2, L"a.pdf", false, 0, pdf + "6; PdfCompression 0"},
   };
@@ -92,7 +95,8 @@ TEST_F(Savers, WriteTheCodesOfThePageInTheirOrder) {
   // An empty target saves over the source, whatever its name: as TIFF.
   control.bitsPerPixel = 1;
   EXPECT_TRUE(mdlImageProcess::SaveImage(control, L"\\in.jpg", 3, L"", true, 3, true));
-  EXPECT_NE(control.takeCalls().find("TargetFile \\in.jpg; OutputType 15"), std::string::npos);
+  EXPECT_NE(control.takeCalls().find("TargetFile \\in.jpg; " + depth + "OutputType 15"),
+            std::string::npos);
   EXPECT_EQ(station.takeLog(), "");
 }
 
