@@ -1,11 +1,13 @@
 #include "docops/mdlDocumentHelper.h"
 
 #include <algorithm>
+#include <climits>
 #include <exception>
 #include <map>
+#include <optional>
+#include <utility>
 #include <vector>
 
-#include "docstore/Document.h"
 #include "docstore/ScanTree.h"
 #include "export/ScanTreeGuard.h"
 #include "foundation/Failure.h"
@@ -34,22 +36,24 @@ void requireDocumentName(const std::wstring& name) {
   if (!isFolderName(name)) throw Failure(name + L": cannot name a document");
 }
 
-// A document may have an empty list, which `Document` refuses to load.
+// A document may have an empty list, which `readPageList` refuses.
 std::vector<std::wstring> pagesOf(const std::wstring& sDocumentID) {
   const std::wstring list = existingPath(GetDocDataPath(sDocumentID));
   if (mdlFolderAndFile::fileSystem().FileExists(list) &&
       trimmed(fromAnsi(mdlFolderAndFile::fileSystem().ReadFile(list)), L" ").empty()) {
     return {};
   }
-  Document document;
-  if (!document.LoadDocument(sDocumentID)) {
-    throw Failure(sDocumentID + L": its page list cannot be read");
-  }
-  std::vector<std::wstring> pages;
-  for (int index = 1, count = document.PageCount(); index <= count; ++index) {
-    pages.push_back(document.GetPage(static_cast<std::int16_t>(index)));
-  }
-  return pages;
+  std::optional<std::vector<std::wstring>> pages;
+  readPageList(sDocumentID, pages);
+  return std::move(pages).value_or(std::vector<std::wstring>());
+}
+
+// `front` and `end` as one name, of which so much of `front` is left out that a file named so, with
+// `extension`, can be created on every disk.
+std::wstring nameThatFits(std::wstring front, const std::wstring& end,
+                          const std::wstring& extension = {}) {
+  while (!front.empty() && nativePath(front + end + extension).size() > NAME_MAX) front.pop_back();
+  return front + end;
 }
 
 /// The document that a merge creates. Only a folder with a `Doc.dat` is a document. The pages are
@@ -118,9 +122,9 @@ class MergedDocument {
   std::wstring freePageName(std::wstring page) const {
     std::ranges::replace_if(
         page, [](wchar_t c) { return c == L'\\' || c == L'/'; }, L'_');
-    std::wstring name = page;
+    std::wstring name = nameThatFits(page, L"", L".tif");
     for (int number = 2; isTaken(folder_ + name + L".tif"); ++number) {
-      name = page + L"_" + std::to_wstring(number);
+      name = nameThatFits(page, L"_" + std::to_wstring(number), L".tif");
     }
     return name;
   }
@@ -228,7 +232,7 @@ std::wstring MakeOnlyOneFileName(const std::wstring& sDocumentID, std::int16_t i
     };
     if (!isTaken(sDocumentID)) return sDocumentID;
     for (int index = iStartIndex; index <= kLastIndex; ++index) {
-      std::wstring candidate = sDocumentID + L"_" + std::to_wstring(index);
+      std::wstring candidate = nameThatFits(sDocumentID, L"_" + std::to_wstring(index));
       if (!isTaken(candidate)) return candidate;
     }
     return {};

@@ -27,9 +27,9 @@ namespace mdlDocumentHelper {
 /// Creates the document `sNewDocumentID` from the first two items of `aryMergedDoc`: first the
 /// pages of the first document, then those of the second, in the order of their page lists. The
 /// pages are copied byte for byte; the instances are not used, except that an old error of
-/// `ImgPageCount` is cleared. A page keeps its name if it is free. A page that is listed twice is
-/// listed twice in the new document too. The sources are not changed. If the new document is one of
-/// them, in any spelling or through a link, the merge is refused.
+/// `ImgPageCount` is cleared. A page keeps its name if it is free; otherwise it gets a number. A
+/// page that is listed twice is listed twice in the new document too. The sources are not changed.
+/// If the new document is one of them, in any spelling or through a link, the merge is refused.
 ///
 /// The pages are synced to the disk before the page list is written in one step. After a failure or
 /// a crash there is no new document, and an older document of that name is unchanged. The pages of
@@ -51,8 +51,8 @@ bool DeletePage(ImagingEngine& ImgDelete, const std::wstring& sFileName, std::in
 bool DeleteDocumentEx(const std::wstring& sDocumentID);
 
 /// `sDocumentID` itself if no document has that name; otherwise the first free name that consists
-/// of it, "_" and a number from `iStartIndex` to 1000; empty if there is none. The name is not
-/// reserved.
+/// of it, "_" and a number from `iStartIndex` to 1000; empty if there is none. A name that would be
+/// too long for a folder is shortened in front of the "_". The name is not reserved.
 std::wstring MakeOnlyOneFileName(const std::wstring& sDocumentID, std::int16_t iStartIndex = 2);
 
 }  // namespace mdlDocumentHelper

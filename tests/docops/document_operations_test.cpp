@@ -81,8 +81,12 @@ TEST_F(DocumentOperations, AnOlderDocumentIsReplacedByAWholeOneOrKept) {
 }
 
 TEST_F(DocumentOperations, AMergeTakesAnyNameAndAnyPagesOnceAndAgain) {
+  std::string longest;  // with ".tif", of 255 bytes
+  for (int i = 0; i < 83; ++i) longest += "字";
+  const std::string shortened = ".._D1_" + longest.substr(0, 243), second = longest + "_2";
+  longest += "ab";
   const struct {
-    const char* setUp;
+    std::string setUp;
     std::wstring target;
     std::string files;  // of the new document, and its page list
   } cases[] = {{": > D2/Doc.dat", L"N", "Doc.dat a.tif b.tif : a$b$a$\n"},
@@ -92,18 +96,25 @@ TEST_F(DocumentOperations, AMergeTakesAnyNameAndAnyPagesOnceAndAgain) {
                {"", std::wstring(255, L'n'), "Doc.dat a.tif b.tif b_2.tif c.tif : a$b$a$b_2$c$\n"},
                {"mv D1/a.tif D1/A.TIF; mv D2/c.tif D2/A.tif; printf 'A$' > D2/Doc.dat", L"N",
                 "A_2.tif Doc.dat a.tif b.tif : a$b$a$A_2$\n"},
+               {"mv D1/a.tif D1/" + longest + ".tif; mv D2/b.tif D2/" + longest + ".tif; pages='" +
+                    longest + "$'; printf $pages | iconv -t GBK > D1/Doc.dat; " +
+                    "printf \"$pages..\\\\D1\\\\%s\" $pages | iconv -t GBK > D2/Doc.dat",
+                L"N",
+                shortened + ".tif Doc.dat " + second + ".tif " + longest + ".tif : " + longest +
+                    "$" + second + "$" + shortened + "$\n"},
                {"printf '..\\\\D1\\\\b$c$' > D2/Doc.dat; printf 'b$' > D1/Doc.dat", L"N",
                 ".._D1_b.tif Doc.dat b.tif c.tif : b$.._D1_b$c$\n"}};
   for (const auto& c : cases) {
     station.shell("rm -r Batchs");
     SetUp();
-    station.shell(std::string("cd Batchs/B1; ") + c.setUp);
+    station.shell("cd Batchs/B1; " + c.setUp);
     const std::string sources = "cd Batchs/B1; ls D1 D2; cat D1/* D2/*";
     const std::string before = station.shell(sources);
     for (int times = 0; times < 2; ++times) {
       EXPECT_TRUE(merge(c.target, {L"D1", L"D2"})) << c.files;
       if (times == 0) {
-        EXPECT_EQ(station.shell("cd Batchs/B1/[Nn]*; echo $(ls -A) : $(cat Doc.dat)"), c.files);
+        EXPECT_EQ(station.shell("cd Batchs/B1/[Nn]*; echo $(ls -A) : $(iconv -f GBK Doc.dat)"),
+                  c.files);
       }
     }
     EXPECT_EQ(station.shell(sources), before);
@@ -142,9 +153,7 @@ TEST_F(DocumentOperations, AMergeThatCannotBeTouchesNothing) {
                {L"dangling", L"D2", source + folder("dangling") + "File exists\n"},
                {std::wstring(256, L'n'), L"D2",
                 source + folder(std::string(256, 'n')) + "File name too long\n"},
-               {L"N", L"absent",
-                "Document:InitDocument-文档名【absent】找不到当前文档的数据文件【Doc.dat】\n" +
-                    source + "absent: its page list cannot be read\n"}};
+               {L"N", L"absent", source + "文档名【absent】找不到当前文档的数据文件【Doc.dat】\n"}};
   for (const auto& c : cases) {
     for (int times = 0; times < 2; ++times) {
       EXPECT_FALSE(merge(c.target, {L"D1", c.second}));
@@ -182,6 +191,9 @@ TEST_F(DocumentOperations, AFreeNameIsFoundByCounting) {
     station.shell("cd Batchs/B1; mkdir -p $(seq -f D1_%.0f 1 " + std::to_string(last) + ")");
     EXPECT_EQ(helper.MakeOnlyOneFileName(L"D1"), free);
   }
+  const std::wstring longest(255, L'n'), fits = longest.substr(2);
+  station.shell("cd Batchs/B1; mkdir " + toUtf8(longest + L" " + fits + L"_2"));
+  EXPECT_EQ(helper.MakeOnlyOneFileName(longest), fits + L"_3");
 }
 
 TEST_F(DocumentOperations, APageIsDeletedThroughTheInstanceAndItsErrorCounts) {
