@@ -5,6 +5,7 @@
 #include "export/SaveAsDocument.h"
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
+#include "foundation/paths.h"
 #include "foundation/program.h"
 #include "imaging/ImagingControl.h"
 
@@ -19,6 +20,12 @@ auto orNothing(Operation operation) -> decltype(operation()) {
   } catch (const std::exception&) {
     return {};
   }
+}
+
+// In the scan tree the folder, and an older thumbnail, can be spelled in another letter case.
+std::wstring thumbnailOf(const std::wstring& sFilePath) {
+  const std::wstring folder = mdlFolderAndFile::ParentPath(sFilePath, L"\\");
+  return existingPath(existingPath(folder) + sFilePath.substr(folder.size()) + L"_B");
 }
 
 }  // namespace
@@ -111,7 +118,7 @@ void DocumentHelper::writeThumbnail(const std::wstring& sFilePath, std::int16_t 
   thumbnail.hDIB(page.CopyDIB());
   thumbnail.ResizeImage(page.ImageWidth() / ImageThumbSize, page.ImageHeight() / ImageThumbSize);
   thumbnail.OutputType(kSaveJpeg);
-  thumbnail.TargetFile(sFilePath + L"_B");
+  thumbnail.TargetFile(thumbnailOf(sFilePath));
   thumbnail.SaveFile();
 }
 

@@ -49,10 +49,11 @@ FileSystemObject& fileSystem() {
 bool MakeFolderPath(const std::wstring& sPath) {
   if (sPath.empty()) throw systemFailure(ENOENT);
   FileSystemObject& files = fileSystem();
-  if (hasDot(sPath) ? files.FileExists(sPath) : files.FolderExists(sPath)) return true;
+  const std::wstring path = existingPath(sPath);
+  if (hasDot(path) ? files.FileExists(path) : files.FolderExists(path)) return true;
 
-  const std::vector<std::wstring> elements = splitAtBackslash(sPath);
-  const bool isServerPath = sPath.starts_with(L"\\\\");
+  const std::vector<std::wstring> elements = splitAtBackslash(path);
+  const bool isServerPath = path.starts_with(L"\\\\");
   std::wstring current = isServerPath ? L"\\\\" + elements[2] : elements[0];
   for (std::size_t i = isServerPath ? 3 : 1; i < elements.size(); ++i) {
     current += L"\\" + elements[i];

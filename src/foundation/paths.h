@@ -34,8 +34,7 @@ std::wstring entryText(std::string_view entryName);
 /// If a path at or below `Batchs` of the program's folder does not exist as spelled, its names are
 /// looked up one by one: the exact spelling is preferred, then the first entry that differs only in
 /// letter case. Every other path is returned unchanged: one outside the scan tree, one that
-/// contains "..", one that exists, and one that does not exist in any spelling. Code that creates
-/// files or folders does not use this function.
+/// contains "..", one that exists, and one that does not exist in any spelling.
 std::wstring existingPath(const std::wstring& pathText);
 
 /// The spelling of `name` in `folder` (which ends in a separator): the exact one is preferred, then

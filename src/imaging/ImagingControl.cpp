@@ -12,6 +12,7 @@
 #include "foundation/WindowServices.h"
 #include "foundation/durable_file.h"
 #include "foundation/mdlFolderAndFile.h"
+#include "foundation/paths.h"
 #include "foundation/program.h"
 #include "foundation/text_encoding.h"
 #include "imaging/encode_page.h"
@@ -174,7 +175,7 @@ void ImagingControl::SaveFile() {
   guarded(sourceFile_.empty() ? targetFile_ : sourceFile_, [&] {
     loaded();
     const bool overSource = !saveMultiPage_ && targetIsSource();
-    const Findings found = overSource ? saveOverSource() : saveTo(targetFile_);
+    const Findings found = overSource ? saveOverSource() : saveTo(pathToWrite());
     note(found.data);
     logOfPage(L"ICC配置文件未保留", found.profileLeftOut);
     logOfPage(L"分辨率未保留", found.resolutionLeftOut);
@@ -220,6 +221,11 @@ ImagingControl::Findings ImagingControl::saveTo(const std::wstring& path) {
       break;
   }
   return found;
+}
+
+// A file that gets a page can be in the scan tree, as the source.
+std::wstring ImagingControl::pathToWrite() const {
+  return saveMultiPage_ ? existingPath(targetFile_) : targetFile_;
 }
 
 bool ImagingControl::targetIsSource() const {

@@ -101,6 +101,7 @@ class ImagingControl final : public ImagingEngine {
   void logOfPage(const std::wstring& what, const std::wstring& reason) const;
   Findings saveTo(const std::wstring& path);
   Findings saveOverSource();
+  std::wstring pathToWrite() const;
   bool targetIsSource() const;
 
   std::wstring sourceFile_;

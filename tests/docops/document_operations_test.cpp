@@ -297,6 +297,13 @@ TEST(RealComponent, WritesAThumbnailOfPageOne) {
   DocumentHelper helper;
   EXPECT_TRUE(helper.CreateThumbnailImage(station.path(L"x.tif"), 4));
   EXPECT_EQ(station.shell("identify -format '%m %wx%h' x.tif_B"), "JPEG 250x150");
+  // In the scan tree beside the page, over an older one.
+  station.shell("mkdir -p Batchs/B; cp x.tif Batchs/B/X.TIF");
+  for (const wchar_t* page : {L"Batchs\\b\\X.TIF", L"Batchs\\b\\x.tif"}) {
+    EXPECT_TRUE(helper.CreateThumbnailImage(station.path(page), 4));
+  }
+  EXPECT_EQ(station.shell("cd Batchs; ls . B | xargs; identify -format '%m %wx%h' B/X.TIF_B"),
+            ".: B B: X.TIF X.TIF_B\nJPEG 250x150");
   EXPECT_FALSE(helper.CreateThumbnailImage(station.path(L"x.tif"), 2000));
   EXPECT_FALSE(helper.CreateThumbnailImage(station.path(L"absent.tif"), 2));
   station.shell(

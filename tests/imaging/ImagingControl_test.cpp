@@ -6,6 +6,7 @@
 #include "imaging/Random.h"
 #include "imaging/differing_pixels.h"
 #include "imaging/icc.h"
+#include "imaging/mdlImageProcess.h"
 #include "imaging/tiff/tiff_kinds.h"
 #include "support/TempStation.h"
 #include "support/failure_of.h"
@@ -495,6 +496,13 @@ TEST_F(RealEngine, SavingOverTheSourceGivesItUpOnlyForAWholeFile) {
             "cat *.new; stat -c '%a %u %g' P.TIF | diff - stat; find . -links +1 -type f"),
         "None 203x151 Batchs/B/P.TIF\nP.TIF\nP.TIF.new\np.tif.new\nstat\nstranger\nstranger\n");
   }
+  // A page that is added to its own file finds it as well.
+  const std::wstring page = station.path(L"Batchs\\b\\p.tif");
+  for (const std::wstring& target : {std::wstring(), page}) {
+    EXPECT_TRUE(mdlImageProcess::SaveImage(engine, page, 1, target, true, 0, true));
+  }
+  EXPECT_EQ(station.shell("cd Batchs; ls . B | xargs; identify -format '%C %wx%h ' B/P.TIF"),
+            ".: B B: P.TIF P.TIF.new p.tif.new stat\nNone 203x151 JPEG 203x151 JPEG 203x151 ");
 }
 
 TEST_F(RealEngine, ABitmapGoesToAnotherInstanceOnceByItsHandle) {
