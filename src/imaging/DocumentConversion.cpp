@@ -46,6 +46,10 @@ std::wstring withExtension(std::wstring path, std::int16_t SaveFileType) {
   return path;
 }
 
+std::wstring pageFile(const std::wstring& SaveRootPath, int page, std::int16_t SaveFileType) {
+  return SaveRootPath + L"\\" + zeroFilled(page, 3) + extensionOf(SaveFileType);
+}
+
 // Otherwise the source would be deleted, or its pages appended to itself.
 void requireOtherFile(const std::wstring& source, const std::wstring& target) {
   if (mdlFolderAndFile::fileSystem().IsSamePlace(source, target)) {
@@ -76,10 +80,23 @@ bool DocumentConversion::ChangeToPagePDF(const std::wstring& sImageFilePath,
   std::wstring note = L"要转PDF的文件=" + sImageFilePath;
   return convert(sImageFilePath, note, L"ChangeToPagePDF", [&] {
     requireOtherFile(sImageFilePath, sChangedPDFRootPath);
+    requireOtherPageFiles(sImageFilePath, sChangedPDFRootPath, SaveFileType);
     mdlFolderAndFile::FileDelete(sChangedPDFRootPath);
     note = L" sChangedPDFFilePath=" + sChangedPDFRootPath;
     return SaveAsPage(sImageFilePath, SaveFileType, CompressionType, sChangedPDFRootPath);
   });
+}
+
+void DocumentConversion::requireOtherPageFiles(const std::wstring& source, const std::wstring& root,
+                                               std::int16_t SaveFileType) {
+  int pages = 0;
+  try {
+    pages = instances_.ImgControl.FilePageCount(source);
+  } catch (const std::exception&) {  // the conversion reports it
+  }
+  for (int page = 1; page <= pages; ++page) {
+    requireOtherFile(source, pageFile(root, page, SaveFileType));
+  }
 }
 
 bool DocumentConversion::convert(const std::wstring& sImageFilePath, const std::wstring& note,
@@ -128,7 +145,7 @@ bool DocumentConversion::SaveAsPage(const std::wstring& PageFilePath, std::int16
     const int pages = pageCount(PageFilePath);
     for (int page = 1; page <= pages; ++page) {
       savePage(PageFilePath, page, SaveFileType, CompressionType,
-               SaveRootPath + L"\\" + zeroFilled(page, 3) + extensionOf(SaveFileType));
+               pageFile(SaveRootPath, page, SaveFileType));
     }
     endPages();
     return true;

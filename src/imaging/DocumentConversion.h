@@ -28,8 +28,8 @@ class DocumentConversion {
 
   /// Converts `sImageFilePath` into one file for each page in the folder `sChangedPDFRootPath`, and
   /// shows the busy pointer meanwhile. A failure adds a line to the list. `sBatchErrorLogPath` is
-  /// not used. The name of the source is refused as a folder name and logged, because a file of
-  /// that name is deleted first.
+  /// not used. Refused and logged are the name of the source as a folder name, because a file of
+  /// that name is deleted first, and a folder where the source is the file of one of its pages.
   bool ChangeToPagePDF(const std::wstring& sImageFilePath, const std::wstring& sChangedPDFRootPath,
                        const std::wstring& sBatchErrorLogPath, std::int16_t SaveFileType,
                        std::int16_t CompressionType);
@@ -58,6 +58,9 @@ class DocumentConversion {
   /// A failure of `save` is logged under `source`, with the value of `note` at that time.
   bool convert(const std::wstring& sImageFilePath, const std::wstring& note,
                const std::wstring& source, const std::function<bool()>& save);
+  /// Throws Failure if one of the files that `SaveAsPage` will write is the source.
+  void requireOtherPageFiles(const std::wstring& source, const std::wstring& root,
+                             std::int16_t SaveFileType);
   void listFailure(const std::wstring& sImageFilePath);
   void savePage(const std::wstring& PageFilePath, int page, std::int16_t SaveFileType,
                 std::int16_t CompressionType, const std::wstring& target);

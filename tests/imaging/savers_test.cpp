@@ -208,6 +208,20 @@ TEST_F(Savers, ARealFileIsConvertedToADocumentAndToPages) {
     EXPECT_FALSE(convert.ChangeToPagePDF(from, to, L"", 0, 0));
   }
   station.shell("test -L link.tif && cmp in.tif keep && cmp Batchs/B/P.TIF keep");
+  // Nor may a page be added to the file that it comes from. The source has two pages.
+  const std::pair<std::wstring, bool> pageFiles[] = {
+      {L"own\\001.tif", false}, {L"own\\002.tif", false}, {L"link", false},
+      {L"own\\003.tif", true},  {L"own\\01.tif", true},   {L"own\\002.TIF", true}};
+  for (const auto& [source, isConverted] : pageFiles) {
+    const std::wstring from = station.path(source);
+    station.shell("rm -rf own; mkdir own; ln -sf own/002.tif link; cat keep > " +
+                  quoted(nativePath(from)));
+    EXPECT_EQ(convert.ChangeToPagePDF(from, station.path(L"own"), L"", 0, 0), isConverted);
+    EXPECT_EQ(station.takeLog().find(": File exists要转PDF的文件=") == std::string::npos,
+              isConverted);
+    EXPECT_EQ(station.shell("ls own | wc -l"), isConverted ? "3\n" : "1\n") << toUtf8(source);
+    EXPECT_EQ(readBytes(nativePath(from)), station.read("keep"));
+  }
 
   // A page of which nothing can be decoded is left out, and told.
   station.shell(
