@@ -130,7 +130,15 @@ class BatchExport : private ExportListener {
     startOfDocument_ = Clock::now();
   }
 
-  void requireOutputFolder() override { run_.outputFolder.requireAt(settings_.SavePath); }
+  // The operator can have chosen another folder since the last batch.
+  void requireOutputFolder() override {
+    if (settings_.SavePath.empty()) throw Failure(L"成果输出文件夹不能为空！");
+    if (run_.SavePath != settings_.SavePath) {
+      run_.outputFolder = HeldFolder(settings_.SavePath);
+      run_.SavePath = settings_.SavePath;
+    }
+    run_.outputFolder.requireAt(settings_.SavePath);
+  }
 
   void beginPage(int page, int pageCount) override { host_.progress().beginPage(page, pageCount); }
 
@@ -220,12 +228,11 @@ class BatchExport : private ExportListener {
     });
   }
 
-  // A finding that repeats in every pass over a failing batch is logged once.
+  // A finding repeats in every pass over a failing batch.
   void logFinding(const std::wstring& finding) {
     addReason(finding);
     const std::wstring line = L"RunOutPutBatch-档案【" + BatchID_ + L"】" + finding;
-    if (run_.lastFinding == line) return;
-    run_.lastFinding = line;
+    if (!run_.loggedFindings.insert(line).second) return;
     mdlFolderAndFile::LogWrite(line, kApplicationTitle);
   }
 
@@ -234,7 +241,7 @@ class BatchExport : private ExportListener {
   }
 
   RunHost& host_;
-  const ExportSettings& settings_;
+  const ExportSettings settings_;  // a batch keeps to those that it began with
   const std::wstring BatchID_;
   const std::wstring BatchOutputFolder_;
   Run& run_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "batchdb/BatchStore.h"
@@ -13,9 +14,10 @@ namespace orvane {
 /// The state of one run.
 struct Run {
   std::wstring PageNumberMask;
-  HeldFolder outputFolder;  ///< the folder that `SavePath` named at the start of the run
+  std::wstring SavePath;    ///< the output folder of the current batch
+  HeldFolder outputFolder;  ///< the folder that `SavePath` named when it was first used
   WrittenFiles written{};
-  std::wstring lastFinding{};  ///< the last log line about replaced or leftover files
+  std::set<std::wstring> loggedFindings{};  ///< log lines about replaced or leftover files
   RunReport report{};
 };
 
@@ -23,10 +25,10 @@ struct Run {
 /// fails, the scan folder is missing or the update fails, the batch gets a remark instead. If each
 /// batch has its own output folder, the files of a failed batch are removed. A sub-folder that
 /// cannot be examined fails the batch with a log line, and so does an output folder that is no
-/// longer the one of the run's start. Each step is reported to the host's list, its progress and
-/// the run's report.
-/// Throws only what ends the whole run: a field that cannot be read or converted, or a folder that
-/// cannot be listed.
+/// longer the one that `SavePath` named at first. The batch keeps to the options that it began
+/// with. Each step is reported to the host's list, its progress and the run's report. Throws only
+/// what ends the whole run: a field that cannot be read or converted, or a folder that cannot be
+/// listed.
 void exportBatch(RunHost& host, const Recordset& record, Run& run);
 
 }  // namespace orvane

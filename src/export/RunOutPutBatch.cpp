@@ -66,7 +66,8 @@ void RunOutPutBatch(RunHost& host) {
   bool running = false;
   try {
     if (!checkOutputFolder(host.settings().SavePath)) return;
-    Run run{pageNumberMask(host.txtLiuShui()), HeldFolder(host.settings().SavePath)};
+    const std::wstring SavePath = host.settings().SavePath;
+    Run run{pageNumberMask(host.txtLiuShui()), SavePath, HeldFolder(SavePath)};
     running = true;
     host.setIsStopRequested(false);
     showRunning(host, true);

@@ -41,7 +41,8 @@ struct DocumentExport {
   bool IsPageFile;                 ///< true: one file per page; false: one multi-page file
   std::int16_t CompressionType;    ///< 0 compresses, any other value does not
   std::int16_t CompressionRatios;  ///< 0, 1 or 2 selects the JPEG factors
-  std::wstring SavePath;  ///< the output folder, with or without a final `\`; created if missing
+  std::wstring SavePath;  ///< the output folder, with or without a final `\`; created if missing;
+                          ///< empty: the root folder
   std::wstring SubFolderType;  ///< despite its name, the mask of the page number
   std::wstring NewDocumentID;  ///< the front of the output names; may be empty
 };

@@ -77,7 +77,7 @@ OutputGuard::OutputGuard(const std::wstring& outputFolder, const std::wstring& d
     : folderText_(mdlFolderAndFile::AppendBackslash(outputFolder)) {
   std::vector<std::wstring> paths = scanTreeOfBatch();
   paths.push_back(GetDocumentPath(documentName));
-  paths.push_back(outputFolder);
+  paths.push_back(folderText_);
   scanTree_ = resolvedPlaces(paths);
   outputFolder_ = std::move(scanTree_.back());
   scanTree_.pop_back();

@@ -37,7 +37,7 @@ class HeldFolder {
 /// Keeps the output of one document out of the scan tree and inside its output folder.
 class OutputGuard {
  public:
-  /// @param outputFolder  the output folder of the document; need not exist yet.
+  /// @param outputFolder  the output folder of the document; need not exist yet. Empty: the root.
   /// @param documentName  a document of the current batch.
   /// Throws Failure if the folder is inside the scan tree.
   OutputGuard(const std::wstring& outputFolder, const std::wstring& documentName);

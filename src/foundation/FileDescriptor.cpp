@@ -47,6 +47,13 @@ FileDescriptor::~FileDescriptor() {
 FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept
     : number_(std::exchange(other.number_, -1)), path_(std::move(other.path_)) {}
 
+// The file that was open until now is closed with `other`.
+FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
+  std::swap(number_, other.number_);
+  path_.swap(other.path_);
+  return *this;
+}
+
 FileDescriptor FileDescriptor::openRegularFile(const std::wstring& path) {
   // Without O_NONBLOCK, opening a pipe would wait for a writer.
   FileDescriptor file = openInAnyCase(path, O_RDONLY | O_NONBLOCK);

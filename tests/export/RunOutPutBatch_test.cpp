@@ -131,6 +131,32 @@ TEST_F(RunOutPutBatch, OutcomesOfABatch) {
   }
 }
 
+TEST_F(RunOutPutBatch, ABatchKeepsToTheOutputFolderThatItBeganWith) {
+  station.createTable({"B1", "B2", "B3"});
+  for (const char* document : {"B1/D1", "B1/D2", "B2/D1", "B3/D1"}) {
+    station.addDocument(document, {"P"});
+  }
+  station.shell("mkdir output/other");
+  std::vector<std::wstring> chosen{L"", station.outputText() + L"\\none",
+                                   station.outputText() + L"\\other"};
+  host.whenLineAdded = [&](const std::string& line) {  // the operator chooses during a batch
+    if (!line.starts_with("D1 ") || chosen.empty()) return;
+    host.options.SavePath = chosen.front();
+    chosen.erase(chosen.begin());
+  };
+  const std::string exported = "D1 导出成功！|档案导出成果成功！| |";
+  const std::string failed = "档案：B2开始导出...|D1 导出失败！| |";
+  EXPECT_EQ(run(), "档案：B1开始导出...|D1 导出成功！|D2 导出成功！|档案导出成果成功！| |" +
+                       failed + failed + "档案：B2开始导出...|" + exported +
+                       "档案：B3开始导出...|" + exported + " 没有扫描完成的档案！|");
+  EXPECT_EQ(station.outputFiles(), (Files{"B1/D1-001.tif", "B1/D2-001.tif", "other/B2/D1-001.tif",
+                                          "other/B3/D1-001.tif"}));
+  const std::string source = "Orvane成果导出:RunOutPutBatch-";
+  EXPECT_EQ(station.takeLog(), source + "成果输出文件夹不能为空！\n" + source +
+                                   toUtf8(station.outputText()) +
+                                   "\\none: No such file or directory\n");
+}
+
 TEST_F(RunOutPutBatch, FilesReplacedInTheSameRunOrLeftFromAnEarlierExportAreLogged) {
   const auto replaced = [](const std::string& batch, int count, const std::string& of) {
     return "档案【" + batch + "】替换了本次导出中已写出的 " + std::to_string(count) +
@@ -247,6 +273,28 @@ TEST_F(RunOutPutBatch, FilesReplacedInTheSameRunOrLeftFromAnEarlierExportAreLogg
     EXPECT_EQ(told, c.told.empty()
                         ? ""
                         : "Orvane成果导出:RunOutPutBatch-" + c.told + output + "\\" + file + "\n");
+  }
+}
+
+TEST_F(RunOutPutBatch, EachOfTwoFindingsThatRepeatIsLoggedOnce) {
+  station.createTable({"B1"});
+  station.query(
+      "create trigger t before update of BatchState on T_BatchInfo "
+      "begin select raise(fail, 'refused'); end");
+  for (const char* document : {"B1/D1", "B1/D2"}) station.addDocument(document, {"P"});
+  station.shell("mkdir output/B1; touch output/B1/old");
+  host.options.ReNameFormat = kNameOfPage;
+  int passes = 0;
+  host.whenLineAdded = [&](const std::string& line) {
+    if (line == " " && ++passes == 3) host.setIsStopRequested(true);
+  };
+  run();
+  const std::string log = station.takeLog();
+  for (const auto& [text, times] :
+       {std::pair{"替换了", 1}, {"不是这次写出的", 1}, {"refused", 3}}) {
+    int count = 0;
+    for (auto at = log.find(text); at != log.npos; at = log.find(text, at + 1)) ++count;
+    EXPECT_EQ(count, times) << log;
   }
 }
 

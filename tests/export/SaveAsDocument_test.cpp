@@ -79,6 +79,10 @@ TEST_F(SaveAsDocument, WritesTheFilesOfEachFormUnderTheirNamesAndOverOlderOnes) 
               c.files + "\n" + c.firstBytes);
   }
   EXPECT_EQ(station.shell("qpdf --show-npages output/sub.dir/D1_.pdf"), "3\n");
+  // Without an output folder, the names begin at the root folder.
+  station.shell("rm output/sub.dir/*");
+  EXPECT_TRUE(save(false, L"", out.substr(1) + L"\\sub.dir\\D1_"));
+  EXPECT_EQ(station.outputFiles(), (Files{"sub.dir/D1_.tif"}));
   EXPECT_EQ(station.takeLog(), "");
   EXPECT_EQ(control.SourceFile(), L"");
   EXPECT_EQ(merge.calls, (std::vector<std::string>{"SourceFile", "Refresh", "Picture"}));
