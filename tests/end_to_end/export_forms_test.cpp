@@ -65,7 +65,7 @@ class ExportForms : public testing::TestWithParam<Form> {
   static void SetUpTestSuite() {
     Screen::forAllTests();
     sample = std::make_unique<ExportStation>();
-    outputOf(SAMPLE_STATION " " + quoted(sample->native()) + " --small");
+    outputOf(quoted(std::string(SAMPLE_STATION)) + " " + quoted(sample->native()) + " --small");
   }
   static void TearDownTestSuite() { sample.reset(); }
 
@@ -124,9 +124,9 @@ TEST_P(ExportForms, ExportsAllWaitingBatches) {
   EXPECT_EQ(person.listEndingWith(" 没有扫描完成的档案！"), kList);
   EXPECT_EQ(person.leave(), 0);
 
-  EXPECT_EQ(
-      station.shell("cd output && find * -type f | xargs -n 1 -P 2 " JUDGE " | LC_ALL=C sort"),
-      expectedPages());
+  EXPECT_EQ(station.shell("cd output && find * -type f | xargs -n 1 -P 2 " +
+                          quoted(std::string(JUDGE)) + " | LC_ALL=C sort"),
+            expectedPages());
   EXPECT_EQ(station.query("select BatchState, count(*), count(Remark) from T_BatchInfo "
                           "group by BatchState order by BatchState"),
             "完成成果输出|3|0\n正在扫描|1|0\n");

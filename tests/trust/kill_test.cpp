@@ -43,9 +43,11 @@ class Kill : public testing::Test {
   // exit code.
   int runAndKill(long at) const {
     try {
-      Operator person(station, "LD_PRELOAD=" FAULTS " KILL_AT_CALL=" + std::to_string(at) +
-                                   " KILL_FOLDER=" + quoted(station.native()) +
-                                   " CALLS_FILE=" + quoted(station.native("calls")));
+      // By its name only, because the loader splits LD_PRELOAD at blanks.
+      Operator person(
+          station, "LD_PRELOAD=" FAULTS " LD_LIBRARY_PATH=" + quoted(std::string(FAULTS_FOLDER)) +
+                       " KILL_AT_CALL=" + std::to_string(at) + " KILL_FOLDER=" +
+                       quoted(station.native()) + " CALLS_FILE=" + quoted(station.native("calls")));
       person.pressRun();
       return person.leave();
     } catch (const NoWindow& end) {
