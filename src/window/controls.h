@@ -58,7 +58,7 @@ void buildControls(QWidget& window);
 /// Returns the control with an object name. It must exist and have this type.
 template <typename Control>
 Control& control(const QWidget& window, const QString& name) {
-  auto* found = window.findChild<Control*>(name);
+  auto* found = dynamic_cast<Control*>(window.findChild<QWidget*>(name));
   Q_ASSERT(found != nullptr);
   return *found;
 }

@@ -19,7 +19,7 @@ class Station : public testing::Test {
  protected:
   template <typename Control = QWidget>
   Control& find(const char* name) {
-    auto* found = window.findChild<Control*>(QString::fromLatin1(name));
+    auto* found = dynamic_cast<Control*>(window.findChild<QWidget*>(QString::fromLatin1(name)));
     if (found == nullptr) throw std::runtime_error(name);
     return *found;
   }

@@ -12,6 +12,9 @@
 #include "sample_text.h"
 
 namespace orvane::sample {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // All coordinates are in points; the painter scales them to the resolution.
@@ -25,7 +28,7 @@ const QColor kInk(38, 36, 38);
 const QColor kHeadRed(200, 34, 40);
 
 QFont pageFont(double size) {
-  static const QString kFamily = u"WenQuanYi Micro Hei"_qs;
+  static const QString kFamily = u"WenQuanYi Micro Hei"_s;
   if (!QFontDatabase::hasFamily(kFamily)) {
     throw std::runtime_error("the font WenQuanYi Micro Hei is not installed (fonts-wqy-microhei)");
   }
@@ -68,7 +71,7 @@ void setCentred(QPainter& painter, const QString& text, double size, double y) {
 
 void setPageNumber(QPainter& painter, std::uint64_t seed) {
   painter.setPen(kInk);
-  setCentred(painter, u"— "_qs + QString::number(1 + seed % 40) + u" —"_qs, 12, 776);
+  setCentred(painter, u"— "_s + QString::number(1 + seed % 40) + u" —"_s, 12, 776);
 }
 
 void fillWithSections(QPainter& painter, double y, double size, Column column, Noise& noise) {
@@ -81,14 +84,14 @@ void fillWithSections(QPainter& painter, double y, double size, Column column, N
 
 void drawNotice(QPainter& painter, Noise& noise) {
   painter.setPen(kHeadRed);
-  setCentred(painter, u"云岭县档案管理办公室文件"_qs, 33, 84);
+  setCentred(painter, u"云岭县档案管理办公室文件"_s, 33, 84);
   painter.setPen(kInk);
   setCentred(painter, documentNumber(noise), 14, 140);
   painter.fillRect(QRectF(kLeft, 166, kRight - kLeft, 2.4), kHeadRed);
   painter.setPen(kInk);
   setCentred(painter, noticeTitle(noise), 21, 190);
   const Column column{kLeft, kRight, kBottom};
-  const double y = setText(painter, u"各有关单位："_qs, 15, column, 258);
+  const double y = setText(painter, u"各有关单位："_s, 15, column, 258);
   fillWithSections(painter, y, 15, column, noise);
 }
 
@@ -98,8 +101,8 @@ void drawSigned(QPainter& painter, Noise& noise) {
   y = setText(painter, paragraph(4, noise), 15, column, y);
   y = setText(painter, paragraph(3, noise), 15, column, y);
   const Column signature{330, kRight, kBottom};
-  setText(painter, u"云岭县档案管理办公室"_qs, 15, signature, y + 60);
-  setText(painter, u"　2023年11月6日"_qs, 15, signature, y + 88);
+  setText(painter, u"云岭县档案管理办公室"_s, 15, signature, y + 60);
+  setText(painter, u"　2023年11月6日"_s, 15, signature, y + 88);
   drawSeal(painter, QPointF(405, y + 84), noise);
   drawSignature(painter, QPointF(120, y + 96), noise);
 }
@@ -111,7 +114,7 @@ void drawRegister(QPainter& painter, Noise& noise) {
   constexpr double kHead = 118;
   constexpr double kRow = 31;
   constexpr int kRows = 20;
-  setCentred(painter, u"卷 内 文 件 目 录"_qs, 24, 66);
+  setCentred(painter, u"卷 内 文 件 目 录"_s, 24, 66);
   painter.setPen(QPen(kInk, 1.0));
   for (int line = 0; line <= kRows + 1; ++line) {
     const double y = kHead + line * kRow;

@@ -6,6 +6,9 @@
 #include <numbers>
 
 namespace orvane::sample {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr double kSealRadius = 56;
@@ -49,7 +52,7 @@ void drawSeal(QPainter& painter, QPointF centre, Noise& noise) {
   painter.setPen(Qt::NoPen);
   painter.drawPolygon(star(17));
   painter.setPen(kSealRed);
-  drawRimText(painter, u"云岭县档案管理专用章"_qs);
+  drawRimText(painter, u"云岭县档案管理专用章"_s);
   painter.setPen(Qt::NoPen);
   painter.setBrush(QColor(250, 248, 242));
   painter.setOpacity(0.7);

@@ -3,6 +3,9 @@
 #include <array>
 
 namespace orvane::sample {
+
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr std::array kTitles{
@@ -64,17 +67,17 @@ QString noticeTitle(Noise& noise) {
 }
 
 QString documentNumber(Noise& noise) {
-  return u"档发〔2023〕"_qs + QString::number(1 + noise.below(120)) + u"号"_qs;
+  return u"档发〔2023〕"_s + QString::number(1 + noise.below(120)) + u"号"_s;
 }
 
 QString sectionHeading(int number, Noise& noise) {
-  static const QString kNumerals = u"一二三四五六七八九"_qs;
-  return u"　　"_qs + QString(kNumerals[(number - 1) % kNumerals.size()]) + u"、"_qs +
+  static const QString kNumerals = u"一二三四五六七八九"_s;
+  return u"　　"_s + QString(kNumerals[(number - 1) % kNumerals.size()]) + u"、"_s +
          anyOf(kHeadings, noise);
 }
 
 QString paragraph(int sentences, Noise& noise) {
-  QString text = u"　　"_qs;
+  QString text = u"　　"_s;
   std::size_t at = noise.below(kSentences.size());
   for (int i = 0; i < sentences; ++i) {
     text += QString::fromUtf16(kSentences[at]);
@@ -90,12 +93,12 @@ QString photoCaption(Noise& noise) {
 QStringList registerRow(int number, Noise& noise) {
   const auto pages = 1 + noise.below(28);
   return {QString::number(number),
-          u"档发"_qs + QString::number(10 + noise.below(190)) + u"号"_qs,
+          u"档发"_s + QString::number(10 + noise.below(190)) + u"号"_s,
           anyOf(kAuthors, noise),
           anyOf(kRegisterTitles, noise),
-          u"2023"_qs + twoDigits(1 + noise.below(12)) + twoDigits(1 + noise.below(28)),
+          u"2023"_s + twoDigits(1 + noise.below(12)) + twoDigits(1 + noise.below(28)),
           QString::number(pages),
-          noise.below(6) == 0 ? u"复印件"_qs : QString()};
+          noise.below(6) == 0 ? u"复印件"_s : QString()};
 }
 
 }  // namespace orvane::sample
