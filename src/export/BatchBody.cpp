@@ -81,8 +81,8 @@ class BatchExport : private ExportListener {
       endDocument(isExported, reason);
       if (!isExported) {
         logReplacedFiles();
-        deleteOutput(scans);
-        reportFailure(host_, name + L" 导出失败！", reason);
+        const std::wstring kept = deleteOutput(scans);
+        reportFailure(host_, name + L" 导出失败！", kept.empty() ? reason : reason + L"\n" + kept);
         return false;
       }
       reportDocument(host_, name);
@@ -199,16 +199,33 @@ class BatchExport : private ExportListener {
     requireOutputFolder();
   }
 
-  // Deletes nothing if another folder has replaced the output folder of the run.
-  void deleteOutput(const ScansOfBatch& scans) {
-    if (settings_.IsCreateBatchFolder && run_.outputFolder.isAt(settings_.SavePath)) {
+  // Deletes nothing if another folder has replaced the output folder of the run. Returns why the
+  // folder of the batch is kept, if it is.
+  std::wstring deleteOutput(const ScansOfBatch& scans) {
+    if (!settings_.IsCreateBatchFolder || !run_.outputFolder.isAt(settings_.SavePath)) return {};
+    try {
+      requireNoFileOfAnotherBatch();
       const bool isDeleted = deleteBatchOutputFolder(settings_.SavePath, BatchID_, scans);
       run_.written.forgetBatch();
-      if (!isDeleted) return;
-      sum_.pages = sum_.files = 0;
-      sum_.bytes = 0;
-      addReason(L"这一批的成果文件夹已删除");
+      if (!isDeleted) return {};
+    } catch (const std::exception& refusal) {
+      const std::wstring kept = description(refusal);
+      mdlFolderAndFile::LogWrite(L"RunOutPutBatch-" + kept, kApplicationTitle);
+      addReason(kept);
+      return kept;
     }
+    sum_.pages = sum_.files = 0;
+    sum_.bytes = 0;
+    addReason(L"这一批的成果文件夹已删除");
+    return {};
+  }
+
+  // On a disk that ignores letter case, two batches can have the same folder.
+  void requireNoFileOfAnotherBatch() const {
+    const WrittenFiles::Finding others = run_.written.ofOtherBatchesIn(BatchOutputFolder_);
+    if (others.count == 0) return;
+    throw Failure(L"输出文件夹里有本次导出的档案【" + others.batch + L"】的文件，不删除：" +
+                  BatchOutputFolder_);
   }
 
   void logReplacedFiles() {

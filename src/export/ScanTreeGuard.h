@@ -82,7 +82,9 @@ class ScansOfBatch {
 };
 
 /// Deletes `SavePath\BatchID` with all its contents, after a document of the current batch has
-/// failed. A folder that `scans` refuses is kept, and a log line says so. A failure of the deletion
+/// failed. Throws Failure, with a reason for the operator, for a folder that is kept: one that
+/// `scans` refuses, and one that the disk stores under another spelling of the name, because on a
+/// disk that ignores letter case it is the folder of another batch. A failure of the deletion
 /// itself is silent. Returns true if the folder existed and was deleted.
 bool deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID,
                              const ScansOfBatch& scans);

@@ -41,6 +41,20 @@ bool diskKnowsLetterCase(const std::wstring& file, const struct stat& status) {
          found.st_mtim.tv_nsec != status.st_mtim.tv_nsec;
 }
 
+// Calls `visit` with the path of every file below a folder that may not exist.
+template <typename Visit>
+void visitFiles(const std::wstring& folder, Visit visit) {
+  std::error_code error, ignored;
+  const fs::path root = fs::path(nativePath(folder)).lexically_normal();
+  for (fs::recursive_directory_iterator entry(root, error), end; !error && entry != end;
+       entry.increment(error)) {
+    if (!fs::is_directory(entry->symlink_status(ignored))) visit(entry->path());
+  }
+  if (error && error != std::errc::no_such_file_or_directory) {
+    throw systemFailure(error.value(), folder);
+  }
+}
+
 }  // namespace
 
 void WrittenFiles::beginBatch(const std::wstring& BatchID) {
@@ -91,26 +105,34 @@ void WrittenFiles::replace(const FileIdentity& older, const std::wstring& path) 
 
 WrittenFiles::Finding WrittenFiles::notWrittenIn(const std::wstring& folder) const {
   Finding finding;
-  std::error_code error, ignored;
-  const fs::path root = fs::path(nativePath(folder)).lexically_normal();
-  for (fs::recursive_directory_iterator entry(root, error), end; !error && entry != end;
-       entry.increment(error)) {
-    if (fs::is_directory(entry->symlink_status(ignored)) || isOfThisPass(entry->path())) continue;
-    const std::wstring file = pathText(entry->path());
+  visitFiles(folder, [&](const fs::path& native) {
+    if (isOfThisPass(native)) return;
+    const std::wstring file = pathText(native);
     if (finding.count++ == 0 || file < finding.first) finding.first = file;
-  }
-  if (error && error != std::errc::no_such_file_or_directory) {
-    throw systemFailure(error.value(), folder);
-  }
+  });
+  return finding;
+}
+
+WrittenFiles::Finding WrittenFiles::ofOtherBatchesIn(const std::wstring& folder) const {
+  Finding finding;
+  visitFiles(folder, [&](const fs::path& native) {
+    const std::optional<Writer> writer = writerOf(native);
+    if (!writer || writer->batch == now_.batch || finding.count++ > 0) return;
+    finding.first = pathText(native);
+    finding.batch = batches_[writer->batch];
+  });
   return finding;
 }
 
 // The file system may list a name in another spelling, so the file's identity is compared as well.
 bool WrittenFiles::isOfThisPass(const fs::path& file) const {
-  if (namesOfPass_.contains(hashOf(file))) return true;
+  return namesOfPass_.contains(hashOf(file)) || writerOf(file) == now_;
+}
+
+std::optional<WrittenFiles::Writer> WrittenFiles::writerOf(const fs::path& file) const {
   struct stat status {};
-  if (lstat(file.c_str(), &status) != 0) return false;
-  return writerOf({status.st_dev, status.st_ino}, pathText(file)) == now_;
+  if (lstat(file.c_str(), &status) != 0) return std::nullopt;
+  return writerOf(identityOf(status), pathText(file));
 }
 
 std::optional<WrittenFiles::Writer> WrittenFiles::writerOf(const FileIdentity& file,

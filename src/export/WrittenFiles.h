@@ -52,6 +52,9 @@ class WrittenFiles {
   /// not exist. Throws Failure if the folder cannot be listed.
   Finding notWrittenIn(const std::wstring& folder) const;
 
+  /// The files below a folder that other batches of this run have written. As `notWrittenIn`.
+  Finding ofOtherBatchesIn(const std::wstring& folder) const;
+
   /// Forgets the files of the batch, after they were deleted.
   void forgetBatch();
 
@@ -82,6 +85,7 @@ class WrittenFiles {
 
   Disk& diskOf(dev_t device, const std::wstring& path);
   std::optional<Writer> writerOf(const FileIdentity& file, const std::wstring& path) const;
+  std::optional<Writer> writerOf(const std::filesystem::path& file) const;
   bool isOfThisPass(const std::filesystem::path& file) const;
 
   std::vector<std::wstring> batches_;

@@ -339,6 +339,40 @@ TEST_F(RunOutPutBatch, NeverDeletesTheProgramOrTheScans) {
   }
 }
 
+TEST_F(RunOutPutBatch, AFailureDeletesNoFileOfAnotherBatch) {
+  struct StoresSmallLetters : FileSystemObject {  // and finds a name in any letter case
+    std::vector<std::wstring> SubFolders(const std::wstring& path) override {
+      auto names = FileSystemObject::SubFolders(path);
+      if (path.ends_with(L"output")) names = {L"ab"};
+      return names;
+    }
+  };
+  const struct {
+    bool storesSmallLetters;
+    std::string before, reason;
+  } cases[] = {{true, "mkdir AB; touch AB/old", "输出文件夹在磁盘上的名字与批次名写法不同"},
+               {false, "mkdir ab; touch ab/old; ln -s ab AB",
+                "输出文件夹里有本次导出的档案【ab】的文件，不删除："}};
+  station.addDocument("ab/D1", {"P"});
+  station.addDocument("AB/D2", {"P", "missing"});
+  host.whenLineAdded = [&](const std::string& line) {
+    if (line == "D2 导出失败！") host.setIsStopRequested(true);
+  };
+  for (const auto& c : cases) {
+    station.shell("rm -rf Log output; mkdir output; cd output; " + c.before);
+    station.createTable({"ab", "AB"});
+    gFileSystem.reset(c.storesSmallLetters ? new StoresSmallLetters : nullptr);
+    run();
+    gFileSystem.reset();
+    EXPECT_EQ(station.shell("cd output/AB; ls | grep -v D1 | xargs"), "D2-001.tif old\n");
+    EXPECT_TRUE(fs::exists(station.output("ab/D1-001.tif")));
+    EXPECT_NE(host.reasons.back().find("\n" + c.reason), std::string::npos);
+    EXPECT_NE(station.shell("cat Log/*-*.txt").find("\tD2 导出失败；" + c.reason),
+              std::string::npos);
+    EXPECT_NE(station.takeLog().find("RunOutPutBatch-" + c.reason), std::string::npos);
+  }
+}
+
 TEST_F(RunOutPutBatch, AnUnreadableFieldEndsTheRunAndResetsTheButtons) {
   const struct {
     std::string change, lines, reason;
