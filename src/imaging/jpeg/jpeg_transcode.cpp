@@ -97,7 +97,7 @@ std::optional<Survey> surveyOf(const Strips& strips) {
     const std::optional<JpegSource> strip = strips.read(i);
     if (!strip) return std::nullopt;
     if (!survey) {
-      survey = Survey{.first = *strip, .coarsestSteps = {}};
+      survey = Survey{.first = static_cast<const JpegHeader&>(*strip), .coarsestSteps = {}};
       survey->coarsestSteps.resize(strip->components.size());
     } else if (!sameSampling(survey->first, *strip)) {
       return std::nullopt;

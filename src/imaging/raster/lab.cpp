@@ -73,8 +73,8 @@ double cubed(double value) {
 class RgbCurve {
  public:
   RgbCurve() {
-    for (std::size_t i = 0; i < codes_.size(); ++i) {
-      const double light = static_cast<double>(i) / kLast;
+    for (std::size_t i = 0; i < kSteps; ++i) {
+      const double light = (static_cast<double>(i) + 0.5) / kSteps;
       const double code =
           light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
       codes_[i] = static_cast<std::uint8_t>(std::lround(code * 255));
@@ -82,12 +82,13 @@ class RgbCurve {
   }
 
   std::uint8_t code(double light) const {
-    return codes_[static_cast<std::size_t>(std::clamp(light, 0.0, 1.0) * kLast + 0.5)];
+    const double step = std::clamp(light * kSteps, 0.0, kSteps - 1.0);
+    return codes_[static_cast<std::size_t>(step)];
   }
 
  private:
-  static constexpr double kLast = 16383;
-  std::array<std::uint8_t, 16384> codes_{};
+  static constexpr std::size_t kSteps = 16384;
+  std::array<std::uint8_t, kSteps> codes_{};
 };
 
 struct Lab {
