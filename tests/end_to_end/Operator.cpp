@@ -74,8 +74,8 @@ void Operator::chooseFolder(const std::string& path) const {
   click(364, 40);
   waitForBox("成果输出文件夹");
   const std::string chooser = windowOf("成果输出文件夹");
-  runCommand("xdotool windowfocus --sync " + chooser + " key Tab ctrl+a type " + quoted(path));
-  runCommand("xdotool key Return");
+  runCommand("printf %s " + quoted(path) + " | xclip -selection clipboard >/dev/null 2>&1");
+  runCommand("xdotool windowfocus --sync " + chooser + " key Tab ctrl+a ctrl+v Return");
   waitFor("the end of the chooser", [&] { return windowOf("成果输出文件夹").empty(); });
 }
 

@@ -91,8 +91,9 @@ TEST_F(Disturbances, AFailedBatchIsTriedAgainUntilStop) {
 }
 
 TEST_F(Disturbances, WaitsForALockedDatabaseUntilItIsFreeOrTheOperatorActs) {
-  FILE* const scanning = popen(("sqlite3 " + quoted(station.native("Orvane.dll"))).c_str(), "we");
-  std::fprintf(scanning, "begin exclusive;\n.shell touch %s\n", station.native("locked").c_str());
+  FILE* const scanning =
+      popen(("cd " + quoted(station.native()) + " && sqlite3 Orvane.dll").c_str(), "we");
+  std::fputs("begin exclusive;\n.shell touch locked\n", scanning);
   std::fflush(scanning);
   waitFor("the lock", [&] { return fs::exists(station.native("locked")); });
   Operator impatient(station);

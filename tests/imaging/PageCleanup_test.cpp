@@ -94,7 +94,8 @@ TEST_F(Cleanup, ARealFileIsCleanedPageByPageAndAddedTo) {
       "conv=notrunc && cp out.tif before.tif");
   EXPECT_FALSE(run(realCleanup, station.path(L"in.tif")));
   station.shell(
-      "grep -a 'Err:.*in.tif: the page cannot be decoded' err.log && cmp out.tif before.tif");
+      "LC_ALL=C grep -a 'Err:.*in.tif: the page cannot be decoded' err.log && cmp out.tif "
+      "before.tif");
 }
 
 }  // namespace
