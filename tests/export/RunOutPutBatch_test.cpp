@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <regex>
-#include <thread>
 
 #include "batchdb/SqliteStore.h"
 #include "export/ExportStation.h"
@@ -12,6 +11,7 @@
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "settings/ExportSettings.h"
+#include "support/Process.h"
 
 namespace orvane {
 namespace {
@@ -543,7 +543,7 @@ class RunWithWorkers : public testing::Test {
       draw $colour 8 -type Palette -compress LZW palette.tif
       draw $colour 8 -colorspace CMYK -compress LZW cmyk.tif
       cp g4.tif early.tif && tiffset -s 278 160 early.tif && tiffset -s 257 160 early.tif
-      cp g4.tif bad.tif && dd if=/dev/zero of=bad.tif bs=1 seek=400 count=60 conv=notrunc status=none
+      cp g4.tif bad.tif && dd if=/dev/zero of=bad.tif bs=1 seek=40 count=60 conv=notrunc status=none
       document() { mkdir -p ../good/$1; name=$1; shift
         for page; do [ $page = missing ] || cp $page.tif ../good/$name; printf "$page$" >>../good/$name/Doc.dat; done; }
       document Good/D1 g4 lzw1 gray
@@ -559,16 +559,15 @@ class RunWithWorkers : public testing::Test {
       find ../good -exec touch -d '1 hour ago' {} +)");
   }
 
-  // True once a worker holds the page open: it is being prepared, or it is ready.
-  static bool waitUntilOpen(const std::string& page) {
-    for (int i = 0; i < 100'000; ++i) {
+  // Until a worker holds the page open: it is being prepared, or it is ready.
+  static void waitUntilOpen(const std::string& page) {
+    test::waitFor("a worker that has opened " + page, [&] {
       for (const auto& entry : fs::directory_iterator("/proc/self/fd")) {
         std::error_code gone;
         if (fs::read_symlink(entry, gone).string().ends_with(page)) return true;
       }
-      std::this_thread::yield();
-    }
-    return false;
+      return false;
+    });
   }
 
   Trace run(const ExportSettings& options, unsigned workers) {
@@ -577,7 +576,7 @@ class RunWithWorkers : public testing::Test {
     host.stopAfterBatch = true;
     host.whenLineAdded = [&](const std::string& line) {
       if (line != "D2 导出成功！") return;
-      EXPECT_TRUE(workers == 0 || waitUntilOpen("Good/D3/palette.tif"));
+      if (workers > 0) waitUntilOpen("Good/D3/palette.tif");
       station.shell("cp p/gray.tif Batchs/Good/D3/palette.tif");
     };
     Trace trace;
