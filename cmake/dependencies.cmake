@@ -1,4 +1,4 @@
-# All are packages of Debian 12; tools/install-packages installs missing ones.
+# All are packages of Debian 12 and 13; tools/install-packages installs missing ones.
 find_package(PkgConfig REQUIRED)
 find_package(Qt6 REQUIRED COMPONENTS Widgets)
 find_package(GTest REQUIRED)
