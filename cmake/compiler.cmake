@@ -1,5 +1,5 @@
-# All targets have the same warnings. CMAKE_COMPILE_WARNING_AS_ERROR, which the presets set, makes them
-# errors; without it, a newer compiler with more of them can still build the program.
+# All targets have the same warnings. CMAKE_COMPILE_WARNING_AS_ERROR makes them errors: the presets
+# set it, and without it a compiler that has more of them still builds the program.
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # GCC 12 has false positives for "literal" + std::string (GCC bug 105651).
