@@ -10,6 +10,7 @@
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
 #include "foundation/Failure.h"
+#include "foundation/StagedFile.h"
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
@@ -80,6 +81,7 @@ void exportPages(const DocumentExport& order, const Document& document, const Ou
     guard.requireFolder();
   };
   const std::int16_t pageCount = document.PageCount();
+  std::optional<StagedFile> staged;  // for a share on which the file cannot grow
   for (int index = 1; index <= pageCount; ++index) {
     listener.beginPage(index, pageCount);
     const auto page = static_cast<std::int16_t>(index);
@@ -90,8 +92,13 @@ void exportPages(const DocumentExport& order, const Document& document, const Ou
     UnfinishedFile file(target, requireOutput);
     if (append && !older) throw systemFailure(ENOENT, target);  // the first pages are lost
     if (older && !append) listener.replace(*older, target);
-    exportPage(order, GetPagePath(document.DocName(), document.GetPage(page)), target, page, append,
-               requireOutput);
+    if (append && page == 2 && StagedFile::isNeededFor(target)) staged.emplace(target);
+    exportPage(order, GetPagePath(document.DocName(), document.GetPage(page)),
+               staged ? staged->path() : target, page, append, requireOutput);
+    if (staged && page == pageCount) {
+      requireOutput();
+      staged->copyToTarget();
+    }
     if (order.IsPageFile || page == pageCount) {
       listener.addFile(target, order.IsPageFile ? 1 : pageCount);
     }

@@ -87,10 +87,16 @@ bool claimsFuse() {
   return (plan.kinds & kFuse) != 0;
 }
 
+bool isRefusedByShare(const char* path, int flags) {
+  return (plan.kinds & kShare) != 0 && (flags & (O_ACCMODE | O_CREAT)) == O_RDWR &&
+         std::string_view(path).find("/output/") != std::string_view::npos;
+}
+
 // `call` opens a file or folder. Its descriptor is watched if it is opened for writing, or if the
 // folder claims to be in FUSE, where everything is synced.
 template <typename Call>
 int opening(bool below, const char* path, int flags, Call call) {
+  if (below && isRefusedByShare(path, flags)) return failed(EOPNOTSUPP);
   const bool isWatched = below && canFail(path, flags);
   if (isWatched && strikes(kOpen)) return failed((flags & O_CREAT) != 0 ? ENOSPC : EIO);
   const int descriptor = call();

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "foundation/FileDescriptor.h"
+
+namespace orvane {
+
+/// A private folder for temporary files on a local disk: in `TMPDIR` or, if that is not set, in
+/// /var/tmp, because /tmp can be in memory. The destructor removes it. What a killed process has
+/// left is removed when the next folder is created.
+class TemporaryFolder {
+ public:
+  /// Throws Failure.
+  TemporaryFolder();
+  ~TemporaryFolder();
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  /// The path text of the folder.
+  std::wstring path() const;
+
+ private:
+  std::filesystem::path native_;
+  std::optional<FileDescriptor> lock_;  ///< tells other processes that the folder is in use
+};
+
+/// A file that is built in a TemporaryFolder and copied to its place when it is complete, for a
+/// share on which a file cannot grow.
+class StagedFile {
+ public:
+  /// True if `target` exists, but its file system lets no file be read and written through one
+  /// descriptor. gvfs, which mounts what is opened in a file manager, is such a file system.
+  static bool isNeededFor(const std::wstring& target);
+
+  /// Begins with a copy of `target`. Throws Failure.
+  explicit StagedFile(const std::wstring& target);
+
+  /// The path of the file that is being built.
+  const std::wstring& path() const { return path_; }
+
+  /// Replaces `target` by the file, and handles the window's events meanwhile. If this throws
+  /// Failure, there is no `target`.
+  void copyToTarget() const;
+
+ private:
+  std::wstring target_;
+  TemporaryFolder folder_;
+  std::wstring path_;
+};
+
+}  // namespace orvane
