@@ -69,8 +69,8 @@ void FormBinding::connectOptions() {
   });
   for (const auto& [box, name] : kCheckBoxes) {
     QObject::connect(&control<QCheckBox>(window_, name), &QCheckBox::clicked, &window_,
-                     [this, box = box](bool checked) {
-                       form_.setChecked(box, checked);
+                     [this, checkBox = box](bool checked) {
+                       form_.setChecked(checkBox, checked);
                        changed_();
                      });
   }
@@ -84,8 +84,8 @@ void FormBinding::connectOptions() {
 void FormBinding::connectTexts() {
   for (const auto& [box, name] : kTextBoxes) {
     QObject::connect(&control<QLineEdit>(window_, name), &QLineEdit::textChanged, &window_,
-                     [this, box = box](const QString& text) {
-                       form_.setText(box, fromQt(text));
+                     [this, textBox = box](const QString& text) {
+                       form_.setText(textBox, fromQt(text));
                        changed_();
                      });
   }

@@ -241,7 +241,7 @@ TEST_F(SqliteFile, OpensOnlyADatabaseThatIsThere) {
       {L"cut", "database disk image is malformed"}};
   for (const auto& [name, text] : cases) {
     SqliteStore opened;
-    EXPECT_EQ(failureOf([&, name = name] { opened.open(station.path(name)); }), text);
+    EXPECT_EQ(failureOf([&, file = name] { opened.open(station.path(file)); }), text);
     EXPECT_EQ(opened.isOpen(), text == "");
   }
   EXPECT_EQ(station.shell("ls"), "Orvane.dll\ncut\nfolder\nforeign\n");

@@ -138,7 +138,7 @@ TEST_F(SaveAsDocument, NorIsOneThatReplacesItWhileAPageIsLoaded) {
     for (const bool isPageFile : {true, false}) {
       station.shell(
           "rm -rf output aside other; mkdir output other; touch other/D1_.tif other/D1_001.tif");
-      slow.onLoad = [&, command = command] { station.shell(command); };
+      slow.onLoad = [&, disturbance = command] { station.shell(disturbance); };
       EXPECT_FALSE(save(isPageFile, out));
       EXPECT_NE(station.takeLog().find("mdlImageProcess-SaveImage-输出文件夹"), std::string::npos);
       EXPECT_EQ(slow.takeCalls().find("SaveFile"), std::string::npos);
