@@ -115,8 +115,7 @@ void ImagingControl::logOfPage(const std::wstring& what, const std::wstring& rea
       kApplicationTitle);
 }
 
-void ImagingControl::expectPages(PageForecast forecast, std::function<void()> beforeWork) {
-  beforeWork_ = std::move(beforeWork);
+void ImagingControl::expectPages(PageForecast forecast) {
   if (forecast && !pagesAhead_) pagesAhead_.emplace(workers_);
   if (!pagesAhead_) return;
   if (forecast) {
@@ -140,13 +139,12 @@ void ImagingControl::SourceFile(const std::wstring& path) {
 
 void ImagingControl::load(const std::wstring& path) {
   if (pagesAhead_ && pageNumber_ == 1) {
-    if (auto page = pagesAhead_->take(path, settings_, beforeWork_)) {
+    if (auto page = pagesAhead_->take(path, settings_)) {
       page_ = std::move(page->loaded);
       ahead_ = {page->settings, std::move(page->encoded)};
       return;
     }
   }
-  if (beforeWork_) beforeWork_();
   page_.emplace(path, pageNumber_);
 }
 
@@ -189,7 +187,6 @@ EncodedPage ImagingControl::encode(SampleOrder order) {
   if (ahead && order == SampleOrder::LittleEndian && encodeAlike(ahead->settings, settings_)) {
     return std::move(ahead->encoded);
   }
-  if (beforeWork_) beforeWork_();
   return encodePage(*page_, settings_, order, [] { windowServices().yield(); });
 }
 

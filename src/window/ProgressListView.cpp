@@ -135,7 +135,7 @@ ProgressListView::ProgressListView(QWidget* parent) : QAbstractItemView(parent) 
   setEditTriggers(NoEditTriggers);
   setTextElideMode(Qt::ElideNone);
   untilNextFrame_.setSingleShot(true);
-  untilNextFrame_.callOnTimeout(this, [this] { showNewLines(); });
+  untilNextFrame_.callOnTimeout(this, [this] { setUpdatesEnabled(true); });
   QAccessible::installFactory(accessibleLines);
 }
 
@@ -145,48 +145,28 @@ void ProgressListView::addFailure(std::wstring_view line, std::wstring_view reas
         QString::fromWCharArray(line.data(), static_cast<qsizetype>(line.size())));
     widestLine_ = std::max(widestLine_, width + kLinePadding);
   }
-  if (!untilNextFrame_.isActive()) showNewLines();
+  updateScrollBars();
+  viewport()->update();
   notifyScreenReader(QAccessible::ObjectCreated, lines_.rowCount() - 1);
 }
 
 void ProgressListView::clear() {
   lines_.clear();
   widestLine_ = 0;
-  linesShown_ = 0;
   updateScrollBars();
-}
-
-void ProgressListView::showNewLines() {
-  if (linesShown_ == lines_.rowCount()) return;
-  updateScrollBars();
-  QRect added = visualRect(lines_.index(linesShown_, 0));
-  added.setBottom(viewport()->height());
-  viewport()->update(added);
-  linesShown_ = lines_.rowCount();
 }
 
 void ProgressListView::refresh() {
   untilNextFrame_.stop();
-  showNewLines();
-  QEvent request(QEvent::UpdateRequest);  // draws what has changed
-  QApplication::sendEvent(window(), &request);
+  setUpdatesEnabled(true);
+  viewport()->repaint();
 }
 
 void ProgressListView::refreshInTime() {
-  if (!untilNextFrame_.isActive()) drawFrame();
-}
-
-void ProgressListView::refreshNow() {
-  if (linesShown_ < lines_.rowCount()) drawFrame();
-}
-
-void ProgressListView::drawFrame() {
+  if (untilNextFrame_.isActive()) return;
   refresh();
+  setUpdatesEnabled(false);
   untilNextFrame_.start(kFrameTime);
-}
-
-void ProgressListView::scrollContentsBy(int dx, int dy) {
-  viewport()->scroll(dx, dy * rowHeight());
 }
 
 int ProgressListView::rowHeight() const {

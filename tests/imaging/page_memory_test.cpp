@@ -126,11 +126,10 @@ TEST_F(PageMemory, PagesAheadKeepToTheirLimit) {
   const std::uint64_t peak = HeapCount::peakOf([&] {
     ImagingControl control;
     control.setWorkers(2);
-    const auto forecast = [&, next = pages.begin()]() mutable -> std::optional<ExpectedPage> {
+    control.expectPages([&, next = pages.begin()]() mutable -> std::optional<ExpectedPage> {
       if (next == pages.end()) return std::nullopt;
       return ExpectedPage{*next++, {}};
-    };
-    control.expectPages(forecast, {});
+    });
     for (const std::wstring& page : pages) {
       mdlImageProcess::SaveImage(control, page, 1, station.path(L"out.tif"), true, 0, false);
     }
