@@ -21,7 +21,8 @@ void report(RunHost& host, const std::wstring& line) {
   host.listProcessLog().refresh();
 }
 
-// Short documents can take less time than redrawing the list.
+// Short documents can take less time than redrawing the list. A line is never put off for as long
+// as the next page takes: see `exportDocuments`.
 void reportDocument(RunHost& host, const std::wstring& DocumentID) {
   host.listProcessLog().addItem(DocumentID + L" 导出成功！");
   host.listProcessLog().refreshInTime();
@@ -69,7 +70,8 @@ class BatchExport : private ExportListener {
     const ForecastInPlace forecast(
         host_.imaging().ImgControl,
         forecastOf(subFolders, saveChoice(settings_.SaveFileType, !settings_.IsMutiPage,
-                                          settings_.CompressionType, settings_.CompressionRatios)));
+                                          settings_.CompressionType, settings_.CompressionRatios)),
+        [this] { host_.listProcessLog().refreshNow(); });
     const ScansOfBatch scans(subFolders);
     for (const std::wstring& name : subFolders) {
       const mdlFolderAndFile::LogCapture logged;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -73,13 +74,15 @@ SaveChoice saveChoice(std::int16_t SaveFileType, bool IsPageFile, std::int16_t C
 /// requested. One that cannot be read is skipped without a log line, because the export reports it.
 PageForecast forecastOf(std::vector<std::wstring> documents, const SaveChoice& choice);
 
-/// Gives an instance a forecast for the lifetime of this object.
+/// Gives an instance a forecast for the lifetime of this object; see `ImagingEngine::expectPages`.
 class ForecastInPlace {
  public:
-  ForecastInPlace(ImagingEngine& instance, PageForecast forecast) : instance_(instance) {
-    instance_.expectPages(std::move(forecast));
+  ForecastInPlace(ImagingEngine& instance, PageForecast forecast,
+                  std::function<void()> beforeWork = {})
+      : instance_(instance) {
+    instance_.expectPages(std::move(forecast), std::move(beforeWork));
   }
-  ~ForecastInPlace() { instance_.expectPages({}); }
+  ~ForecastInPlace() { instance_.expectPages({}, {}); }
   ForecastInPlace(const ForecastInPlace&) = delete;
   ForecastInPlace& operator=(const ForecastInPlace&) = delete;
 

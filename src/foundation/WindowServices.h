@@ -46,10 +46,13 @@ class ProgressList {
   /// Redraws the list at once.
   virtual void refresh() = 0;
 
-  /// Redraws the list in time for the next frame of the screen: at once, or if that happened less
-  /// than 16 ms ago, at the end of this time. For lines that can come faster than a screen shows
-  /// them. By default, redraws at once.
+  /// Redraws the list at once, or, if that happened less than 16 ms ago, in the first yield after
+  /// this time. For lines that can come faster than a screen shows them. Before work without
+  /// yields, the caller calls `refreshNow`. By default, redraws at once.
   virtual void refreshInTime() { refresh(); }
+
+  /// Redraws the list at once if `refreshInTime` has put that off.
+  virtual void refreshNow() {}
 };
 
 }  // namespace orvane

@@ -115,7 +115,8 @@ void ImagingControl::logOfPage(const std::wstring& what, const std::wstring& rea
       kApplicationTitle);
 }
 
-void ImagingControl::expectPages(PageForecast forecast) {
+void ImagingControl::expectPages(PageForecast forecast, std::function<void()> beforeWork) {
+  beforeWork_ = std::move(beforeWork);
   if (forecast && !pagesAhead_) pagesAhead_.emplace(workers_);
   if (!pagesAhead_) return;
   if (forecast) {
@@ -139,12 +140,13 @@ void ImagingControl::SourceFile(const std::wstring& path) {
 
 void ImagingControl::load(const std::wstring& path) {
   if (pagesAhead_ && pageNumber_ == 1) {
-    if (auto page = pagesAhead_->take(path, settings_)) {
+    if (auto page = pagesAhead_->take(path, settings_, beforeWork_)) {
       page_ = std::move(page->loaded);
       ahead_ = {page->settings, std::move(page->encoded)};
       return;
     }
   }
+  if (beforeWork_) beforeWork_();
   page_.emplace(path, pageNumber_);
 }
 
@@ -187,6 +189,7 @@ EncodedPage ImagingControl::encode(SampleOrder order) {
   if (ahead && order == SampleOrder::LittleEndian && encodeAlike(ahead->settings, settings_)) {
     return std::move(ahead->encoded);
   }
+  if (beforeWork_) beforeWork_();
   return encodePage(*page_, settings_, order, [] { windowServices().yield(); });
 }
 

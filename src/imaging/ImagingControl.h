@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -32,7 +33,7 @@ class ImagingControl final : public ImagingEngine {
   std::wstring SourceFile() const override { return sourceFile_; }
   void PageNumber(std::int32_t page) override { pageNumber_ = page; }
 
-  void expectPages(PageForecast forecast) override;
+  void expectPages(PageForecast forecast, std::function<void()> beforeWork) override;
   /// Sets how many threads prepare expected pages, before the first forecast; 0 prepares none. At
   /// first as many as suit the machine.
   void setWorkers(unsigned workers) { workers_ = workers; }
@@ -124,6 +125,7 @@ class ImagingControl final : public ImagingEngine {
   PdfFile pdfFile_;
   unsigned workers_ = workersOfMachine();
   std::optional<PagesAhead> pagesAhead_;  ///< since the first forecast
+  std::function<void()> beforeWork_;      ///< while there is a forecast
 };
 
 }  // namespace orvane

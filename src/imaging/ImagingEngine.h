@@ -50,7 +50,9 @@ class ImagingEngine {
   /// Sets the forecast of the pages that will be loaded and saved, so that an instance can prepare
   /// them; an empty function removes it. It is called while pages are loaded, on the caller's
   /// thread. A wrong forecast costs time and changes nothing else.
-  virtual void expectPages(PageForecast forecast) = 0;
+  /// @param beforeWork  called on the caller's thread, for as long as there is a forecast, before
+  /// the instance loads or encodes a page there, and before it waits for a page.
+  virtual void expectPages(PageForecast forecast, std::function<void()> beforeWork) = 0;
 
   /// Bits of one pixel of the loaded page, all samples together; 0 when nothing is loaded.
   virtual std::int16_t BitsPerPixel() const = 0;

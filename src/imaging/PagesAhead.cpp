@@ -187,7 +187,8 @@ void PagesAhead::drop(Job& job) {
 }
 
 std::optional<PagesAhead::Page> PagesAhead::take(const std::wstring& path,
-                                                 const SaveSettings& settings) {
+                                                 const SaveSettings& settings,
+                                                 const std::function<void()>& beforeWaiting) {
   const std::shared_ptr<Job> job = advanceTo(path);
   if (!job) return std::nullopt;
   fill(settings);
@@ -196,6 +197,11 @@ std::optional<PagesAhead::Page> PagesAhead::take(const std::wstring& path,
   const auto isDone = [&] {
     return job->state != Job::State::Begun && job->state != Job::State::Encoding;
   };
+  if (beforeWaiting && !isDone()) {
+    lock.unlock();
+    beforeWaiting();
+    lock.lock();
+  }
   while (!forRun_.wait_for(lock, kTimeBetweenYields, isDone)) {
     lock.unlock();
     windowServices().yield();

@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -50,9 +51,11 @@ class PagesAhead {
   void end();
 
   /// The first page of the file `path`, and everything before it in the forecast is dropped. Waits
-  /// for a page that is being encoded, yielding to the window meanwhile. Nothing for a page that is
-  /// not expected, has not been begun, or may not be used.
-  std::optional<Page> take(const std::wstring& path, const SaveSettings& settings);
+  /// for a page that is being encoded, yielding to the window meanwhile; calls `beforeWaiting`,
+  /// which can be empty, first. Nothing for a page that is not expected, has not been begun, or may
+  /// not be used.
+  std::optional<Page> take(const std::wstring& path, const SaveSettings& settings,
+                           const std::function<void()>& beforeWaiting);
 
  private:
   struct Job;

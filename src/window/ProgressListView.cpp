@@ -16,6 +16,7 @@
 #include <cmath>
 #include <memory>
 #include <unordered_map>
+#include <utility>
 
 namespace orvane {
 namespace {
@@ -135,7 +136,7 @@ ProgressListView::ProgressListView(QWidget* parent) : QAbstractItemView(parent) 
   setEditTriggers(NoEditTriggers);
   setTextElideMode(Qt::ElideNone);
   untilNextFrame_.setSingleShot(true);
-  untilNextFrame_.callOnTimeout(this, [this] { setUpdatesEnabled(true); });
+  untilNextFrame_.callOnTimeout(this, [this] { showNewLines(); });
   QAccessible::installFactory(accessibleLines);
 }
 
@@ -145,28 +146,53 @@ void ProgressListView::addFailure(std::wstring_view line, std::wstring_view reas
         QString::fromWCharArray(line.data(), static_cast<qsizetype>(line.size())));
     widestLine_ = std::max(widestLine_, width + kLinePadding);
   }
-  updateScrollBars();
-  viewport()->update();
+  if (!untilNextFrame_.isActive()) showNewLines();
   notifyScreenReader(QAccessible::ObjectCreated, lines_.rowCount() - 1);
 }
 
 void ProgressListView::clear() {
   lines_.clear();
   widestLine_ = 0;
+  linesShown_ = 0;
   updateScrollBars();
+}
+
+void ProgressListView::showNewLines() {
+  if (linesShown_ == lines_.rowCount()) return;
+  updateScrollBars();
+  QRect added = visualRect(lines_.index(linesShown_, 0));
+  added.setBottom(viewport()->height());
+  viewport()->update(added);
+  linesShown_ = lines_.rowCount();
 }
 
 void ProgressListView::refresh() {
   untilNextFrame_.stop();
-  setUpdatesEnabled(true);
-  viewport()->repaint();
+  showNewLines();
+  QEvent request(QEvent::UpdateRequest);  // draws what has changed
+  QApplication::sendEvent(window(), &request);
 }
 
 void ProgressListView::refreshInTime() {
-  if (untilNextFrame_.isActive()) return;
+  if (!untilNextFrame_.isActive()) drawFrame();
+}
+
+void ProgressListView::refreshNow() {
+  if (linesShown_ < lines_.rowCount()) drawFrame();
+}
+
+void ProgressListView::drawFrame() {
   refresh();
-  setUpdatesEnabled(false);
   untilNextFrame_.start(kFrameTime);
+}
+
+// To move it again and again would cost more than to draw it.
+void ProgressListView::scrollContentsBy(int dx, int dy) {
+  if (std::exchange(isMoved_, true)) {
+    viewport()->update();
+  } else {
+    viewport()->scroll(dx, dy * rowHeight());
+  }
 }
 
 int ProgressListView::rowHeight() const {
@@ -227,6 +253,7 @@ QModelIndex ProgressListView::indexAt(const QPoint& point) const {
 }
 
 void ProgressListView::paintEvent(QPaintEvent* event) {
+  isMoved_ = false;
   QPainter painter(viewport());
   QStyleOptionViewItem option;
   initViewItemOption(&option);

@@ -24,6 +24,7 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   void clear() override;
   void refresh() override;
   void refreshInTime() override;
+  void refreshNow() override;
 
   QRect visualRect(const QModelIndex& index) const override;
   void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
@@ -42,6 +43,8 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   void updateGeometries() override;
   /// Does nothing. Qt would ask the screen for the place of the pointer, and wait for the answer.
   void verticalScrollbarValueChanged(int /*value*/) override {}
+  /// Moves what is drawn already, so that a new line costs the drawing of one line.
+  void scrollContentsBy(int dx, int dy) override;
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 
   QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
@@ -58,6 +61,10 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   /// The row at `y` in the viewport; may be outside the list.
   int rowAt(int y) const;
   void updateScrollBars();
+  /// Shows the lines that have been added since the last time, with the next redraw.
+  void showNewLines();
+  /// Redraws the list at once and begins a frame.
+  void drawFrame();
   /// Sends an event of a line to screen readers.
   void notifyScreenReader(QAccessible::Event event, int row);
   QPoint belowCurrentLine() const;
@@ -65,7 +72,9 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
 
   LineModel lines_;
   int widestLine_ = 0;     ///< in pixels, for the horizontal scroll bar
-  QTimer untilNextFrame_;  ///< while it runs, only `refresh` draws; then all that was put off
+  int linesShown_ = 0;     ///< the others wait for the end of the frame
+  bool isMoved_ = false;   ///< what is drawn has been moved, and nothing has been drawn since
+  QTimer untilNextFrame_;  ///< runs during a frame
 };
 
 /// The area of the progress list. It extends below the lower edge of the window; the list inside

@@ -66,10 +66,21 @@ class JournalHost final : public RunHost, private ProgressList {
     addItem(line);
   }
   void clear() override { lines.clear(); }
-  void refresh() override { journal.push_back("repaint"); }
+  void refresh() override {
+    isPutOff_ = false;
+    journal.push_back("repaint");
+  }
+  void refreshInTime() override {
+    isPutOff_ = true;
+    journal.push_back("put off");
+  }
+  void refreshNow() override {
+    if (isPutOff_) refresh();
+  }
 
   ImagingControl engines_[6];
   bool stopRequested_ = false;
+  bool isPutOff_ = false;  // a repaint
 };
 
 }  // namespace orvane::test

@@ -55,7 +55,7 @@ TEST_F(RunOutPutBatch, OneBatchFromEndToEnd) {
   run();
   EXPECT_EQ(joined(host.journal),
             "btnRun off|buttons|line 档案：B1开始导出...|repaint|"
-            "yield|line D1 导出成功！|repaint|yield|line D2 导出成功！|repaint|yield|"
+            "yield|line D1 导出成功！|put off|yield|repaint|yield|line D2 导出成功！|put off|yield|"
             "line 档案导出成果成功！|repaint|line  |yield|"
             "line  没有扫描完成的档案！|yield|btnRun on|buttons|");
   EXPECT_EQ(station.outputFiles(), (Files{"B1/D1-001.tif", "B1/D1-002.tif", "B1/D2-001.tif"}));

@@ -8,6 +8,7 @@
 #include "imaging/icc.h"
 #include "imaging/mdlImageProcess.h"
 #include "imaging/tiff/tiff_kinds.h"
+#include "support/RecordingWindow.h"
 #include "support/TempStation.h"
 #include "support/failure_of.h"
 
@@ -503,6 +504,38 @@ TEST_F(RealEngine, SavingOverTheSourceGivesItUpOnlyForAWholeFile) {
   }
   EXPECT_EQ(station.shell("cd Batchs; ls . B | xargs; identify -format '%C %wx%h ' B/P.TIF"),
             ".: B B: P.TIF P.TIF.new p.tif.new stat\nNone 203x151 JPEG 203x151 JPEG 203x151 ");
+}
+
+TEST_F(RealEngine, WhoeverExpectsPagesHearsOfWorkBeforeItBegins) {
+  station.shell(
+      "convert -size 2000x2000 gradient:red-blue -depth 8 a.tif; cp a.tif b.tif; "
+      "touch -d '1 hour ago' a.tif b.tif");
+  RecordingWindow window;
+  bool told = false;
+  std::vector<std::wstring> pages{L"b.tif", L"a.tif"};
+  const auto forecast = [&]() -> std::optional<ExpectedPage> {
+    if (pages.empty()) return std::nullopt;
+    const std::wstring page = pages.back();
+    pages.pop_back();
+    return ExpectedPage{station.path(page), SaveChoice{.bCompression = false}};
+  };
+  engine.setWorkers(1);
+  engine.expectPages(forecast, [&] { told = true; });
+  const auto load = [&](const wchar_t* page) {
+    told = false;
+    window.yields = 0;
+    engine.SourceFile(station.path(page));
+  };
+  for (const wchar_t* page : {L"a.tif", L"b.tif"}) {
+    load(page);
+    EXPECT_TRUE(told || window.yields == 0) << "it waits";
+    told = false;
+    save(kSaveTiff, kTiffNone, L"other.tif");
+    EXPECT_TRUE(told) << "a page is encoded in another form than expected";
+  }
+  load(L"a.tif");
+  EXPECT_TRUE(told) << "an unexpected page is loaded";
+  engine.expectPages({}, {});
 }
 
 TEST_F(RealEngine, ABitmapGoesToAnotherInstanceOnceByItsHandle) {

@@ -61,7 +61,7 @@ class RecordingEngine final : public ImagingEngine {
     record("SaveFile"), imagError = imagErrorAfterSave;
     if (onSave) onSave();
   }
-  void expectPages(PageForecast) override {}
+  void expectPages(PageForecast, std::function<void()>) override {}
   std::int32_t ImagError() const override { return imagError; }
   void Refresh() override { record("Refresh"); }
   void Picture(ImagePicture*) override { record("Picture"); }

@@ -126,10 +126,11 @@ TEST_F(PageMemory, PagesAheadKeepToTheirLimit) {
   const std::uint64_t peak = HeapCount::peakOf([&] {
     ImagingControl control;
     control.setWorkers(2);
-    control.expectPages([&, next = pages.begin()]() mutable -> std::optional<ExpectedPage> {
+    const auto forecast = [&, next = pages.begin()]() mutable -> std::optional<ExpectedPage> {
       if (next == pages.end()) return std::nullopt;
       return ExpectedPage{*next++, {}};
-    });
+    };
+    control.expectPages(forecast, {});
     for (const std::wstring& page : pages) {
       mdlImageProcess::SaveImage(control, page, 1, station.path(L"out.tif"), true, 0, false);
     }

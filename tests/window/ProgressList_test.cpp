@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QHelpEvent>
 #include <QMenu>
+#include <QScreen>
 #include <QScrollBar>
 #include <QTest>
 #include <QToolTip>
@@ -117,6 +118,33 @@ TEST_F(ProgressListTest, LinesThatComeFasterThanTheScreenShowsThemAreDrawnTogeth
   add(1);  // without a request, the list is redrawn with the window
   QCoreApplication::processEvents();
   EXPECT_EQ(redraws.linesShown, lines + 3);
+  for (int line = lines + 4; line < lines + 14; ++line) {  // before work that takes long
+    add(1);
+    list.refreshInTime();
+    list.refreshNow();
+    EXPECT_EQ(redraws.linesShown, line);
+  }
+  const int drawn = redraws.count;
+  list.refreshNow();
+  EXPECT_EQ(redraws.count, drawn);
+}
+
+TEST_F(ProgressListTest, WhatIsDrawnLineByLineIsTheList) {
+  const auto expectDrawn = [this] {
+    list.refresh();
+    EXPECT_EQ(window.screen()->grabWindow(window.winId()).toImage(), window.grab().toImage());
+  };
+  for (int i = 0; i < 60; ++i) {
+    list.addItem(std::wstring(i == 50 ? 90 : 3, L'宽') + std::to_wstring(i));
+    i % 3 == 0 ? expectDrawn() : list.refreshInTime();
+  }
+  list.horizontalScrollBar()->setValue(37);
+  list.verticalScrollBar()->setValue(5);
+  expectDrawn();
+  list.clear();
+  add(2);
+  QCoreApplication::processEvents();
+  expectDrawn();
 }
 
 TEST_F(ProgressListTest, TimeAndMemoryPerLineDoNotGrowWithTheNumberOfLines) {
