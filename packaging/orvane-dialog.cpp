@@ -40,6 +40,7 @@ bool printFolder(const QString& title) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  useUtf8Locale();
   QApplication application(argc, argv);
   applyAppearance();
   QtWindowServices services;

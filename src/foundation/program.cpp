@@ -2,10 +2,14 @@
 
 #include <cerrno>
 #include <chrono>
+#include <clocale>
+#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <filesystem>
+#include <langinfo.h>
 #include <malloc.h>
+#include <string_view>
 #include <sys/file.h>
 #include <utility>
 
@@ -61,6 +65,13 @@ void InstanceGuard::lock(const std::wstring& path, int flags) {
   if (!isMine && errno != EWOULDBLOCK) throw systemFailure(errno, path);
   anotherRuns_ = !isMine;
   locked_.emplace(std::move(opened));
+}
+
+void useUtf8Locale() {
+  std::setlocale(LC_ALL, "");
+  if (std::string_view(nl_langinfo(CODESET)) == "UTF-8") return;
+  setenv("LC_ALL", "C.UTF-8", 1);
+  std::setlocale(LC_ALL, "");
 }
 
 void keepFreedMemory() {

@@ -38,6 +38,11 @@ class InstanceGuard {
   bool anotherRuns_ = false;
 };
 
+/// Sets the locale of the user, or C.UTF-8 if that has no UTF-8: the texts of the system
+/// (`strerror`) and those for the X server (the older title of a window) are in the encoding of the
+/// locale. Called once, at the start, because it changes the environment, which Qt reads.
+void useUtf8Locale();
+
 /// Makes the process keep freed memory, enough for a few pages, because the system would have to
 /// clear the memory of each new page. All threads share it. Called once, at the start.
 void keepFreedMemory();

@@ -64,6 +64,7 @@ int main(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);  // at a file-size limit, a write fails as on a full disk
 
+  orvane::useUtf8Locale();
   orvane::keepFreedMemory();
 
   const orvane::InstanceGuard guard(orvane::programFolder());

@@ -32,6 +32,10 @@ void Operator::click(int x, int y) const {
              std::to_string(y) + " click 1");
 }
 
+std::string Operator::olderTitle() const {
+  return outputOf("xprop -id " + window_ + " -notype WM_NAME");
+}
+
 int Operator::leave() {
   waitFor("the end of the program", [&] {
     if (!program_.exitCode()) click(304, 608);

@@ -26,6 +26,9 @@ class Operator {
   /// Presses 退出, which is disabled during a run, until the program ends. Returns the exit code.
   int leave();
 
+  /// The title in the older property, which is in the encoding of the program's locale.
+  std::string olderTitle() const;
+
   /// Clicks the close box.
   void closeWindow() const;
 

@@ -181,6 +181,25 @@ TEST_F(Disturbances, AMissingOutputFolderIsReportedAndAnotherCanBeChosen) {
   EXPECT_EQ(person.program().exitCodeAtEnd(), 0) << "while a box is open";
 }
 
+TEST_F(Disturbances, WithoutAUtf8LocaleNothingIsDifferent) {
+  station.addDocument("B2/件", {"页", "P"});
+  station.write("Batchs/B2/件/Doc.dat", toAnsi(L"页$P$"));
+  const std::string display = std::string("-i DISPLAY=") + std::getenv("DISPLAY");
+  for (const std::string& locale :
+       {std::string("LC_ALL=C"), std::string("LC_ALL=zh_CN.GBK"), display}) {
+    SCOPED_TRACE(locale);
+    station.shell("rm -rf output/*");
+    station.query("update T_BatchInfo set BatchState='完成扫描'");
+    Operator person(station, locale);
+    EXPECT_EQ(person.olderTitle(), "WM_NAME = \"Orvane成果导出\"\n");
+    person.pressRun();
+    EXPECT_THAT(person.listEndingWith(kAllDone), testing::HasSubstr("\n件 导出成功！\n"));
+    EXPECT_EQ(person.leave(), 0);
+    EXPECT_EQ(station.shell("ls output/B2"),
+              "1000_001.tif\n1000_002.tif\n件_001.tif\n件_002.tif\n");
+  }
+}
+
 TEST_F(Disturbances, ASecondInstanceEndsAtOnce) {
   Operator first(station);
   Process second(quoted(station.native("orvane-export")));
