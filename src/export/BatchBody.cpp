@@ -211,7 +211,7 @@ class BatchExport : private ExportListener {
       run_.written.forgetBatch();
       if (!isDeleted) return {};
     } catch (const std::exception& refusal) {
-      const std::wstring kept = description(refusal);
+      std::wstring kept = description(refusal);
       mdlFolderAndFile::LogWrite(L"RunOutPutBatch-" + kept, kApplicationTitle);
       addReason(kept);
       return kept;
