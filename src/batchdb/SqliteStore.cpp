@@ -126,6 +126,9 @@ void SqliteStore::open(const std::wstring& path) {
   connection_ = std::move(connection);
   try {
     execute(L"select count(*) from sqlite_master");  // the first statement reads the file
+    // By default a power cut can take back the last change, because SQLite does not sync the folder
+    // after it has removed its journal.
+    execute(L"pragma synchronous = extra");
   } catch (const Failure&) {
     connection_.reset();
     throw;

@@ -57,6 +57,7 @@ class LockWait {
 ///
 /// A statement waits for a lock of another program as long as the patience allows, while the window
 /// stays alive. A statement fails when the file at the path is no longer the one that was opened.
+/// What a statement has changed survives a power cut.
 class SqliteStore : public BatchStore {
  public:
   explicit SqliteStore(LockPatience patience = {});

@@ -190,7 +190,6 @@ class BatchExport : private ExportListener {
     return succeeds([&] {  // a folder that was created also changed the folder above it
       run_.written.addFolder(settings_.SavePath);
       if (settings_.IsCreateBatchFolder) run_.written.addFolder(BatchOutputFolder_);
-      if (settings_.IsCreateDocFolder) run_.written.addFolder(DocOutputFolder);
     });
   }
 

@@ -15,6 +15,8 @@ namespace orvane::test {
 /// A station with a real database and real pages, and a folder for the output.
 class ExportStation : public TempStation {
  public:
+  static constexpr const char* kFolder = "a folder";  ///< the bytes of a folder in `contentOf`
+
   ExportStation() {
     std::filesystem::create_directory(output());
     gConnection.reset();  // the connection to the station of an earlier test
@@ -95,9 +97,6 @@ class ExportStation : public TempStation {
         outputOf("convert -size 40x30 gradient: -depth 8 -density 200 -units PixelsPerInch tif:-");
     return bytes;
   }
-
- private:
-  static constexpr const char* kFolder = "a folder";
 };
 
 }  // namespace orvane::test

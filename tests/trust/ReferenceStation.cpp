@@ -1,5 +1,7 @@
 #include "trust/ReferenceStation.h"
 
+#include <iterator>
+#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -7,6 +9,7 @@
 #include "export/RunOutPutBatch.h"
 #include "settings/ExportForm.h"
 #include "settings/ExportSettings.h"
+#include "trust/disk_journal.h"
 
 namespace orvane::test {
 
@@ -64,7 +67,7 @@ ExportSettings ReferenceStation::formOf(int batch) const {
                        {0, true, 1, true, false},
                        {1, false, 0, false, true},
                        {2, true, 0, true, false},
-                       {2, true, 1, false, false}};
+                       {1, true, 1, false, false}};
   ExportSettings settings;
   settings.SaveFileType = forms[batch].fileType;
   settings.IsMutiPage = forms[batch].multiPage;
@@ -80,17 +83,21 @@ int ReferenceStation::work(unsigned workers) const {
   JournalHost host(workers);
   bool failed = false, broken = false;
   int passes = 0;
+  std::string batch;
   ExportForm form;
   LoadExportSettings(form);
   host.options.SavePath = outputText();
   host.whenLineAdded = [&](const std::string& line) {
     if (line.ends_with("开始导出...")) {
-      host.options = formOf(line[std::string("档案：B").size()] - '0');
+      batch = line.substr(std::string("档案：").size(), 2);
+      host.options = formOf(batch[1] - '0');
       if (++passes == 2 * kBatches)
         host.setIsStopRequested(true);  // a failing batch is tried forever
     } else if (line.find("失败") != line.npos) {
       failed = true;
       broken = broken || !outputsAreComplete();
+    } else if (line == "档案导出成果成功！") {
+      noteInJournal(batch.c_str());
     }
   };
   RunOutPutBatch(host);
@@ -133,8 +140,12 @@ std::string ReferenceStation::defects(bool wasKilled) const {
 
 bool ReferenceStation::isFinished() const {
   return outputTree() == outputs_ && readBytes(native("data.ini")) == finishedSettings_ &&
-         query("select count(*) from T_BatchInfo where BatchState='完成成果输出'") ==
-             std::to_string(kBatches) + "\n";
+         exportedBatches().size() == kBatches;
+}
+
+std::set<std::string> ReferenceStation::exportedBatches() const {
+  std::istringstream rows(query("select BatchID from T_BatchInfo where BatchState='完成成果输出'"));
+  return {std::istream_iterator<std::string>(rows), {}};
 }
 
 int inChild(const std::function<int()>& work) {

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 
 #include "export/ExportStation.h"
@@ -28,6 +29,9 @@ class ReferenceStation : public ExportStation {
   /// Describes what is wrong after a disturbed run; empty if nothing is. After a kill, files of the
   /// current batch may be incomplete.
   std::string defects(bool wasKilled) const;
+
+  /// The batches in the state 完成成果输出.
+  std::set<std::string> exportedBatches() const;
 
   /// Returns true if the station is in the state that an undisturbed run leaves.
   bool isFinished() const;

@@ -19,6 +19,8 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include "trust/disk_journal.h"
+
 namespace orvane::test {
 namespace {
 
@@ -44,16 +46,31 @@ void watch(int descriptor, bool on) {
   }
 }
 
-bool isBelow(const char* path) {
-  return plan.folder[0] != '\0' && std::string_view(path).starts_with(plan.folder);
+std::string targetOf(const std::string& link) {
+  char place[sizeof plan.folder]{};
+  return readlink(link.c_str(), place, sizeof place - 1) > 0 ? place : "";
 }
 
-// For a path relative to an open folder.
+std::string placeOf(int descriptor) {
+  return targetOf("/proc/self/fd/" + std::to_string(descriptor));
+}
+
+// The place of a path relative to an open folder, or to the current one (AT_FDCWD).
+std::string placeOf(int folder, const char* path) {
+  if (path[0] == '/') return path;
+  return (folder == AT_FDCWD ? targetOf("/proc/self/cwd") : placeOf(folder)) + "/" + path;
+}
+
+bool isArmed() {
+  return plan.folder[0] != '\0';
+}
+
+bool isBelow(std::string_view place) {
+  return isArmed() && place.starts_with(plan.folder);
+}
+
 bool isBelow(int folder, const char* path) {
-  if (folder == AT_FDCWD || path[0] == '/') return isBelow(path);
-  char place[sizeof plan.folder]{};
-  const std::string link = "/proc/self/fd/" + std::to_string(folder);
-  return readlink(link.c_str(), place, sizeof place - 1) > 0 && isBelow(place);
+  return isArmed() && isBelow(placeOf(folder, path));
 }
 
 // Counts a call. Returns true if this call must fail.
@@ -92,23 +109,49 @@ bool isRefusedByShare(const char* path, int flags) {
          std::string_view(path).find("/output/") != std::string_view::npos;
 }
 
+bool isRecorded(int folder, const char* path) {
+  return journal::isOpen() && isBelow(folder, path);
+}
+
+bool isThere(int folder, const char* path) {
+  struct stat status {};
+  return fstatat(folder, path, &status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
 // `call` opens a file or folder. Its descriptor is watched if it is opened for writing, or if the
 // folder claims to be in FUSE, where everything is synced.
 template <typename Call>
-int opening(bool below, const char* path, int flags, Call call) {
+int opening(int folder, const char* path, int flags, Call call) {
+  const bool below = isBelow(folder, path);
   if (below && isRefusedByShare(path, flags)) return failed(EOPNOTSUPP);
   const bool isWatched = below && canFail(path, flags);
   if (isWatched && strikes(kOpen)) return failed((flags & O_CREAT) != 0 ? ENOSPC : EIO);
+  const bool isOld = !isRecorded(folder, path) || isThere(folder, path);
   const int descriptor = call();
   watch(descriptor, (isWatched && (flags & O_ACCMODE) != O_RDONLY) || (below && claimsFuse()));
+  if (descriptor < 0 || !isRecorded(folder, path)) return descriptor;
+  if (!isOld) journal::createdFile(descriptor, placeOf(descriptor));
+  if ((flags & O_TRUNC) != 0) journal::resized(descriptor, 0);
   return descriptor;
 }
 
-// Fails, or writes only half of the buffer.
+// The result of a call that changes the disk. A success is recorded.
+template <typename Record>
+int changing(int result, bool recorded, Record record) {
+  if (result == 0 && recorded) record();
+  return result;
+}
+
+// Fails, or writes only half of the buffer. A negative offset is the position of the descriptor.
 template <typename Call>
-ssize_t writing(int descriptor, std::size_t size, Call call) {
-  if (!isWatched(descriptor) || !strikes(kWrite)) return call(size);
-  return plan.fault == Fault::Short ? call((size + 1) / 2) : failed(ENOSPC);
+ssize_t writing(int descriptor, const void* bytes, std::size_t size, off_t offset, Call call) {
+  if (!isWatched(descriptor)) return call(size);
+  if (strikes(kWrite)) return plan.fault == Fault::Short ? call((size + 1) / 2) : failed(ENOSPC);
+  const ssize_t written = call(size);
+  if (written > 0 && journal::isOpen()) {
+    journal::wrote(descriptor, bytes, static_cast<std::size_t>(written), offset);
+  }
+  return written;
 }
 
 constexpr std::size_t kLargeBlock = 64 * 1024;
@@ -128,7 +171,13 @@ constexpr std::size_t kLargeBlock = 64 * 1024;
     tally = file == nullptr ? -1 : open(file, O_WRONLY | O_CREAT | O_APPEND, 0666);
     armFaults(folder, kAllButMemory, Fault::Kill, std::atol(at));
   }
-  return at != nullptr;
+  const char* journal = std::getenv("JOURNAL_FILE");
+  const char* recorded = std::getenv("JOURNAL_FOLDER");
+  if (journal != nullptr && recorded != nullptr) {
+    armFaults(recorded, 0, Fault::None, 0);
+    recordDisk(journal);
+  }
+  return at != nullptr || journal != nullptr;
 }();
 
 }  // namespace
@@ -152,16 +201,18 @@ using namespace orvane::test;
 
 // On a 64-bit platform, the names that end in 64 are aliases.
 #define ALSO(alias_, name) extern __typeof__(name) alias_ __attribute__((alias(#name)));
-// Calls with a descriptor, or with a path as the first argument, that only fail.
+// Calls with a descriptor that only fail.
 #define ON_DESCRIPTOR(kind, name, parameters, ...)                                   \
   int name parameters {                                                              \
     NEXT(name);                                                                      \
     return isWatched(descriptor) && strikes(kind) ? failed(EIO) : call(__VA_ARGS__); \
   }
-#define ON_PATH(kind, name, parameters, ...)                                    \
-  int name parameters noexcept {                                                \
-    NEXT(name);                                                                 \
-    return isBelow(path) && strikes(kind) ? failed(ENOSPC) : call(__VA_ARGS__); \
+// Calls with a path that starts at `base`. They fail, or `record` tells the journal.
+#define ON_PATH(kind, error, name, parameters, base, record, ...)                         \
+  int name parameters noexcept {                                                          \
+    NEXT(name);                                                                           \
+    if (isBelow(base, path) && strikes(kind)) return failed(error);                       \
+    return changing(call(__VA_ARGS__), isRecorded(base, path), [&] { journal::record; }); \
   }
 
 // The mode argument of a call that may create a file.
@@ -176,14 +227,13 @@ extern "C" {
 int open(const char* path, int flags, ...) {
   NEXT(open);
   MODE_OF(flags)
-  return opening(isBelow(path), path, flags, [&] { return call(path, flags, mode); });
+  return opening(AT_FDCWD, path, flags, [&] { return call(path, flags, mode); });
 }
 
 int openat(int folder, const char* path, int flags, ...) {
   NEXT(openat);
   MODE_OF(flags)
-  return opening(isBelow(folder, path), path, flags,
-                 [&] { return call(folder, path, flags, mode); });
+  return opening(folder, path, flags, [&] { return call(folder, path, flags, mode); });
 }
 
 DIR* opendir(const char* path) {
@@ -193,34 +243,51 @@ DIR* opendir(const char* path) {
 
 ssize_t write(int descriptor, const void* bytes, size_t size) {
   NEXT(write);
-  return writing(descriptor, size, [&](size_t part) { return call(descriptor, bytes, part); });
+  return writing(descriptor, bytes, size, -1,
+                 [&](size_t part) { return call(descriptor, bytes, part); });
 }
 
 ssize_t pwrite(int descriptor, const void* bytes, size_t size, off_t offset) {
   NEXT(pwrite);
-  return writing(descriptor, size,
+  return writing(descriptor, bytes, size, offset,
                  [&](size_t part) { return call(descriptor, bytes, part, offset); });
 }
 
 ssize_t pwritev(int descriptor, const iovec* pieces, int count, off_t offset) {
   NEXT(pwritev);
-  if (!isWatched(descriptor) || !strikes(kWrite)) return call(descriptor, pieces, count, offset);
-  if (plan.fault != Fault::Short) return failed(ENOSPC);
-  const iovec half{pieces->iov_base, (pieces->iov_len + 1) / 2};
-  return call(descriptor, &half, 1, offset);
+  if (!isWatched(descriptor)) return call(descriptor, pieces, count, offset);
+  std::string bytes;
+  for (int i = 0; i < count; ++i) {
+    bytes.append(static_cast<const char*>(pieces[i].iov_base), pieces[i].iov_len);
+  }
+  return writing(descriptor, bytes.data(), bytes.size(), offset, [&](size_t part) {
+    const iovec piece{bytes.data(), part};
+    return call(descriptor, &piece, 1, offset);
+  });
 }
 
 // A kill loses nothing that was written, so the real sync is skipped.
 int fsync(int descriptor) {
   NEXT(fsync);
-  if (!isWatched(descriptor)) return call(descriptor);
-  return strikes(kSync) ? failed(EIO) : 0;
+  if (isWatched(descriptor) && strikes(kSync)) return failed(EIO);
+  const bool isRecorded = journal::isOpen() && isBelow(placeOf(descriptor));
+  if (isRecorded) journal::flushed(descriptor);
+  return isRecorded || isWatched(descriptor) ? 0 : call(descriptor);
 }
 
 int syncfs(int descriptor) noexcept {  // called on folders, which are not watched
   NEXT(syncfs);
-  if (plan.folder[0] == '\0') return call(descriptor);
-  return !claimsFuse() && strikes(kSync) ? failed(EIO) : 0;
+  if (!isArmed()) return call(descriptor);
+  if (claimsFuse()) return 0;  // and flushes nothing
+  if (strikes(kSync)) return failed(EIO);
+  if (journal::isOpen()) journal::flushedAll();
+  return 0;
+}
+
+void sync() noexcept {
+  NEXT(sync);
+  if (!isArmed()) return call();
+  if (journal::isOpen() && !claimsFuse()) journal::flushedAll();
 }
 
 int statfs(const char* path, struct statfs* status) noexcept {
@@ -251,17 +318,36 @@ int close(int descriptor) {  // closes the file even if it fails, like Linux
   return fails ? failed(EIO) : result;
 }
 
-ON_DESCRIPTOR(kResize, ftruncate, (int descriptor, off_t size) noexcept, descriptor, size)
+int ftruncate(int descriptor, off_t size) noexcept {
+  NEXT(ftruncate);
+  if (!isWatched(descriptor)) return call(descriptor, size);
+  if (strikes(kResize)) return failed(EIO);
+  return changing(call(descriptor, size), journal::isOpen(),
+                  [&] { journal::resized(descriptor, size); });
+}
+
 ON_DESCRIPTOR(kOwner, fchmod, (int descriptor, mode_t mode) noexcept, descriptor, mode)
 ON_DESCRIPTOR(kOwner, fchown, (int descriptor, uid_t user, gid_t group) noexcept, descriptor, user,
               group)
-ON_PATH(kRename, rename, (const char* path, const char* to), path, to)
-ON_PATH(kFolder, mkdir, (const char* path, mode_t mode), path, mode)
-ON_PATH(kRemove, unlink, (const char* path), path)
+ON_PATH(kRename, ENOSPC, rename, (const char* path, const char* to), AT_FDCWD,
+        renamed(placeOf(AT_FDCWD, path), placeOf(AT_FDCWD, to)), path, to)
+ON_PATH(kRename, ENOSPC, renameat2,
+        (int base, const char* path, int folder, const char* to, unsigned flags), base,
+        renamed(placeOf(base, path), placeOf(folder, to)), base, path, folder, to, flags)
+ON_PATH(kFolder, ENOSPC, mkdir, (const char* path, mode_t mode), AT_FDCWD,
+        createdFolder(placeOf(AT_FDCWD, path)), path, mode)
+ON_PATH(kFolder, ENOSPC, mkdirat, (int base, const char* path, mode_t mode), base,
+        createdFolder(placeOf(base, path)), base, path, mode)
+ON_PATH(kRemove, ENOSPC, unlink, (const char* path), AT_FDCWD, removed(placeOf(AT_FDCWD, path)),
+        path)
+ON_PATH(kRemove, EIO, unlinkat, (int base, const char* path, int flags), base,
+        removed(placeOf(base, path)), base, path, flags)
 
-int unlinkat(int folder, const char* path, int flags) noexcept {
-  NEXT(unlinkat);
-  return isBelow(folder, path) && strikes(kRemove) ? failed(EIO) : call(folder, path, flags);
+// Writes as well, but cannot be recorded. Those who call it write then.
+ssize_t copy_file_range(int descriptor, off_t* from, int target, off_t* to, size_t size,
+                        unsigned flags) {
+  NEXT(copy_file_range);
+  return isWatched(target) ? failed(EXDEV) : call(descriptor, from, target, to, size, flags);
 }
 
 ALSO(open64, open)

@@ -17,7 +17,7 @@ enum CallKind : unsigned {
   kRemove = 256,  ///< unlink, unlinkat
   kThread = 512,  ///< pthread_create
   kOwner = 1024,  ///< fchmod, fchown
-  kFuse = 2048,   ///< no calls, but the folder claims to be in a file system in user space
+  kFuse = 2048,   ///< no calls, but the folder claims to be in FUSE, where syncfs flushes nothing
   kShare = 4096,  ///< no calls, but no file of the output can be read and written, as with gvfs
   kAll = 511,
   kAllButMemory = kAll - kMemory,
