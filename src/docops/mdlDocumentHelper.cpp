@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <exception>
+#include <filesystem>
 #include <map>
 #include <optional>
 #include <utility>
@@ -214,10 +215,26 @@ bool DeletePage(ImagingEngine& ImgDelete, const std::wstring& sFileName, std::in
   }
 }
 
+namespace {
+
+// Without its page list a folder is no document. It goes first, so that a crash during the removal
+// does not leave a document without some of its pages. Of a link, only the link is removed.
+void deletePageList(const std::wstring& sDocumentID) {
+  const std::wstring folder = existingPath(GetDocumentPath(sDocumentID));
+  if (std::filesystem::is_symlink(std::filesystem::path(nativePath(folder)).parent_path())) return;
+  mdlFolderAndFile::FileDelete(folder + L"Doc.dat");
+  trySyncFolder(folder);
+}
+
+}  // namespace
+
 bool DeleteDocumentEx(const std::wstring& sDocumentID) {
   try {
     if (gBatchFolder.empty() || !isFolderName(sDocumentID)) return false;
-    return mdlFolderAndFile::FolderDelete(GetDocumentPath(sDocumentID));
+    deletePageList(sDocumentID);
+    const bool isDeleted = mdlFolderAndFile::FolderDelete(GetDocumentPath(sDocumentID));
+    trySyncFolder(gBatchFolder);
+    return isDeleted;
   } catch (const std::exception& failure) {
     logFailure(L"DeleteDocumentEx-Err:" + description(failure));
     return false;

@@ -1,9 +1,12 @@
 #include "docstore/Document.h"
 
 #include <exception>
+#include <fcntl.h>
 #include <utility>
 
 #include "docstore/ScanTree.h"
+#include "foundation/FileDescriptor.h"
+#include "foundation/durable_file.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/plain_text.h"
@@ -11,6 +14,7 @@
 
 namespace orvane {
 
+using mdlFolderAndFile::DialogFileCopy;
 using mdlFolderAndFile::FileDelete;
 using mdlFolderAndFile::FileExist;
 using mdlFolderAndFile::fileSystem;
@@ -34,6 +38,19 @@ bool Document::CreateDocument(const std::wstring& sDocName) {
   });
 }
 
+namespace {
+
+// A failed write leaves no data file, so an existing one is whole: the new one, or the old one.
+void endBackup(const std::wstring& dataFile, const std::wstring& backupFile) {
+  if (FileExist(dataFile)) {
+    FileDelete(backupFile);
+  } else {
+    RenameFile(backupFile, dataFile);
+  }
+}
+
+}  // namespace
+
 bool Document::SaveDocument() {
   if (sDocFolder_.empty()) {
     return failInLog(L"InitDocument-文档名【" + sDocName_ + L"】文档路径不存在");
@@ -45,22 +62,24 @@ bool Document::SaveDocument() {
     try {
       writePages(dataFile, backupFile);
     } catch (const std::exception&) {
-      // A failed write leaves no data file, so an existing one is the old one, which never moved. A
-      // rename would begin by deleting it.
-      if (!FileExist(dataFile)) RenameFile(backupFile, dataFile);
+      endBackup(dataFile, backupFile);
       throw;
     }
+    endBackup(dataFile, backupFile);
     return true;
   });
 }
 
 void Document::writePages(const std::wstring& dataFile, const std::wstring& backupFile) const {
-  RenameFile(dataFile, backupFile);  // fails for a new document, which has nothing to rename
-  fileSystem().WriteFile(dataFile, toAnsiStrict(pageListText(pages())));
-  if (FileExist(dataFile)) {
-    FileDelete(backupFile);
+  // The old file stays in its place until the new one replaces it, so that a crash cannot leave
+  // none. A read-only file cannot be replaced, only moved.
+  if (FileDescriptor::tryToOpen(dataFile, O_WRONLY | O_NONBLOCK)) {
+    DialogFileCopy(dataFile, backupFile);
+    fileSystem().WriteFile(dataFile, toAnsiStrict(pageListText(pages())));
   } else {
-    RenameFile(backupFile, dataFile);
+    RenameFile(dataFile, backupFile);  // fails for a new document, which has nothing to rename
+    fileSystem().WriteFile(dataFile, toAnsiStrict(pageListText(pages())));
+    syncWithFolders(dataFile);  // the folder of a new document is new
   }
 }
 

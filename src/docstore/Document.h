@@ -48,8 +48,9 @@ class Document {
   /// Begins a document without pages. `SaveDocument` writes it to the disk.
   bool CreateDocument(const std::wstring& sDocName);
 
-  /// Writes the page list. The old file is kept as `Doc.datbak` meanwhile and restored when the
-  /// save fails, for example for a name that code page 936 cannot represent.
+  /// Writes the page list. There is a copy of the old file, `Doc.datbak`, meanwhile. The old file
+  /// stays when the save fails, for example for a name that code page 936 cannot represent. A crash
+  /// leaves the old file or the new one.
   bool SaveDocument();
 
   /// The name of a page, without folder and extension. Empty, and not logged, for a position out of

@@ -63,12 +63,6 @@ void takeOverOwnerAndMode(const FileDescriptor& file, const struct stat& old,
   if (fchmod(file.number(), old.st_mode & kPermissions) != 0) throw systemFailure(errno, path);
 }
 
-// Makes the rename durable. The content is already synced, so a failure is ignored.
-void syncFolder(const fs::path& folder) {
-  const auto opened = FileDescriptor::tryToOpen(pathText(folder), O_RDONLY | O_DIRECTORY);
-  if (opened) fsync(opened->number());
-}
-
 std::future<void> started(const std::function<void()>& sync) {
   try {
     return std::async(std::launch::async, sync);
@@ -108,7 +102,7 @@ void FileReplacement::commit() {
   file.close();
   if (std::rename(temporary_.c_str(), target_.c_str()) != 0) throw systemFailure(errno, path_);
   temporary_.clear();
-  syncFolder(target_.parent_path());
+  trySyncFolder(pathText(target_.parent_path()));
 }
 
 void replaceFile(const std::wstring& path, std::string_view bytes) {
@@ -146,6 +140,18 @@ void syncEntry(const std::wstring& path) {
   if (error != 0 && error != EACCES && error != EINVAL && error != ENOTSUP) {
     throw systemFailure(error, path);
   }
+}
+
+void syncWithFolders(const std::wstring& path) {
+  fs::path place = nativePath(path);
+  syncEntry(path);
+  for (; place.has_relative_path(); place = place.parent_path()) {
+    syncEntry(pathText(place.parent_path()));
+  }
+}
+
+void trySyncFolder(const std::wstring& folder) {
+  errorOf(fsync, folder);
 }
 
 }  // namespace orvane

@@ -59,4 +59,10 @@ void syncDiskOf(const std::wstring& folder);
 /// not support it. Throws Failure.
 void syncEntry(const std::wstring& path);
 
+/// Syncs a file or folder and all folders above it, some of which may be new. Throws Failure.
+void syncWithFolders(const std::wstring& path);
+
+/// Syncs the entries of a folder, after a change that is not undone if this fails.
+void trySyncFolder(const std::wstring& folder);
+
 }  // namespace orvane

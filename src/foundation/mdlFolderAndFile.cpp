@@ -10,6 +10,7 @@
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/WindowServices.h"
+#include "foundation/durable_file.h"
 #include "foundation/paths.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
@@ -147,7 +148,9 @@ bool DialogFileCopy(const std::wstring& sSource, const std::wstring& sTarget) {
 
 bool FileMove(const std::wstring& sSource, const std::wstring& sTarget) {
   try {
-    return DialogFileCopy(sSource, sTarget) && FileDelete(sSource);
+    if (!DialogFileCopy(sSource, sTarget)) return false;
+    syncWithFolders(existingPath(sTarget));  // before the only other copy goes
+    return FileDelete(sSource);
   } catch (const std::exception& failure) {
     return failInBox(failureOfTwoPaths(failure, sSource, sTarget), L"FileMove");
   }

@@ -94,6 +94,11 @@ TEST_F(DocumentTest, SavesWithABackupThatIsGoneAfterwards) {
   for (const wchar_t* name : {L" 扫描", L"A ", L"A "}) EXPECT_TRUE(document.AddPage(name));
   EXPECT_TRUE(document.SaveDocument());
   EXPECT_EQ(files(), "Doc.dat\n \xC9\xA8\xC3\xE8$A $A $");
+
+  station.shell("chmod 777 . Batchs/B1 Batchs/B1/D1; chmod 444 " + dataFile);
+  const AsOrdinaryUser user;
+  EXPECT_TRUE(document.RemovePage(1) && document.SaveDocument());
+  EXPECT_EQ(files(), "Doc.dat\nA $A $");
   EXPECT_EQ(window.boxes.size(), 1U);
 }
 
