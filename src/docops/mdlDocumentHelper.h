@@ -47,8 +47,8 @@ bool MergeDocumentFor奇偶排序(const std::wstring& sNewDocumentID, const Disp
 bool DeletePage(ImagingEngine& ImgDelete, const std::wstring& sFileName, std::int16_t iPageNum);
 
 /// Deletes the folder of a document and its contents. Deletes only direct children of the batch
-/// folder: returns false for an empty name, ".", ".." and a name with a separator. The page list goes
-/// first: a crash leaves the whole document or none, but perhaps some of its files.
+/// folder: returns false for an empty name, ".", ".." and a name with a separator. The page list
+/// goes first: a crash leaves the whole document or none, but perhaps some of its files.
 bool DeleteDocumentEx(const std::wstring& sDocumentID);
 
 /// `sDocumentID` itself if no document has that name; otherwise the first free name that consists

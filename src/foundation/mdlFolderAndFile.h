@@ -38,8 +38,8 @@ bool FolderDelete(const std::wstring& sPath);
 /// any spelling or through links, is refused before the first step.
 bool DialogFileCopy(const std::wstring& sSource, const std::wstring& sTarget);
 
-/// `DialogFileCopy`, then `FileDelete` of the source, whose result counts. The copy is synced first,
-/// so that a crash cannot take both.
+/// `DialogFileCopy`, then `FileDelete` of the source, whose result counts. The copy is synced
+/// first, so that a crash cannot take both.
 bool FileMove(const std::wstring& sSource, const std::wstring& sTarget);
 
 /// The same as `FileMove`: works across volumes and replaces an existing target.
