@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <sys/mman.h>
 #include <utility>
 
 #include "imaging/raster/EncodedImage.h"
@@ -105,7 +106,7 @@ struct LzwDictionary {
   static constexpr std::size_t codeOf(std::size_t place) { return place % (1u << kLastWidth); }
 
   // By place: the code of the longer sequence less the byte, or 0 where it has no code yet.
-  std::array<std::uint16_t, 256 << kLastWidth> steps{};
+  std::array<std::uint16_t, 256 << kLastWidth> steps;
 
   // The places of the longer sequences, by their codes; for as many codes as have been given.
   std::array<std::uint32_t, 1 << kLastWidth> places;
@@ -152,14 +153,25 @@ class LzwStripEncoder {
   }
 
  private:
+  // Forgets the longer sequence with this code. Returns the code of the sequence before it.
+  static std::uint32_t takeOut(LzwDictionary& dictionary, std::size_t code) {
+    const std::uint32_t place = dictionary.places[code];
+    dictionary.steps[place] = 0;
+    return static_cast<std::uint32_t>(LzwDictionary::codeOf(place));
+  }
+
   // Each longer sequence became known when the code of the one before it was due. Writes these
   // codes and forgets the sequences.
   static void writeCodes(LzwDictionary& dictionary, std::size_t next) {
     BitPen pen = dictionary.pen;
-    for (std::size_t code = kFirstFree; code < next; ++code) {
-      const std::uint32_t place = dictionary.places[code];
-      pen.put(static_cast<std::uint32_t>(LzwDictionary::codeOf(place)), codeWidth(code));
-      dictionary.steps[place] = 0;
+    std::size_t code = kFirstFree;
+    for (unsigned width = kFirstWidth; width <= kLastWidth && code < next; ++width) {
+      const std::size_t end = width == kLastWidth ? next : std::min<std::size_t>(next, 1U << width);
+      for (; code + 1 < end; code += 2) {  // two at once, because the pen is what takes time here
+        const std::uint32_t first = takeOut(dictionary, code) << width;
+        pen.put(first | takeOut(dictionary, code + 1), 2 * width);
+      }
+      if (code < end) pen.put(takeOut(dictionary, code++), width);
     }
     dictionary.pen = pen;
   }
@@ -169,7 +181,22 @@ class LzwStripEncoder {
   std::size_t next_ = kFirstFree;
 };
 
-using LzwDictionaries = std::array<LzwDictionary, 2>;
+constexpr std::size_t kLargePage = std::size_t{2} << 20;
+
+// Two dictionaries, in large pages of memory where the system has them. Their steps are used in no
+// order, and the processor knows where to find only a small number of pages.
+class alignas(kLargePage) LzwDictionaries {
+ public:
+  LzwDictionaries() {
+    madvise(this, sizeof dictionaries_ / kLargePage * kLargePage, MADV_HUGEPAGE);
+    for (LzwDictionary& dictionary : dictionaries_) dictionary.steps.fill(0);
+  }
+
+  LzwDictionary& operator[](std::size_t index) { return dictionaries_[index]; }
+
+ private:
+  std::array<LzwDictionary, 2> dictionaries_;
+};
 
 // Encodes two strips, each by itself. They take turns byte by byte: while the processor waits for
 // memory in one it works on the other. An empty strip gives no bytes.
