@@ -442,7 +442,11 @@ TEST_F(RealEngine, ADamagedPageIsRecordedAndWhatCannotBeLoadedIsThrown) {
 // libjpeg shows some damage as if it were the picture. A page is whole in all forms or in none, and
 // `checkPage` says the same; it does not matter how its streams are laid out.
 TEST_F(RealEngine, ADamagedJpegPageIsDamagedInEveryForm) {
-  const std::tuple<std::int32_t, std::int32_t, const wchar_t*> forms[] = {
+  struct Form {
+    std::int32_t type, compression;
+    const wchar_t* file;
+  };
+  const Form forms[] = {
       {kSaveTiffMultiBit, kTiffJpeg, L"jpeg.tif"}, {kSaveTiff, kTiffLzw, L"lzw.tif"},
       {kSaveTiff, kTiffNone, L"none.tif"},         {kSaveJpeg, kTiffJpeg, L"page.jpg"},
       {kSavePdf, kPdfJpeg, L"jpeg.pdf"},           {kSavePdf, kPdfNone, L"none.pdf"}};
@@ -458,10 +462,10 @@ TEST_F(RealEngine, ADamagedJpegPageIsDamagedInEveryForm) {
       flipped[8 + random.below(directoryOf(whole) - 8)] ^= static_cast<char>(1 << random.below(8));
       writeBytes(station.native("page.tif"), flipped);
       const bool sound = failureOf([&] { checkPage(station.path(L"page.tif")); }).empty();
-      for (const auto& [type, code, name] : forms) {
-        const std::string failure = failureOf([&, type = type, code = code, name = name] {
+      for (const Form& form : forms) {
+        const std::string failure = failureOf([&] {
           engine.SourceFile(station.path(L"page.tif"));
-          save(type, code, name);
+          save(form.type, form.compression, form.file);
         });
         EXPECT_EQ(sound, failure.empty() && engine.ImagError() == 0) << storage << " try " << i;
       }
