@@ -1,8 +1,10 @@
 // Manages the batches of a station. Run it without arguments for its commands. The station is the
 // program's own folder if that is one, otherwise the current folder.
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -24,10 +26,14 @@ constexpr const char* kUsage = R"(用法：
   station again 档案名称  把一批的状态改回“完成扫描”，让它再导出一次
   station hold 档案名称   把一批搁置起来（状态改为“暂停导出”），让后面的先导出
   station check           检查所有等待导出的批次：文件夹、Doc.dat、每一页；什么也不写
+again 只改“完成成果输出”“暂停导出”“完成扫描”的批次，hold 只改“完成扫描”的。别的状态要在后面加 --force 才改，
+改了以后这样改回去：
+  station set 档案名称 原来的状态 --force
 )";
 
 constexpr const wchar_t* kWaiting = L"完成扫描";
 constexpr const wchar_t* kOnHold = L"暂停导出";
+constexpr const wchar_t* kExported = L"完成成果输出";
 
 // An error message for the operator.
 struct Refusal : std::runtime_error {
@@ -75,14 +81,44 @@ int list(BatchStore& store, const std::wstring& condition) {
   return 0;
 }
 
+// A new state of a batch, and the states that it is meant for. Another state belongs to the
+// scanning station, and is changed by force only.
+struct StateChange {
+  std::wstring BatchID, state;
+  std::vector<std::wstring> from;
+  bool isForced = false;
+
+  bool isMeantFor(const std::wstring& old) const {
+    return std::find(from.begin(), from.end(), old) != from.end();
+  }
+};
+
+std::wstring asShellWord(const std::wstring& text) {
+  std::wstring word = L"'";
+  for (const wchar_t letter : text) word += letter == L'\'' ? L"'\\''" : std::wstring(1, letter);
+  return word + L"'";
+}
+
 // Refused while the program is open, because a run does not expect another state of a batch.
-int setState(BatchStore& store, const std::wstring& BatchID, const std::wstring& state) {
+int setState(BatchStore& store, const StateChange& change) {
   const InstanceGuard guard(programFolder());
   if (guard.anotherRuns()) throw Refusal(L"程序正开着，请先关闭它再改状态。");
-  const std::vector<Row> found = batches(store, L" where BatchID = " + quoted(BatchID));
-  if (found.empty()) throw Refusal(L"没有这一批：" + BatchID);
-  store.execute(L"update T_BatchInfo set BatchState = ? where BatchID = ?", {state, BatchID});
-  print(BatchID + L"：" + valueOf(found[0], 1) + L" → " + state);
+  const std::vector<Row> found = batches(store, L" where BatchID = " + quoted(change.BatchID));
+  if (found.empty()) throw Refusal(L"没有这一批：" + change.BatchID);
+  for (const Row& row : found) {
+    if (change.isForced || change.isMeantFor(valueOf(row, 1))) continue;
+    throw Refusal(change.BatchID + L" 的状态是“" + valueOf(row, 1) +
+                  L"”，没有改。确实要改，请在命令后面加 --force");
+  }
+  store.execute(L"update T_BatchInfo set BatchState = nullif(?, '') where BatchID = ?",
+                {change.state, change.BatchID});
+  for (const Row& row : found) {
+    const std::wstring old = valueOf(row, 1);
+    print(change.BatchID + L"：" + old + L" → " + change.state);
+    if (change.isMeantFor(old)) continue;
+    print(L"改回去：station set " + asShellWord(change.BatchID) + L" " + asShellWord(old) +
+          L" --force");
+  }
   return 0;
 }
 
@@ -131,20 +167,34 @@ void enterStation() {
   }
 }
 
+std::optional<StateChange> stateChange(std::vector<std::wstring> words) {
+  const bool isForced = words.back() == L"--force";
+  if (isForced) words.pop_back();
+  if (words.size() == 2 && words[0] == L"again") {
+    return StateChange{words[1], kWaiting, {kExported, kOnHold, kWaiting}, isForced};
+  }
+  if (words.size() == 2 && words[0] == L"hold") {
+    return StateChange{words[1], kOnHold, {kWaiting}, isForced};
+  }
+  if (words.size() == 3 && words[0] == L"set" && isForced) {
+    return StateChange{words[1], words[2], {}, isForced};
+  }
+  return std::nullopt;
+}
+
 int run(const std::vector<std::wstring>& words) {
   const std::wstring command = words.empty() ? L"" : words[0];
   const bool isList = command == L"list" && words.size() <= 2;
-  const bool isAgain = command == L"again" && words.size() == 2;
-  const bool isHold = command == L"hold" && words.size() == 2;
   const bool isCheck = command == L"check" && words.size() == 1;
-  if (!isList && !isAgain && !isHold && !isCheck) {
+  const auto change = words.empty() ? std::nullopt : stateChange(words);
+  if (!isList && !isCheck && !change) {
     std::cerr << kUsage;
     return 2;
   }
   enterStation();
   SqliteStore store;
   store.open(programFolder() + L"\\Orvane.dll");
-  if (isAgain || isHold) return setState(store, words[1], isAgain ? kWaiting : kOnHold);
+  if (change) return setState(store, *change);
   if (isCheck) return check(store);
   return list(store, words.size() == 2 ? inState(words[1]) : L"");
 }
