@@ -59,7 +59,6 @@ class BatchExport : private ExportListener {
         BatchOutputFolder_(
             batchOutputFolder(settings_.SavePath, settings_.IsCreateBatchFolder, BatchID)),
         run_(run) {
-    run_.written.beginBatch(BatchID);
     sum_.batch = BatchID;
   }
 
@@ -112,6 +111,7 @@ class BatchExport : private ExportListener {
   /// The row of the batch in the report.
   ReportRow sum() const {
     ReportRow sum = sum_;
+    sum.output = run_.written.ofPass();
     sum.time = Clock::now() - start_;
     return sum;
   }
@@ -149,9 +149,7 @@ class BatchExport : private ExportListener {
   }
 
   void addFile(const std::wstring& file, int pages) override {
-    row_.bytes += run_.written.addFile(file);
-    row_.pages += pages;
-    ++row_.files;
+    row_.output += {pages, 1, run_.written.addFile(file, pages)};
   }
 
   void endPage() override { host_.progress().endPage(); }
@@ -161,9 +159,6 @@ class BatchExport : private ExportListener {
     row_.isExported = isExported;
     row_.reason = reason;
     run_.report.addDocument(row_);
-    sum_.pages += row_.pages;
-    sum_.files += row_.files;
-    sum_.bytes += row_.bytes;
     if (!isExported) addReason(row_.document + L" 导出失败");
   }
 
@@ -206,8 +201,10 @@ class BatchExport : private ExportListener {
     if (!settings_.IsCreateBatchFolder || !run_.outputFolder.isAt(settings_.SavePath)) return {};
     try {
       requireNoFileOfAnotherBatch();
-      const bool isDeleted = deleteBatchOutputFolder(settings_.SavePath, BatchID_, scans);
-      run_.written.forgetBatch();
+      bool isDeleted = false;
+      run_.written.forgetDeleted(BatchOutputFolder_, [&] {
+        isDeleted = deleteBatchOutputFolder(settings_.SavePath, BatchID_, scans);
+      });
       if (!isDeleted) return {};
     } catch (const std::exception& refusal) {
       std::wstring kept = description(refusal);
@@ -215,8 +212,6 @@ class BatchExport : private ExportListener {
       addReason(kept);
       return kept;
     }
-    sum_.pages = sum_.files = 0;
-    sum_.bytes = 0;
     addReason(L"这一批的成果文件夹已删除");
     return {};
   }
@@ -291,6 +286,7 @@ void exportBatch(RunHost& host, const Recordset& record, Run& run) {
   const Field& batchField = record.Fields(L"BatchID");
   const std::wstring title = batchField.isNull() ? L"" : batchField.text();
   report(host, L"档案：" + title + L"开始导出...");
+  run.written.beginBatch(title);
   try {
     const std::wstring BatchID = batchField.text();
     // `PaperNum` only serves to estimate the remaining time, but a record without it ends the run.
@@ -298,7 +294,8 @@ void exportBatch(RunHost& host, const Recordset& record, Run& run) {
     gBatchFolder = programFolder() + L"\\Batchs\\" + BatchID;
     host.progress().endBatch(exportFolder(host, BatchID, run));
   } catch (const std::exception& failure) {
-    run.report.endBatch({.batch = title, .reason = description(failure)});
+    run.report.endBatch(
+        {.batch = title, .output = run.written.ofPass(), .reason = description(failure)});
     throw;
   }
   host.listProcessLog().addItem(L" ");

@@ -33,6 +33,18 @@ void showRunning(RunHost& host, bool running) {
   host.RefreshRunButtons();
 }
 
+/// Ends the records of a run, also if it throws.
+class RecordsOfRun {
+ public:
+  explicit RecordsOfRun(Run& run) : run_(run) {}
+  ~RecordsOfRun() { run_.report.endRun(run_.written.left()); }
+  RecordsOfRun(const RecordsOfRun&) = delete;
+  RecordsOfRun& operator=(const RecordsOfRun&) = delete;
+
+ private:
+  Run& run_;
+};
+
 void handleRecord(RunHost& host, const Recordset& record, Run& run) {
   if (record.RecordCount() < 1) {
     host.listProcessLog().addItem(L" 没有扫描完成的档案！");
@@ -72,8 +84,8 @@ void RunOutPutBatch(RunHost& host) {
     host.setIsStopRequested(false);
     showRunning(host, true);
     host.progress().beginRun();
+    const RecordsOfRun records(run);
     runPasses(host, run);
-    run.report.endRun();
   } catch (const std::exception& failure) {
     mdlFolderAndFile::LogWrite(L"RunOutPutBatch Err:" + description(failure),
                                std::wstring(kApplicationTitle) + L"[mdlDataBase]", true);

@@ -2,8 +2,11 @@
 
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
+
+#include "export/WrittenFiles.h"
 
 namespace orvane {
 
@@ -11,9 +14,7 @@ namespace orvane {
 struct ReportRow {
   std::wstring batch;
   std::wstring document{};
-  std::int64_t pages = 0;
-  std::int64_t files = 0;
-  std::uint64_t bytes = 0;
+  OutputSum output{};  ///< for a document, what was written; for a batch, what is left of it
   std::chrono::duration<double> time{};
   bool isExported = false;
   std::wstring reason{};  ///< the reason of a failure, or another finding
@@ -28,6 +29,9 @@ struct ReportRow {
 /// failed pass before it, apart from the times, is only counted. A row is written for the 1st,
 /// 10th, 100th ... repetition, and one with their number when something else follows.
 ///
+/// Files can be replaced or deleted after the sum of their batch was written. At the end, a row for
+/// each batch whose sums do not hold any more says what is left of it.
+///
 /// Nothing is thrown. A report that cannot be written is logged once, and the run continues.
 class RunReport {
  public:
@@ -37,12 +41,20 @@ class RunReport {
   /// Adds the sum of a batch, in which `document` is ignored, and ends the batch.
   void endBatch(const ReportRow& sum);
 
-  void endRun();
+  /// Ends the run. `left` is what is left of its batches.
+  void endRun(const std::vector<WrittenFiles::Left>& left);
 
  private:
+  struct Told {
+    OutputSum all;       // of all sums of a batch
+    OutputSum lastPass;  // the last one
+    bool isExported = false;
+  };
+
   template <typename Step>
   void attempt(Step step);
   void add(const ReportRow& row, const std::wstring& document);
+  void writeLeft(const std::vector<WrittenFiles::Left>& left);
   void writeRepetitions();
   void write(const std::wstring& line);
   static std::wstring newFile();
@@ -56,6 +68,7 @@ class RunReport {
   bool isRepetition_ = false;         // so far this pass has the rows of the previous one
   std::wstring repeatedBatch_;
   std::int64_t repetitions_ = 0, repetitionsTold_ = 0;
+  std::map<std::wstring, Told> told_;  // by batch
 };
 
 }  // namespace orvane
