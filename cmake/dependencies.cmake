@@ -9,4 +9,6 @@ pkg_check_modules(ZSTD REQUIRED IMPORTED_TARGET libzstd)
 pkg_check_modules(LZMA REQUIRED IMPORTED_TARGET liblzma)
 pkg_check_modules(JPEG REQUIRED IMPORTED_TARGET libjpeg)
 pkg_check_modules(LEPTONICA REQUIRED IMPORTED_TARGET lept)
+# SHA-256, in the instructions that the processor has for it.
+pkg_check_modules(CRYPTO REQUIRED IMPORTED_TARGET libcrypto)
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)

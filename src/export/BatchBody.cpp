@@ -8,6 +8,7 @@
 #include "export/SaveAsDocument.h"
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
+#include "foundation/durable_file.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 
@@ -59,6 +60,7 @@ class BatchExport : private ExportListener {
         BatchOutputFolder_(
             batchOutputFolder(settings_.SavePath, settings_.IsCreateBatchFolder, BatchID)),
         run_(run) {
+    run_.checksums.beginBatch(settings_.SavePath, run_.written.firstOfPass());
     sum_.batch = BatchID;
   }
 
@@ -81,6 +83,7 @@ class BatchExport : private ExportListener {
       const std::wstring reason = isExported ? L"" : logged.text();
       endDocument(isExported, reason);
       if (!isExported) {
+        run_.checksums.dropBatch();
         logReplacedFiles();
         const std::wstring kept = deleteOutput(scans);
         reportFailure(host_, name + L" 导出失败！", kept.empty() ? reason : reason + L"\n" + kept);
@@ -100,6 +103,7 @@ class BatchExport : private ExportListener {
     sum_.isExported = succeeds([this] { bringToDisk(); }) &&
                       mdlDataBase::UpdateBatchInfo(BatchID_, L"完成成果输出");
     if (sum_.isExported) {
+      deliver();
       report(host_, L"档案导出成果成功！");
     } else {
       addReason(logged.text());
@@ -145,11 +149,14 @@ class BatchExport : private ExportListener {
   void beginPage(int page, int pageCount) override { host_.progress().beginPage(page, pageCount); }
 
   void replace(const FileIdentity& older, const std::wstring& path) override {
-    run_.written.replace(older, path);
+    const auto number = run_.written.replace(older, path);
+    if (number) run_.checksums.takeOut(*number);
   }
 
   void addFile(const std::wstring& file, int pages) override {
-    row_.output += {pages, 1, run_.written.addFile(file, pages)};
+    const std::uint64_t bytes = run_.written.addFile(file, pages);
+    run_.checksums.add(file, bytes);
+    row_.output += {pages, 1, bytes};
   }
 
   void endPage() override { host_.progress().endPage(); }
@@ -191,8 +198,13 @@ class BatchExport : private ExportListener {
   // An exported batch is never exported again, so before the table is updated the files must
   // survive a power failure and be in the folder that the operator chose.
   void bringToDisk() {
-    run_.written.bringToDisk();
+    syncBesideWindow([this] { run_.written.bringToDisk(); }, [this] { run_.checksums.complete(); });
     requireOutputFolder();
+  }
+
+  void deliver() {
+    const std::wstring problem = run_.checksums.deliverBatch(run_.report.file());
+    if (!problem.empty()) logFinding(L"的校验清单缺少文件：" + problem);
   }
 
   // Deletes nothing if another folder has replaced the output folder of the run. Returns why the
@@ -202,9 +214,10 @@ class BatchExport : private ExportListener {
     try {
       requireNoFileOfAnotherBatch();
       bool isDeleted = false;
-      run_.written.forgetDeleted(BatchOutputFolder_, [&] {
+      const auto gone = run_.written.forgetDeleted(BatchOutputFolder_, [&] {
         isDeleted = deleteBatchOutputFolder(settings_.SavePath, BatchID_, scans);
       });
+      for (const WrittenFiles::Number number : gone) run_.checksums.takeOut(number);
       if (!isDeleted) return {};
     } catch (const std::exception& refusal) {
       std::wstring kept = description(refusal);

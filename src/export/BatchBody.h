@@ -4,6 +4,7 @@
 #include <string>
 
 #include "batchdb/BatchStore.h"
+#include "export/ChecksumList.h"
 #include "export/RunHost.h"
 #include "export/RunReport.h"
 #include "export/ScanTreeGuard.h"
@@ -19,6 +20,7 @@ struct Run {
   WrittenFiles written{};
   std::set<std::wstring> loggedFindings{};  ///< log lines about replaced or leftover files
   RunReport report{};
+  ChecksumList checksums{};
 };
 
 /// Exports the batch in `record`: all of its documents, then sets its new state. If a document

@@ -37,7 +37,10 @@ void showRunning(RunHost& host, bool running) {
 class RecordsOfRun {
  public:
   explicit RecordsOfRun(Run& run) : run_(run) {}
-  ~RecordsOfRun() { run_.report.endRun(run_.written.left()); }
+  ~RecordsOfRun() {
+    run_.report.endRun(run_.written.left());
+    run_.checksums.endRun();
+  }
   RecordsOfRun(const RecordsOfRun&) = delete;
   RecordsOfRun& operator=(const RecordsOfRun&) = delete;
 

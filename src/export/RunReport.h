@@ -41,6 +41,9 @@ class RunReport {
   /// Adds the sum of a batch, in which `document` is ignored, and ends the batch.
   void endBatch(const ReportRow& sum);
 
+  /// The path of the report; empty if none could be written.
+  const std::wstring& file() const { return file_; }
+
   /// Ends the run. `left` is what is left of its batches.
   void endRun(const std::vector<WrittenFiles::Left>& left);
 

@@ -219,9 +219,7 @@ std::vector<WrittenFiles::Left> WrittenFiles::left() const {
 }
 
 void WrittenFiles::bringToDisk() const {
-  syncBesideWindow([this] {
-    for (const auto& [device, disk] : disks_) disk.sync();
-  });
+  for (const auto& [device, disk] : disks_) disk.sync();
 }
 
 WrittenFiles::Disk& WrittenFiles::diskOf(dev_t device, const std::wstring& path) {

@@ -94,8 +94,8 @@ class WrittenFiles {
   /// What is left of each batch of the run, in the order in which they began.
   std::vector<Left> left() const;
 
-  /// Syncs everything that the batch wrote, and handles the window's events meanwhile. Throws
-  /// Failure if something could not be written.
+  /// Syncs everything that the batch wrote. May be called on any thread, but nothing else may be
+  /// called meanwhile. Throws Failure if something could not be written.
   void bringToDisk() const;
 
  private:

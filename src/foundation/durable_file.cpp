@@ -9,6 +9,7 @@
 #include <sys/vfs.h>
 #include <system_error>
 #include <unistd.h>
+#include <vector>
 
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
@@ -113,11 +114,15 @@ void replaceFile(const std::wstring& path, std::string_view bytes) {
   replacement.commit();
 }
 
-void syncBesideWindow(const std::function<void()>& sync) {
+void syncBesideWindow(const std::function<void()>& sync, const std::function<void()>& work) {
   constexpr auto kStep = std::chrono::milliseconds(20);
-  std::future<void> done = started(sync);
-  while (done.wait_for(kStep) == std::future_status::timeout) windowServices().yield();
-  done.get();
+  std::vector<std::future<void>> tasks;
+  tasks.push_back(started(sync));
+  if (work) tasks.push_back(started(work));
+  for (const std::future<void>& task : tasks) {
+    while (task.wait_for(kStep) == std::future_status::timeout) windowServices().yield();
+  }
+  for (std::future<void>& task : tasks) task.get();
 }
 
 bool syncsFilesOnly(const std::wstring& path) {
