@@ -4,13 +4,12 @@
 #include <cerrno>
 #include <exception>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include "foundation/Failure.h"
-#include "foundation/FileDescriptor.h"
 #include "foundation/WindowServices.h"
 #include "foundation/durable_file.h"
+#include "foundation/log_files.h"
 #include "foundation/paths.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
@@ -195,10 +194,6 @@ constexpr std::size_t kMessagesKept = 6;
 
 LogCapture* innermostCapture = nullptr;
 
-std::wstring logFolder() {
-  return programFolder() + L"\\Log";
-}
-
 }  // namespace
 
 void LogWrite(const std::wstring& sMessage, const std::wstring& sSource, bool bShowBox,
@@ -239,35 +234,6 @@ std::wstring LogCapture::text() const {
   std::wstring text;
   for (const std::wstring& message : messages_) {
     text += (text.empty() ? L"" : L"\n") + inOneLine(message);
-  }
-  return text;
-}
-
-std::wstring logFileOfToday() {
-  return logFolder() + L"\\" + localTime("%Y%m%d") + L".log";
-}
-
-// Reads only the end of the file, which can have any size. In code page 936 the byte 0x0A is always
-// a line end.
-std::wstring readLog(const std::wstring& sLogFile, std::size_t most) {
-  const FileDescriptor file = FileDescriptor::openRegularFile(sLogFile);
-  const off_t size = lseek(file.number(), 0, SEEK_END);
-  const off_t start = std::max<off_t>(0, size - static_cast<off_t>(most));
-  if (size < 0 || lseek(file.number(), start, SEEK_SET) < 0) throw systemFailure(errno, sLogFile);
-  std::string bytes(most, '\0');
-  std::size_t length = 0;
-  while (length < most) {
-    const std::size_t count = file.read(bytes.data() + length, most - length);
-    if (count == 0) break;
-    length += count;
-  }
-  bytes.resize(length);
-  if (start > 0) bytes.erase(0, bytes.find('\n') + 1);
-
-  std::wstring text;
-  for (const wchar_t c : fromAnsi(bytes)) {
-    if (c == L'\r' || (c == L'\n' && (text.empty() || text.ends_with(L'\n')))) continue;
-    text += c;
   }
   return text;
 }

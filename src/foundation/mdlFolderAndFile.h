@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <deque>
 #include <memory>
 #include <string>
@@ -81,13 +80,6 @@ class LogCapture {
   LogCapture* outer_;
   std::deque<std::wstring> messages_;
 };
-
-/// The path text of today's log file, which need not exist.
-std::wstring logFileOfToday();
-
-/// The last entries of a log, at most `most` bytes of the file, with `\n` as line end and without
-/// empty lines. Throws Failure if it cannot be read.
-std::wstring readLog(const std::wstring& sLogFile, std::size_t most);
 
 }  // namespace mdlFolderAndFile
 

@@ -2,64 +2,18 @@
 
 #include <QAction>
 #include <QDesktopServices>
-#include <QDialog>
-#include <QPlainTextEdit>
-#include <QShortcut>
 #include <QToolTip>
 #include <QUrl>
-#include <QVBoxLayout>
 #include <filesystem>
 
-#include "foundation/Failure.h"
-#include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/text_encoding.h"
+#include "window/LogWindow.h"
 #include "window/help.h"
 #include "window/qt_text.h"
 
 namespace orvane {
 namespace {
-
-constexpr std::size_t kMostOfLog = 1U << 20;  // bytes
-
-QString logText(const std::wstring& file) {
-  try {
-    if (!mdlFolderAndFile::fileSystem().FileExists(file)) return QStringLiteral("今天还没有日志。");
-    return toQt(mdlFolderAndFile::readLog(file, kMostOfLog));
-  } catch (const std::exception& failure) {
-    return QStringLiteral("日志读不出来：") + toQt(description(failure));
-  }
-}
-
-// Called again when the window is reopened, and by F5.
-void fill(QDialog& logWindow) {
-  const std::wstring file = mdlFolderAndFile::logFileOfToday();
-  logWindow.setWindowTitle(QStringLiteral("今天的日志 ") +
-                           toQt(file.substr(file.find_last_of(L'\\') + 1)) +
-                           QStringLiteral("（按 F5 刷新）"));
-  auto& text = *logWindow.findChild<QPlainTextEdit*>();
-  text.setPlainText(logText(file));
-  text.moveCursor(QTextCursor::End);
-}
-
-void showLog(QWidget& window) {
-  auto* logWindow = window.findChild<QDialog*>(QStringLiteral("logOfToday"));
-  if (logWindow == nullptr) {
-    logWindow = new QDialog(&window);
-    logWindow->setObjectName(QStringLiteral("logOfToday"));
-    logWindow->resize(window.size() * 0.8);
-    auto* text = new QPlainTextEdit;
-    text->setReadOnly(true);
-    text->setAccessibleName(QStringLiteral("今天的日志"));
-    (new QVBoxLayout(logWindow))->addWidget(text);
-    QObject::connect(new QShortcut(QKeySequence(Qt::Key_F5), logWindow), &QShortcut::activated,
-                     logWindow, [logWindow] { fill(*logWindow); });
-  }
-  fill(*logWindow);
-  logWindow->show();
-  logWindow->raise();
-  logWindow->activateWindow();
-}
 
 // Failures appear in a tip, because a box would block the run.
 void showTip(QWidget& list, const QString& text) {
@@ -107,7 +61,11 @@ void addListActions(QWidget& window, ProgressListView& list, const ExportForm& f
   auto* separator = new QAction(&list);
   separator->setSeparator(true);
   list.addAction(separator);
-  setWindowKey(addAction(list, "今天的日志(&L)", [&] { showLog(window); }), Qt::CTRL | Qt::Key_L);
+  setWindowKey(addAction(list, "日志(&L)", [&] { LogWindow::open(window, LogWindow::Kind::Logs); }),
+               Qt::CTRL | Qt::Key_L);
+  setWindowKey(
+      addAction(list, "导出清单(&T)", [&] { LogWindow::open(window, LogWindow::Kind::Reports); }),
+      Qt::CTRL | Qt::Key_T);
   setWindowKey(addAction(list, "打开输出文件夹(&O)",
                          [&] { openOutputFolder(list, form.settings().SavePath); }),
                Qt::CTRL | Qt::Key_O);

@@ -7,8 +7,9 @@
 
 namespace orvane {
 
-/// Gives the list its context menu: actions on its lines, today's log, the output folder and the
-/// guide. The keys of the last three work in the whole window. None of the actions blocks a run.
+/// Gives the list its context menu: actions on its lines, the logs, the reports, the output folder
+/// and the guide. The keys of the last four work in the whole window. None of the actions blocks a
+/// run.
 void addListActions(QWidget& window, ProgressListView& list, const ExportForm& form);
 
 }  // namespace orvane

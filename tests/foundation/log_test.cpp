@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "foundation/log_files.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"
@@ -69,13 +70,33 @@ TEST(Log, TheLastMessagesAreCollectedForWhoeverTellsTheFailure) {
 TEST(Log, TheEndOfTheDaysFileIsReadInWholeEntries) {
   const TempStation station;
   for (const wchar_t* message : {L"第一", L"第二", L"第三"}) LogWrite(message, L"s");
-  const std::wstring file = mdlFolderAndFile::logFileOfToday();
+  const std::wstring file = logFileOfToday();
   const auto stamps = std::regex("[0-9-]{10} [0-9:]{8} Orvane成果导出 - ");
   for (const auto& [most, text] :
        {std::pair{4096, "s:第一\ns:第二\ns:第三\n"}, {90, "s:第三\n"}, {3, ""}, {0, ""}}) {
-    EXPECT_EQ(std::regex_replace(toUtf8(mdlFolderAndFile::readLog(file, most)), stamps, ""), text);
+    EXPECT_EQ(std::regex_replace(toUtf8(readLogFile(file, most)), stamps, ""), text);
   }
-  EXPECT_ANY_THROW(mdlFolderAndFile::readLog(station.path(L"Log"), 9));
+  EXPECT_ANY_THROW(readLogFile(station.path(L"Log"), 9));
+}
+
+TEST(Log, LogsAndReportsAreListedNewestFirst) {
+  const TempStation station;
+  EXPECT_TRUE(dailyLogs().empty() && runReports().empty());
+  station.shell(
+      "mkdir Log && cd Log && touch 20240301.log 20231231.log 20240302.log 20240301.txt old.log "
+      "20240301-220005.txt 20240301-220005-2.txt 20240301-090000.txt 20240301-090000.sha256");
+  const auto names = [](const std::vector<std::wstring>& files) {
+    std::string text;
+    for (const std::wstring& file : files) text += toUtf8(file.substr(logFolder().size())) + " ";
+    return text;
+  };
+  EXPECT_EQ(names(dailyLogs()), "\\20240302.log \\20240301.log \\20231231.log ");
+  EXPECT_EQ(names(runReports()),
+            "\\20240301-220005-2.txt \\20240301-220005.txt \\20240301-090000.txt ");
+  station.write("Log/20240301-220005.txt", "档案\t结果\r\nB1\t成功\r\n");
+  EXPECT_EQ(readLogFile(runReports()[1], 4096), L"档案\t结果\nB1\t成功\n");
+  station.shell("rm -r Log; touch Log");
+  EXPECT_ANY_THROW(dailyLogs());
 }
 
 TEST(Log, EntriesOfTwoProgramsDoNotMix) {

@@ -227,7 +227,7 @@ TEST_F(ProgressListTest, TheMenuOpensByMouseAndKeyboardWithoutBlockingTheRun) {
     std::string captions;
     for (QAction* action : menu->actions()) captions += action->text().toStdString() + "|";
     EXPECT_EQ(captions,
-              "复制(&C)\tCtrl+C|全选(&A)\tCtrl+A|失败的原因(&R)\t回车||今天的日志(&L)|"
+              "复制(&C)\tCtrl+C|全选(&A)\tCtrl+A|失败的原因(&R)\t回车||日志(&L)|导出清单(&T)|"
               "打开输出文件夹(&O)|操作手册(&G)|");
     menu->actions()[1]->trigger();
     menu->actions()[0]->trigger();

@@ -189,26 +189,13 @@ TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelClearsIt) {
             folder.path(L"成果\\.新\\"));
 }
 
-TEST_F(FrmMain, TheKeysOfTheMenuOpenTodaysLogTheOutputFolderAndTheGuide) {
+TEST_F(FrmMain, TheKeysOfTheMenuOpenTheOutputFolderAndTheGuide) {
   window.show();
   window.activateWindow();
   ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
   const auto press = [](QWidget& target, const QKeySequence& key) {
     QTest::keySequence(&target, key);
   };
-  press(window, QKeySequence("Ctrl+L"));
-  auto* log = window.findChild<QDialog*>("logOfToday");
-  ASSERT_TRUE(log != nullptr && log->isVisible() && !log->isModal());
-  auto& text = *log->findChild<QPlainTextEdit*>();
-  EXPECT_EQ(text.toPlainText().toStdString(), "今天还没有日志。");
-  EXPECT_TRUE(text.isReadOnly());
-  mdlFolderAndFile::LogWrite(L"失败：磁盘满", L"来源");
-  ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == log; }));
-  press(*log, QKeySequence("F5"));
-  EXPECT_THAT(text.toPlainText().toStdString(), testing::EndsWith(" - 来源:失败：磁盘满\n"));
-  press(*log, QKeySequence("Esc"));
-  EXPECT_FALSE(log->isVisible());
-
   folder.shell("mkdir 成果");
   inChooser([&](QDialog& chooser) {
     chooser.findChild<QLineEdit*>()->setText(QString::fromStdString(folder.native("成果")));
@@ -216,8 +203,6 @@ TEST_F(FrmMain, TheKeysOfTheMenuOpenTodaysLogTheOutputFolderAndTheGuide) {
   });
   QTextBrowser desktop;
   QDesktopServices::setUrlHandler("file", &desktop, "setSource");
-  window.activateWindow();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &window; }));
   press(window, QKeySequence("Ctrl+O"));
   EXPECT_EQ(desktop.source().toLocalFile().toStdString(), folder.native("成果").string() + "/");
   folder.write("doc/operator-guide.zh.html", "手册");

@@ -1,0 +1,91 @@
+#include "foundation/log_files.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <regex>
+#include <unistd.h>
+
+#include "foundation/Failure.h"
+#include "foundation/FileDescriptor.h"
+#include "foundation/paths.h"
+#include "foundation/program.h"
+#include "foundation/text_encoding.h"
+
+namespace orvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The second report of a second ends in "-2".
+std::vector<std::wstring> filesNamed(const std::wregex& form) {
+  std::vector<std::wstring> names;
+  std::error_code error;
+  for (fs::directory_iterator entry(nativePath(logFolder()), error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::wstring name = entryText(entry->path().filename().native());
+    if (std::regex_match(name, form)) names.push_back(name.substr(0, name.size() - 4));
+  }
+  if (error && error != std::errc::no_such_file_or_directory) {
+    throw systemFailure(error.value(), logFolder());
+  }
+  std::ranges::sort(names, std::greater());
+  return names;
+}
+
+std::vector<std::wstring> filesNamed(const wchar_t* form, const std::wstring& extension) {
+  std::vector<std::wstring> files = filesNamed(std::wregex(form));
+  for (std::wstring& file : files) file = logFolder() + L"\\" + file + extension;
+  return files;
+}
+
+std::string lastBytes(const FileDescriptor& file, off_t start, std::size_t most) {
+  std::string bytes(most, '\0');
+  std::size_t length = 0;
+  while (length < most) {
+    const std::size_t count = file.read(bytes.data() + length, most - length);
+    if (count == 0) break;
+    length += count;
+  }
+  bytes.resize(length);
+  if (start > 0) bytes.erase(0, bytes.find('\n') + 1);
+  return bytes;
+}
+
+}  // namespace
+
+std::wstring logFolder() {
+  return programFolder() + L"\\Log";
+}
+
+std::wstring logFileOfToday() {
+  return logFolder() + L"\\" + localTime("%Y%m%d") + L".log";
+}
+
+std::vector<std::wstring> dailyLogs() {
+  return filesNamed(LR"(\d{8}\.log)", L".log");
+}
+
+std::vector<std::wstring> runReports() {
+  return filesNamed(LR"(\d{8}-\d{6}(-\d+)?\.txt)", L".txt");
+}
+
+// Reads only the end of the file, which can have any size. In both encodings the byte 0x0A is
+// always a line end.
+std::wstring readLogFile(const std::wstring& file, std::size_t most) {
+  const FileDescriptor opened = FileDescriptor::openRegularFile(file);
+  const off_t size = lseek(opened.number(), 0, SEEK_END);
+  const off_t start = std::max<off_t>(0, size - static_cast<off_t>(most));
+  if (size < 0 || lseek(opened.number(), start, SEEK_SET) < 0) throw systemFailure(errno, file);
+  const std::string bytes = lastBytes(opened, start, most);
+
+  std::wstring text;
+  for (const wchar_t c : file.ends_with(L".txt") ? fromUtf8(bytes) : fromAnsi(bytes)) {
+    if (c == L'\r' || (c == L'\n' && (text.empty() || text.ends_with(L'\n')))) continue;
+    text += c;
+  }
+  return text;
+}
+
+}  // namespace orvane
