@@ -17,8 +17,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-void report(RunHost& host, const std::wstring& line) {
-  host.listProcessLog().addItem(line);
+void report(RunHost& host, const std::wstring& line, const std::wstring& reason = {}) {
+  host.listProcessLog().addItemWithReason(line, reason);
   host.listProcessLog().refresh();
 }
 
@@ -27,11 +27,6 @@ void report(RunHost& host, const std::wstring& line) {
 void reportDocument(RunHost& host, const std::wstring& DocumentID) {
   host.listProcessLog().addItem(DocumentID + L" 导出成功！");
   host.listProcessLog().refreshInTime();
-}
-
-void reportFailure(RunHost& host, const std::wstring& line, const std::wstring& reason) {
-  host.listProcessLog().addFailure(line, reason);
-  host.listProcessLog().refresh();
 }
 
 // Runs `step`. Logs a failure and returns false.
@@ -86,7 +81,7 @@ class BatchExport : private ExportListener {
         run_.checksums.dropBatch();
         logReplacedFiles();
         const std::wstring kept = deleteOutput(scans);
-        reportFailure(host_, name + L" 导出失败！", kept.empty() ? reason : reason + L"\n" + kept);
+        report(host_, name + L" 导出失败！", kept.empty() ? reason : reason + L"\n" + kept);
         return false;
       }
       reportDocument(host_, name);
@@ -104,10 +99,11 @@ class BatchExport : private ExportListener {
                       mdlDataBase::UpdateBatchInfo(BatchID_, L"完成成果输出");
     if (sum_.isExported) {
       deliver();
-      report(host_, L"档案导出成果成功！");
+      if (!findings_.empty()) host_.progress().noteFinding();
+      report(host_, L"档案导出成果成功！", findings_);
     } else {
       addReason(logged.text());
-      reportFailure(host_, L"档案导出数字化成果失败！", logged.text());
+      report(host_, L"档案导出数字化成果失败！", logged.text());
     }
     return sum_.isExported;
   }
@@ -242,6 +238,7 @@ class BatchExport : private ExportListener {
     if (replaced.count == 0) return;
     logFinding(L"替换了本次导出中已写出的 " + std::to_wstring(replaced.count) +
                L" 个同名文件，第一个原是档案【" + replaced.batch + L"】的：" + replaced.first);
+    addFinding(L"先写出的这些页已经没有了：请改好命名或文件夹结构，再导出一次。");
   }
 
   void logLeftovers() {
@@ -257,9 +254,14 @@ class BatchExport : private ExportListener {
   // A finding repeats in every pass over a failing batch.
   void logFinding(const std::wstring& finding) {
     addReason(finding);
+    addFinding(L"这一批" + finding);
     const std::wstring line = L"RunOutPutBatch-档案【" + BatchID_ + L"】" + finding;
     if (!run_.loggedFindings.insert(line).second) return;
     mdlFolderAndFile::LogWrite(line, kApplicationTitle);
+  }
+
+  void addFinding(const std::wstring& line) {
+    findings_ += (findings_.empty() ? L"" : L"\n") + line;
   }
 
   void addReason(const std::wstring& reason) {
@@ -274,6 +276,7 @@ class BatchExport : private ExportListener {
   const Clock::time_point start_ = Clock::now();
   Clock::time_point startOfDocument_{};
   ReportRow row_{}, sum_{};  // of the current document, and of the batch
+  std::wstring findings_;    // what is unusual about its files, for the operator
 };
 
 // Returns true if the batch was exported.
@@ -281,7 +284,7 @@ bool exportFolder(RunHost& host, const std::wstring& BatchID, Run& run) {
   if (!scanFolderExists(BatchID)) {
     const std::wstring reason = isFolderName(BatchID) ? L"没有这个文件夹：" + gBatchFolder
                                                       : L"批次名不能作文件夹名：" + BatchID;
-    reportFailure(host, L"档案：" + BatchID + L"处理失败【档案找不到！】...", reason);
+    report(host, L"档案：" + BatchID + L"处理失败【档案找不到！】...", reason);
     run.report.endBatch({.batch = BatchID, .reason = reason});
     mdlDataBase::AddBatchRemark(BatchID, L"档案扫描件找不到！");
     return false;

@@ -33,52 +33,61 @@ void showRunning(RunHost& host, bool running) {
   host.RefreshRunButtons();
 }
 
-/// Ends the records of a run, also if it throws.
-class RecordsOfRun {
- public:
-  explicit RecordsOfRun(Run& run) : run_(run) {}
-  ~RecordsOfRun() {
-    run_.report.endRun(run_.written.left());
-    run_.checksums.endRun();
-  }
-  RecordsOfRun(const RecordsOfRun&) = delete;
-  RecordsOfRun& operator=(const RecordsOfRun&) = delete;
-
- private:
-  Run& run_;
-};
-
-void handleRecord(RunHost& host, const Recordset& record, Run& run) {
+// Returns false if there was no batch.
+bool handleRecord(RunHost& host, const Recordset& record, Run& run) {
   if (record.RecordCount() < 1) {
     host.listProcessLog().addItem(L" 没有扫描完成的档案！");
     host.setIsStopRequested(true);
-    return;
+    return false;
   }
   exportBatch(host, record, run);
+  return true;
 }
 
 // Every pass queries the table again, so a batch that failed is the oldest one again. A missing
 // database file ends the run at once; any other failure may be temporary.
-void runPasses(RunHost& host, Run& run) {
+RunEnd runPasses(RunHost& host, Run& run) {
   const mdlDataBase::StopEndsLockWait stopEndsLockWait([&] { return host.IsStopRequested(); });
   Recordset record;
+  bool isDone = false;
   int failedOpens = 0;
   do {
     if (mdlDataBase::OpenRecordset(record, kBatchQuery, true)) {
       failedOpens = 0;
-      handleRecord(host, record, run);
+      isDone = !handleRecord(host, record, run);
     } else {
       failedOpens = mdlDataBase::isDatabaseMissing() ? kMostFailedOpens : failedOpens + 1;
       for (int i = 0; i < 3; ++i) windowServices().yield();
     }
     windowServices().yield();
   } while (!host.IsStopRequested() && failedOpens < kMostFailedOpens);
+  if (isDone) return RunEnd::Done;
+  return host.IsStopRequested() ? RunEnd::Stopped : RunEnd::Failed;
+}
+
+void logRunFailure(const std::exception& failure) {
+  mdlFolderAndFile::LogWrite(L"RunOutPutBatch Err:" + description(failure),
+                             std::wstring(kApplicationTitle) + L"[mdlDataBase]", true);
+}
+
+// A failure ends the run, but not without the end of its records.
+RunEnd runRecorded(RunHost& host, Run& run) {
+  RunEnd end = RunEnd::Failed;
+  try {
+    end = runPasses(host, run);
+  } catch (const std::exception& failure) {
+    logRunFailure(failure);
+  }
+  run.report.endRun(run.written.left());
+  run.checksums.endRun();
+  return end;
 }
 
 }  // namespace
 
 void RunOutPutBatch(RunHost& host) {
   bool running = false;
+  RunEnd end = RunEnd::Failed;
   try {
     if (!checkOutputFolder(host.settings().SavePath)) return;
     const std::wstring SavePath = host.settings().SavePath;
@@ -87,14 +96,12 @@ void RunOutPutBatch(RunHost& host) {
     host.setIsStopRequested(false);
     showRunning(host, true);
     host.progress().beginRun();
-    const RecordsOfRun records(run);
-    runPasses(host, run);
+    end = runRecorded(host, run);
   } catch (const std::exception& failure) {
-    mdlFolderAndFile::LogWrite(L"RunOutPutBatch Err:" + description(failure),
-                               std::wstring(kApplicationTitle) + L"[mdlDataBase]", true);
+    logRunFailure(failure);
   }
   if (!running) return;
-  host.progress().endRun();
+  host.progress().endRun(end);
   showRunning(host, false);
 }
 

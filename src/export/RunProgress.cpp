@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "foundation/program.h"
+
 namespace orvane {
 namespace {
 
@@ -12,6 +14,8 @@ using Seconds = std::chrono::duration<double>;
 // No speed is estimated from less than this.
 constexpr std::int64_t kFewestPages = 10;
 constexpr auto kShortestTime = std::chrono::seconds(5);
+// Documents differ, so the speed of long ago says little about the rest.
+constexpr auto kRecentTime = std::chrono::seconds(60);
 
 std::wstring number(std::int64_t value) {
   return std::to_wstring(value);
@@ -39,12 +43,13 @@ void RunProgress::beginRun() {
   *this = RunProgress(now_);
   isRunning_ = true;
   start_ = now_();
+  samples_ = {{start_, 0}};
 }
 
 void RunProgress::beginBatch(const std::wstring& BatchID, int PaperNum) {
   batch_ = BatchID;
   PaperNum_ = PaperNum;
-  pagesOfBatch_ = 0;
+  documentsOfBatch_ = pagesOfBatch_ = 0;
   document_.clear();
   pageCount_ = 0;
   isSyncing_ = false;
@@ -53,6 +58,7 @@ void RunProgress::beginBatch(const std::wstring& BatchID, int PaperNum) {
 
 void RunProgress::beginDocument(const std::wstring& DocumentID) {
   document_ = DocumentID;
+  ++documentsOfBatch_;
   pageCount_ = 0;
 }
 
@@ -64,16 +70,26 @@ void RunProgress::beginPage(int page, int pageCount) {
 void RunProgress::endPage() {
   ++pagesOfBatch_;
   ++pagesDone_;
+  const Clock::time_point now = now_();
+  if (now - samples_.back().time < std::chrono::seconds(1)) return;
+  samples_.push_back({now, pagesDone_});
+  const auto begin = static_cast<std::ptrdiff_t>(beginOfRecentTime(now));
+  samples_.erase(samples_.begin(), samples_.begin() + begin);
 }
 
 void RunProgress::beginSync() {
   isSyncing_ = true;
 }
 
+void RunProgress::noteFinding() {
+  ++findings_;
+}
+
 void RunProgress::endBatch(bool isExported) {
   ++attempts_;
   if (isExported) {
     ++exportedBatches_;
+    exportedDocuments_ += documentsOfBatch_;
     exportedPages_ += pagesOfBatch_;
     exportedPaperNum_ += PaperNum_;
   } else {
@@ -83,8 +99,11 @@ void RunProgress::endBatch(bool isExported) {
   batch_.reset();
 }
 
-void RunProgress::endRun() {
+void RunProgress::endRun(RunEnd end) {
   isRunning_ = false;
+  end_ = end;
+  timeUsed_ = now_() - start_;
+  timeOfEnd_ = localTime("%Y-%m-%d %H:%M");
 }
 
 std::wstring RunProgress::text(const std::optional<WaitingBatches>& waiting,
@@ -121,14 +140,26 @@ std::wstring RunProgress::batchCounts(const std::optional<WaitingBatches>& waiti
 
 std::wstring RunProgress::times(const std::optional<WaitingBatches>& waiting,
                                 bool isStopRequested) const {
-  const Seconds used = now_() - start_;
-  std::wstring line = L"已用 " + exactTime(used);
+  const Clock::time_point now = now_();
+  std::wstring line = L"已用 " + exactTime(now - start_);
   const std::optional<double> left = pagesLeft(waiting, isStopRequested);
-  if (left && pagesDone_ >= kFewestPages && used >= kShortestTime) {
+  const Sample& begin = samples_[beginOfRecentTime(now)];
+  const std::int64_t pages = pagesDone_ - begin.pages;
+  const Seconds time = now - begin.time;
+  if (left && pages >= kFewestPages && time >= kShortestTime) {
     line += (isStopRequested ? L"，这一批还要" : L"，全部做完还要") +
-            roundTime(used / static_cast<double>(pagesDone_) * *left);
+            roundTime(time / static_cast<double>(pages) * *left);
   }
   return line + L"\n";
+}
+
+std::size_t RunProgress::beginOfRecentTime(Clock::time_point now) const {
+  std::size_t begin = samples_.size() - 1;
+  while (begin > 0 && (now - samples_[begin].time < kRecentTime ||
+                       pagesDone_ - samples_[begin].pages < kFewestPages)) {
+    --begin;
+  }
+  return begin;
 }
 
 // `PaperNum` may count sheets of two pages. The exported batches show how many pages it stands for.
@@ -145,6 +176,25 @@ std::optional<double> RunProgress::pagesLeft(const std::optional<WaitingBatches>
   const double left = paperNum * pagesEach - static_cast<double>(batch_ ? pagesOfBatch_ : 0);
   if (left <= 0) return std::nullopt;  // there are more pages than the table says
   return left;
+}
+
+std::wstring RunProgress::summary() const {
+  if (isRunning_ || !end_) return {};
+  constexpr const wchar_t* kEnds[] = {L" 全部做完", L" 按“停止”停下",
+                                      L" 因出错停下（原因见日志，Ctrl+L）"};
+  std::wstring lines = L"上次导出于 " + timeOfEnd_ + kEnds[static_cast<std::size_t>(*end_)] +
+                       L"：\n已导出 " + number(exportedBatches_) + L" 批，" +
+                       number(exportedDocuments_) + L" 件，" + number(exportedPages_) +
+                       L" 页，用时 " + exactTime(timeUsed_) + L"\n";
+  if (failuresInARow_ > 0) {
+    lines +=
+        L"⚠ 档案【" + lastFailed_ + L"】失败了 " + number(failuresInARow_) + L" 次，没有导出\n";
+  }
+  if (findings_ > 0) {
+    lines += L"⚠ 有 " + number(findings_) +
+             L" 批替换了本次导出的文件，或旁边有旧文件，见该批“档案导出成果成功！”那一行的提示\n";
+  }
+  return lines;
 }
 
 }  // namespace orvane

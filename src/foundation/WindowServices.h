@@ -36,9 +36,12 @@ class ProgressList {
   /// Adds a line at the end.
   virtual void addItem(std::wstring_view line) = 0;
 
-  /// Adds a line at the end that reports a failure. `reason` is a few lines of text, or empty. By
-  /// default, only the line is added.
-  virtual void addFailure(std::wstring_view line, std::wstring_view /*reason*/) { addItem(line); }
+  /// Adds a line at the end with what the operator can ask about it: why it failed, or what is
+  /// unusual about a success. `reason` is a few lines of text, or empty. By default, only the line
+  /// is added.
+  virtual void addItemWithReason(std::wstring_view line, std::wstring_view /*reason*/) {
+    addItem(line);
+  }
 
   /// Removes all lines.
   virtual void clear() = 0;

@@ -50,7 +50,7 @@ class LineStore {
   std::unordered_set<TextNumber, ByText, ByText> numbers_;
 };
 
-/// The progress lines as a Qt model. The reason of a failed line is its tool tip and its accessible
+/// The progress lines as a Qt model. The reason of a line is its tool tip and its accessible
 /// description.
 class LineModel : public QAbstractListModel {
  public:

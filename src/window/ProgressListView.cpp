@@ -140,7 +140,7 @@ ProgressListView::ProgressListView(QWidget* parent) : QAbstractItemView(parent) 
   QAccessible::installFactory(accessibleLines);
 }
 
-void ProgressListView::addFailure(std::wstring_view line, std::wstring_view reason) {
+void ProgressListView::addItemWithReason(std::wstring_view line, std::wstring_view reason) {
   if (lines_.add(line, reason)) {
     const int width = fontMetrics().horizontalAdvance(
         QString::fromWCharArray(line.data(), static_cast<qsizetype>(line.size())));
@@ -320,12 +320,12 @@ QPoint ProgressListView::belowCurrentLine() const {
 
 void ProgressListView::showReason() {
   const QModelIndex current = currentIndex();
-  if (!current.isValid()) return;
-  scrollTo(current);
+  if (current.isValid()) scrollTo(current);
+  const QPoint place = belowCurrentLine();
   const QString reason = current.data(Qt::ToolTipRole).toString();
-  QToolTip::showText(belowCurrentLine(),
-                     reason.isEmpty() ? QStringLiteral("这一行没有失败的原因。") : reason,
-                     viewport());
+  if (!reason.isEmpty()) return QToolTip::showText(place, reason, viewport());
+  QHelpEvent asked(QEvent::ToolTip, parentWidget()->mapFromGlobal(place), place);
+  QApplication::sendEvent(parentWidget(), &asked);
 }
 
 void ProgressListView::copySelectedLines() const {

@@ -13,14 +13,14 @@ namespace orvane {
 /// depend on the number of lines. (QListView lays out all rows again after each change.)
 ///
 /// The list scrolls to a new line unless the operator has scrolled back. Ctrl+C copies the selected
-/// lines as text. The tool tip of a failed line is its reason; Enter shows the reason of the
-/// current line. The context menu contains the actions of the widget and does not block a run.
+/// lines as text. The tool tip of a line is its reason, if it has one; Enter shows the reason of
+/// the current line. The context menu contains the actions of the widget and does not block a run.
 class ProgressListView : public QAbstractItemView, public ProgressList {
  public:
   explicit ProgressListView(QWidget* parent = nullptr);
 
-  void addItem(std::wstring_view line) override { addFailure(line, {}); }
-  void addFailure(std::wstring_view line, std::wstring_view reason) override;
+  void addItem(std::wstring_view line) override { addItemWithReason(line, {}); }
+  void addItemWithReason(std::wstring_view line, std::wstring_view reason) override;
   void clear() override;
   void refresh() override;
   void refreshInTime() override;
@@ -31,7 +31,8 @@ class ProgressListView : public QAbstractItemView, public ProgressList {
   QModelIndex indexAt(const QPoint& point) const override;
 
   void copySelectedLines() const;
-  /// Shows the reason of the current line in a tip below it, or that there is none.
+  /// Shows the reason of the current line in a tip below it. If it has none, the tip of the whole
+  /// list is shown there.
   void showReason();
 
  protected:

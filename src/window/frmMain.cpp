@@ -52,7 +52,7 @@ frmMain::frmMain(std::function<void(RunHost&)> run, std::function<void()> endPro
   binding_ = std::make_unique<FormBinding>(*this, form_, [this] { namingPreview_->update(); });
   runTips_ =
       std::make_unique<RunTips>(*listProcessLog_, control<QPushButton>(*this, "btnStop"), *this);
-  addListActions(*this, listProcessLog_->view(), form_);
+  addListActions(*this, listProcessLog_->view(), form_, [this] { runTips_->toggleProgress(); });
   connectButtons();
   openInTheCentre();
   Form_Load();
@@ -157,6 +157,7 @@ void frmMain::runWithOptionsLocked(int lastFrame) {
   };
   lock(true);
   listProcessLog().clear();
+  runTips_->beginRun();
   try {
     run_(*this);
   } catch (const std::exception& failure) {
@@ -165,6 +166,7 @@ void frmMain::runWithOptionsLocked(int lastFrame) {
     enableBtnRun(true);
     RefreshRunButtons();
   }
+  runTips_->endRun();
   lock(false);
   QApplication::alert(this);  // the operator may be working in another window
 }

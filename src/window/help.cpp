@@ -27,8 +27,9 @@ struct HelpRow {
 constexpr HelpRow kHelp[] = {
     {"listProcessLog", Qt::Key_L, "导出进度",
      "导出的进度，最新的一行在最下面。\n往上翻看时不会被拉回来，翻到最下面又会跟着新的行走。\n"
-     "停在失败的行上，或选中它按回车，就显示失败的原因。\n"
-     "Ctrl+A 全选，Ctrl+C 复制选中的行，Ctrl+L 日志，Ctrl+T 导出清单，Ctrl+O 打开输出文件夹，F1 操作手册。"},
+     "停在一行上，或选中它按回车，就显示失败的原因或要注意的事；没有的，显示做到哪里了。\n"
+     "Ctrl+P 导出进度，Ctrl+A 全选，Ctrl+C 复制选中的行，Ctrl+L 日志，Ctrl+T 导出清单，\n"
+     "Ctrl+O 打开输出文件夹，F1 操作手册。"},
 
     {"txtSavePath", Qt::Key_U, "成果输出文件夹",
      "成果文件都写到这个文件夹里。\n这里只显示，请用“选择目录”更改。"},

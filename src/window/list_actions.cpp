@@ -53,14 +53,16 @@ void setWindowKey(QAction& action, const QKeySequence& key) {
 
 }  // namespace
 
-void addListActions(QWidget& window, ProgressListView& list, const ExportForm& form) {
+void addListActions(QWidget& window, ProgressListView& list, const ExportForm& form,
+                    const std::function<void()>& showProgress) {
   // ProgressListView handles the first three keys.
   addAction(list, "复制(&C)\tCtrl+C", [&] { list.copySelectedLines(); });
   addAction(list, "全选(&A)\tCtrl+A", [&] { list.selectAll(); });
-  addAction(list, "失败的原因(&R)\t回车", [&] { list.showReason(); });
+  addAction(list, "这一行的原因(&R)\t回车", [&] { list.showReason(); });
   auto* separator = new QAction(&list);
   separator->setSeparator(true);
   list.addAction(separator);
+  setWindowKey(addAction(list, "导出进度(&P)", showProgress), Qt::CTRL | Qt::Key_P);
   setWindowKey(addAction(list, "日志(&L)", [&] { LogWindow::open(window, LogWindow::Kind::Logs); }),
                Qt::CTRL | Qt::Key_L);
   setWindowKey(

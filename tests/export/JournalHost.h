@@ -52,7 +52,7 @@ class JournalHost final : public RunHost, private ProgressList {
   RecordingWindow window;
   std::vector<std::string> journal;  ///< successive yields are one entry
   std::vector<std::string> lines;
-  std::vector<std::string> reasons;  ///< of the failed lines
+  std::vector<std::string> reasons;  ///< of the lines that have one
 
  private:
   void addItem(std::wstring_view line) override {
@@ -61,8 +61,8 @@ class JournalHost final : public RunHost, private ProgressList {
     if (whenLineAdded) whenLineAdded(lines.back());
     if (stopAfterBatch && line == L" ") stopRequested_ = true;
   }
-  void addFailure(std::wstring_view line, std::wstring_view reason) override {
-    reasons.push_back(toUtf8(reason));
+  void addItemWithReason(std::wstring_view line, std::wstring_view reason) override {
+    if (!reason.empty()) reasons.push_back(toUtf8(reason));
     addItem(line);
   }
   void clear() override { lines.clear(); }

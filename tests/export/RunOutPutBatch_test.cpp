@@ -263,6 +263,7 @@ TEST_F(RunOutPutBatch, FilesReplacedInTheSameRunOrLeftFromAnEarlierExportAreLogg
         station.shell("cd output; [ ! -e ab001.tif ] || cp -p ab001.tif AB001.TIF");
       };
     }
+    host.reasons.clear();
     run();
     host.whenYielding = nullptr;
     std::string told = station.takeLog();
@@ -270,9 +271,16 @@ TEST_F(RunOutPutBatch, FilesReplacedInTheSameRunOrLeftFromAnEarlierExportAreLogg
     const std::string output = toUtf8(station.outputText());
     std::string file = c.file;
     std::replace(file.begin(), file.end(), '/', '\\');
-    EXPECT_EQ(told, c.told.empty()
-                        ? ""
-                        : "Orvane成果导出:RunOutPutBatch-" + c.told + output + "\\" + file + "\n");
+    const std::string finding = c.told.empty() ? "" : c.told + output + "\\" + file;
+    EXPECT_EQ(told, c.told.empty() ? "" : "Orvane成果导出:RunOutPutBatch-" + finding + "\n");
+    // The line of the success has it too.
+    const std::string summary = toUtf8(host.progress().summary());
+    EXPECT_EQ(summary.find("⚠ 有 1 批") != summary.npos, !c.told.empty() && failures == 0);
+    if (failures > 0) continue;
+    ASSERT_EQ(host.reasons.size(), c.told.empty() ? 0u : 1u);
+    if (c.told.empty()) continue;
+    EXPECT_THAT(host.reasons[0],
+                testing::StartsWith("这一批" + finding.substr(finding.find("】") + 3)));
   }
 }
 
@@ -510,6 +518,62 @@ TEST(RunProgress, TheRemainingTimeIsShownOnceItCanBeEstimated) {
     progress.beginBatch(L"B2", 500);  // a failing batch: no estimate is possible
     EXPECT_EQ(toUtf8(progress.text(c.waiting, c.isStopRequested)).find("还要"), std::string::npos);
   }
+}
+
+TEST(RunProgress, TheRemainingTimeFollowsTheLastMinute) {
+  RunProgress::Clock::time_point now{};
+  RunProgress progress([&] { return now; });
+  const WaitingBatches waiting{.count = 1, .pages = 10'000};
+  progress.beginRun();
+  progress.beginBatch(L"B1", 10'000);
+  const auto exportPages = [&](int pages, std::chrono::milliseconds each) {
+    for (int i = 0; i < pages; ++i) {
+      now += each;
+      progress.endPage();
+    }
+    const std::string text = toUtf8(progress.text(waiting, false));
+    return text.substr(text.find("还要"));
+  };
+  using std::chrono::milliseconds;
+  EXPECT_EQ(exportPages(3900, milliseconds(10)), "还要大约 1 分钟\n");
+  EXPECT_EQ(exportPages(60, milliseconds(1000)), "还要大约 1 小时 41 分\n");  // 6040 pages are left
+  EXPECT_EQ(exportPages(12, milliseconds(30'000)), "还要大约 50 小时 14 分\n");  // 6028
+  EXPECT_EQ(exportPages(4728, milliseconds(50)), "还要大约 1 分钟\n");           // 1300
+}
+
+TEST_F(RunOutPutBatch, TheSummaryTellsHowTheRunEnded) {
+  const auto summary = [&] {
+    return std::regex_replace(toUtf8(host.progress().summary()),
+                              std::regex("[0-9-]{10} [0-9:]{5}|，用时 [0-9]+ 秒"), "");
+  };
+  const std::string all = "：\n已导出 2 批，3 件，4 页\n", one = "：\n已导出 1 批，2 件，3 页\n";
+  station.addDocument("B1/D1", {"P"});
+  station.addDocument("B1/D2", {"P", "P"});
+  station.addDocument("B2/D1", {"P"});
+  station.createTable({"B1", "B2"});
+  EXPECT_EQ(summary(), "");
+  host.whenYielding = [&] { EXPECT_EQ(summary(), "") << "there is a progress instead"; };
+  run();
+  EXPECT_EQ(summary(), "上次导出于  全部做完" + all);
+
+  station.createTable({"B1", "B2"});
+  host.stopAfterBatch = true;
+  run();
+  EXPECT_EQ(summary(), "上次导出于  按“停止”停下" + one);
+
+  host.stopAfterBatch = false;
+  station.createTable({"B1", "B2"});
+  station.query("update T_BatchInfo set PaperNum = null where BatchID = 'B2'");
+  run();
+  EXPECT_EQ(summary(), "上次导出于  因出错停下（原因见日志，Ctrl+L）" + one);
+
+  station.createTable({"B1", "gone"});
+  int lines = 0;
+  host.whenLineAdded = [&](const std::string& line) {
+    if (line.starts_with("档案：gone处理失败") && ++lines == 3) host.setIsStopRequested(true);
+  };
+  run();
+  EXPECT_EQ(summary(), "上次导出于  按“停止”停下" + one + "⚠ 档案【gone】失败了 3 次，没有导出\n");
 }
 
 // What a run leaves that the operator or a later run can see.

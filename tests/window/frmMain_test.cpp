@@ -203,6 +203,8 @@ TEST_F(FrmMain, TheKeysOfTheMenuOpenTheOutputFolderAndTheGuide) {
   });
   QTextBrowser desktop;
   QDesktopServices::setUrlHandler("file", &desktop, "setSource");
+  window.activateWindow();
+  ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &window; }));
   press(window, QKeySequence("Ctrl+O"));
   EXPECT_EQ(desktop.source().toLocalFile().toStdString(), folder.native("成果").string() + "/");
   folder.write("doc/operator-guide.zh.html", "手册");

@@ -185,7 +185,7 @@ TEST_F(Help, TheNamingListAndTheRunButtonShowTheResultingFileNamesAtOnce) {
   EXPECT_EQ(formPreview(0, L"3"), inOne + "0003.pdf\n");
 }
 
-TEST_F(Help, TheTipsOfTheListAndOfTheStopButtonShowTheProgress) {
+TEST_F(Help, TheTipsOfTheListAndOfTheStopButtonShowTheProgressAndTheEnd) {
   const auto setWaiting = [&](int batches) {
     std::string rows;
     for (int i = 0; i < batches; ++i) rows += ", ('B', '完成扫描', 1)";
@@ -195,6 +195,10 @@ TEST_F(Help, TheTipsOfTheListAndOfTheStopButtonShowTheProgress) {
         rows + "\"; mv fresh Orvane.dll");
   };
   QWidget &list = find("listProcessLog"), &stop = find("btnStop");
+  QWidget& view = *list.focusProxy();
+  const auto spoken = [](const QWidget& control) {
+    return accessible(control).text(QAccessible::Description).toStdString();
+  };
   const QString tipOfList = list.toolTip(), tipOfStop = stop.toolTip();
   const auto tip = [] { return QToolTip::isVisible() ? QToolTip::text().toStdString() : ""; };
   const auto updatesTo = [&](const std::string& text) {  // while the tip is shown
@@ -223,19 +227,67 @@ TEST_F(Help, TheTipsOfTheListAndOfTheStopButtonShowTheProgress) {
     EXPECT_TRUE(updatesTo("已完成 1 批，还有 1 批等待导出\n")) << tip();
     EXPECT_THAT(ask(stop), testing::AllOf(testing::StartsWith("正在导出档案【B2】\n"),
                                           testing::EndsWith(tipOfStop.toStdString())));
+    // Without a mouse: Ctrl+P, and Enter on a line without a reason.
+    const auto hides = [&] { return QTest::qWaitFor([&] { return tip().empty(); }); };
+    stop.setFocus();
     QToolTip::hideText();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return stop.toolTip() == tipOfStop; }));
+    EXPECT_TRUE(hides());
+    QTest::keySequence(&window, QKeySequence("Ctrl+P"));
+    EXPECT_THAT(tip(), testing::StartsWith("正在导出档案【B2】\n"));
+    QTest::keySequence(&window, QKeySequence("Ctrl+P"));
+    EXPECT_TRUE(hides());
+    host.listProcessLog().addItem(L"D1 导出成功！");
+    view.setFocus();
+    QTest::keyClick(&view, Qt::Key_Down);
+    QTest::keyClick(&view, Qt::Key_Return);
+    host.progress().beginDocument(L"D2");
+    EXPECT_TRUE(updatesTo("正在导出档案【B2】的 D2 件\n")) << tip();
+    QTest::keyClick(&view, Qt::Key_Home);
+    EXPECT_TRUE(hides());
+    // A screen reader gets the progress without a tip.
+    QAccessible::setActive(true);
+    host.progress().beginDocument(L"D3");
+    for (const QWidget* control : {&view, &stop}) {
+      EXPECT_TRUE(QTest::qWaitFor([&] {
+        return spoken(*control).find("D3 件") != std::string::npos;
+      })) << spoken(*control);
+    }
+    QAccessible::setActive(false);
+    setWaiting(7);
     click("btnStop");
-    EXPECT_THAT(tip(), testing::StartsWith("已收到停止，这一批做完就停下来。\n正在导出档案【B2】"));
-    host.progress().endRun();
+    const std::string received = "已收到停止，这一批做完就停下来。\n正在导出档案【B2】的 D3 件\n";
+    EXPECT_THAT(tip(), testing::StartsWith(received + "已完成 1 批，还有 6 批等待导出\n"));
+    EXPECT_EQ(spoken(stop), tip());
+    host.progress().endRun(RunEnd::Stopped);
     host.enableBtnRun(true);
     host.RefreshRunButtons();
   };
   click("btnRun");
   EXPECT_TRUE(QTest::qWaitFor([&] { return tip().empty(); })) << tip();
-  EXPECT_EQ(list.toolTip(), tipOfList);
   EXPECT_EQ(stop.toolTip(), tipOfStop);
-  EXPECT_EQ(ask(list), tipOfList.toStdString());
+  const std::string end = ask(list);
+  EXPECT_THAT(end,
+              testing::AllOf(testing::StartsWith("上次导出于 "),
+                             testing::HasSubstr(" 按“停止”停下：\n已导出 1 批，1 件，0 页，用时 "),
+                             testing::EndsWith(tipOfList.toStdString())));
+  EXPECT_EQ(spoken(view), end);
+
+  // The next run queries the table again.
+  setWaiting(2);
+  QToolTip::hideText();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return tip().empty(); }));
+  run = [&](RunHost& host) {
+    host.enableBtnRun(false);
+    host.RefreshRunButtons();
+    host.progress().beginRun();
+    host.progress().beginBatch(L"B3", 9);
+    host.progress().endBatch(true);  // as many attempts as in the run before
+    host.progress().beginBatch(L"B4", 9);
+    click("btnStop");
+    EXPECT_THAT(tip(), testing::HasSubstr("还有 1 批等待导出\n"));
+    host.progress().endRun(RunEnd::Done);
+  };
+  click("btnRun");
 }
 
 TEST(ScreenFit, TheWholeWindowIsVisibleWheneverPossible) {
