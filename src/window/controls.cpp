@@ -9,6 +9,7 @@
 #include <QStyle>
 #include <QStyleOptionButton>
 #include <QStylePainter>
+#include <QWheelEvent>
 #include <algorithm>
 #include <iterator>
 #include <vector>
@@ -95,6 +96,21 @@ QWidget* makeTallText(const QString& text, QWidget* parent) {
   return box;
 }
 
+/// A drop-down list that the wheel changes only while it has the focus, not because the pointer
+/// happens to be over it.
+class DropDownList : public QComboBox {
+ public:
+  explicit DropDownList(QWidget* parent) : QComboBox(parent) {
+    setFocusPolicy(Qt::StrongFocus);  // by default the wheel gives the focus
+  }
+
+ protected:
+  void wheelEvent(QWheelEvent* event) override {
+    if (!hasFocus()) return event->ignore();
+    QComboBox::wheelEvent(event);
+  }
+};
+
 // The widget belongs to its parent.
 QWidget* makeControl(ControlKind kind, const QString& caption, QWidget* parent) {
   switch (kind) {
@@ -115,7 +131,7 @@ QWidget* makeControl(ControlKind kind, const QString& caption, QWidget* parent) 
     case ControlKind::TallText:
       return makeTallText(caption, parent);
     case ControlKind::DropDown:
-      return new QComboBox(parent);
+      return new DropDownList(parent);
     case ControlKind::Button:
       return new QPushButton(caption, parent);
     case ControlKind::WrapButton:

@@ -86,6 +86,23 @@ TEST_F(FrmMain, ClicksReachTheSettingsAndTheControlsThatDependOnThem) {
   EXPECT_EQ(enabled(), "Run Exit 1 2 3 5 6 ");
 }
 
+TEST_F(FrmMain, TheWheelChangesTheNamingOnlyWhileTheListHasTheFocus) {
+  window.show();
+  window.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  const auto turnWheel = [&] {
+    const QPointF place = names().rect().center();
+    QWheelEvent notch(place, names().mapToGlobal(place), {}, {0, -120}, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&names(), &notch);
+    return window.AutoMakeNewDocumentName(L"B1", L"D1");
+  };
+  EXPECT_EQ(turnWheel(), L"D1");
+  EXPECT_FALSE(names().hasFocus());
+  names().setFocus();
+  EXPECT_EQ(turnWheel(), L"") << "the next pattern is the page number";
+}
+
 TEST_F(FrmMain, TypingOrDroppingTextDoesNotChangeTheOutputFolder) {
   auto& field = find<QPlainTextEdit>("txtSavePath");
   QMimeData dropped;
