@@ -1,31 +1,31 @@
 #pragma once
 
 #include <QComboBox>
+#include <QObject>
 #include <array>
 #include <string>
 
-#include "settings/ExportForm.h"
+#include "export/OutputPreview.h"
 
 namespace orvane {
 
-/// The output file of page 2 of a sample document under the current options, from the naming
-/// functions of the export. If no pattern is selected or files can replace each other, lines that
-/// begin with "⚠" follow. Every line has a line end.
-std::wstring namingPreview(const ExportForm& form);
-
-/// The name of that file under another pattern, followed by "⚠" if files can replace each other.
-/// Empty if the options are invalid.
-std::wstring exampleName(const ExportForm& form, const std::wstring& pattern);
-
 /// Shows the preview at the front of the tool tips of `cboRenameType` and `btnRun`, which a screen
-/// reader reads too, and the example names in the drop-down list.
-class NamingPreview {
+/// reader reads too, and the example names in the drop-down list. The disk of the output folder is
+/// examined when the operator comes to one of the two controls, by pointer or keyboard. It may be
+/// unreachable, and then the start of the program must not wait for it.
+class NamingPreview : public QObject {
  public:
   /// All parameters must outlive the preview.
   NamingPreview(QComboBox& cboRenameType, QWidget& btnRun, const ExportForm& form);
 
   /// Must be called after every change of the form.
   void update();
+
+  /// Examines the disk of the output folder and updates the preview.
+  void examineDisk();
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   struct Tip {
@@ -36,6 +36,8 @@ class NamingPreview {
   QComboBox& cboRenameType_;
   const ExportForm& form_;
   std::array<Tip, 2> tips_;
+  OutputDisk disk_;
+  std::wstring examined_;  ///< the folder that `disk_` belongs to
 };
 
 }  // namespace orvane

@@ -133,6 +133,7 @@ void frmMain::btnExit_Click() {
 void frmMain::cmdSelectPath_Click() {
   form_.chooseSavePath(BrowseForFolder(this, L"成果输出文件夹", form_.text(TextBox::SavePath)));
   binding_->show();
+  namingPreview_->examineDisk();
   warnIfNotStorable(form_.settings().SavePath);
 }
 

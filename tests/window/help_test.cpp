@@ -9,7 +9,6 @@
 #include <set>
 
 #include "Station.h"
-#include "window/NamingPreview.h"
 #include "window/appearance.h"
 #include "window/controls.h"
 
@@ -157,32 +156,21 @@ TEST_F(Help, TheNamingListAndTheRunButtonShowTheResultingFileNamesAtOnce) {
   EXPECT_EQ(list.child(0)->text(QAccessible::Name).toStdString(), "档案（件）名称：0003.pdf");
   EXPECT_EQ(names.itemText(0).toStdString(), "档案（件）名称");
 
-  ExportForm form;
-  form.chooseSavePath(L"\\home\\成果");
-  form.settings().ReNameSp1 = L"-";  // the default of data.ini
-  form.setText(TextBox::Sp2, L"_");
-  form.clickButton(OptionGroup::MutiPage, 0);
-  const auto formPreview = [&](int pattern, const wchar_t* width) {
-    form.selectRenameType(pattern);
-    form.setText(TextBox::LiuShui, width);
-    return toUtf8(namingPreview(form));
-  };
-  const std::string asPage = "例：档案 2024-0001 的第 0003 件，第 2 页存为：\n/home/成果/";
-  EXPECT_EQ(formPreview(4, L"3"), asPage + "2024-0001-0003_002.tif\n");
-  EXPECT_THAT(formPreview(1, L"3"),
-              testing::StartsWith(asPage + "002.tif\n⚠ 会互相覆盖，都存为 001.tif：\n"));
-  form.setChecked(CheckBox::CreateBatchFolder, true);
-  form.setChecked(CheckBox::CreateDocFolder, true);
-  EXPECT_EQ(formPreview(1, L"0"), asPage + "2024-0001/0003/2.tif\n");
-  EXPECT_EQ(formPreview(1, L"99999"), "页码位数或分割符不能用，请改正。\n");
-  form.setText(TextBox::LiuShui, L"3");
-  form.clickButton(OptionGroup::SaveFileType, 2);
-  form.clickButton(OptionGroup::MutiPage, 1);
-  const std::string inOne =
-      "例：档案 2024-0001 的第 0003 件，第 2 页在这个文件里：\n/home/成果/2024-0001/0003/";
-  EXPECT_EQ(toUtf8(namingPreview(form)),
-            inOne + ".pdf\n⚠ 还没有选择命名，文件名里没有档案（件）名称！\n");
-  EXPECT_EQ(formPreview(0, L"3"), inOne + "0003.pdf\n");
+  // The disk is examined when the operator comes to a control.
+  folder.shell(
+      "mkdir -p Batchs/out; printf '[Setting]\\r\\nSavePath=%s\\Batchs\\out\\r\\n' \"$(pwd "
+      "| tr / '\\\\')\" >data.ini");
+  frmMain inScanTree([](RunHost&) {}, [] {});
+  inScanTree.show();
+  auto& list2 = *inScanTree.findChild<QComboBox*>();
+  const std::string inBatchs = "⚠ 输出位置在扫描件文件夹（Batchs）内，不能导出！";
+  EXPECT_EQ(list2.toolTip().toStdString().find(inBatchs), std::string::npos);
+  QEnterEvent enter({1, 1}, {1, 1}, list2.mapToGlobal(QPoint(1, 1)));
+  QApplication::sendEvent(&list2, &enter);
+  EXPECT_THAT(accessible(list2).text(QAccessible::Description).toStdString(),
+              testing::HasSubstr(inBatchs));
+  EXPECT_THAT(list2.itemData(4, Qt::AccessibleTextRole).toString().toStdString(),
+              testing::EndsWith(".tif ⚠"));
 }
 
 TEST_F(Help, TheTipsOfTheListAndOfTheStopButtonShowTheProgressAndTheEnd) {
