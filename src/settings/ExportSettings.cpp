@@ -22,6 +22,24 @@ void write(std::wstring section, std::wstring key, std::wstring value) {
   mdlINI::WriteIniValue(mdlINI::IniFilePath, section, key, value);
 }
 
+// Reads a value and converts it. A failure names key and value.
+auto readAs(auto convert, const wchar_t* key, const wchar_t* defaultValue) {
+  const std::wstring value = read(L"Commit", key, defaultValue);
+  try {
+    return convert(value);
+  } catch (const Failure& failure) {
+    throw Failure(description(failure) + L"（data.ini 的 [Commit] " + key + L"=" + value + L"）");
+  }
+}
+
+std::int16_t readNumber(const wchar_t* key, const wchar_t* defaultValue) {
+  return readAs([](std::wstring_view value) { return toInt16(value); }, key, defaultValue);
+}
+
+bool readTruth(const wchar_t* key, const wchar_t* defaultValue) {
+  return readAs(toBoolean, key, defaultValue);
+}
+
 std::wstring truthWord(bool value) {
   return value ? L"True" : L"False";
 }
@@ -35,14 +53,14 @@ void loadFolders(ExportForm& form) {
 
 void loadFileForm(ExportForm& form) {
   ExportSettings& settings = form.settings();
-  settings.SaveFileType = toInt16(read(L"Commit", L"SaveFileType", L"0"));
+  settings.SaveFileType = readNumber(L"SaveFileType", L"0");
   form.setButton(OptionGroup::SaveFileType, settings.SaveFileType);
 
-  settings.IsMutiPage = toBoolean(read(L"Commit", L"IsMutiPage", L"false"));
+  settings.IsMutiPage = readTruth(L"IsMutiPage", L"false");
   form.setButton(OptionGroup::MutiPage, settings.IsMutiPage ? 1 : 0);
 
-  settings.CompressionType = toInt16(read(L"Commit", L"CompressionType", L"0"));
-  settings.CompressionRatios = toInt16(read(L"Commit", L"CompressionRatios", L"0"));
+  settings.CompressionType = readNumber(L"CompressionType", L"0");
+  settings.CompressionRatios = readNumber(L"CompressionRatios", L"0");
   form.setButton(OptionGroup::CompressionType, settings.CompressionType);
   form.setButton(OptionGroup::CompressionRatios, settings.CompressionRatios);
 }
@@ -64,9 +82,9 @@ void loadNaming(ExportForm& form) {
 
 void loadFolderStructure(ExportForm& form) {
   ExportSettings& settings = form.settings();
-  settings.IsCreateDocFolder = toBoolean(read(L"Commit", L"IsCreateDocFolder", L"False"));
+  settings.IsCreateDocFolder = readTruth(L"IsCreateDocFolder", L"False");
   form.setChecked(CheckBox::CreateDocFolder, settings.IsCreateDocFolder);
-  settings.IsCreateBatchFolder = toBoolean(read(L"Commit", L"IsCreateBatchFolder", L"False"));
+  settings.IsCreateBatchFolder = readTruth(L"IsCreateBatchFolder", L"False");
   form.setChecked(CheckBox::CreateBatchFolder, settings.IsCreateBatchFolder);
 }
 

@@ -167,8 +167,8 @@ TEST_F(ExportSettingsFile, ABadValueEndsTheLoadWithABoxAndLeavesTheRestUnread) {
     write(fileWith(line));
     EXPECT_EQ(shown(load()), expected);
     EXPECT_EQ(content(), fileWith(line));  // the bad value is kept, and no default is written
-    EXPECT_EQ(window.takeBoxes(),
-              "初始化导出档案参数出错! Error-" + reason + " | Orvane成果导出\n");
+    EXPECT_EQ(window.takeBoxes(), "初始化导出档案参数出错! Error-" + reason +
+                                      "（data.ini 的 [Commit] " + line + "） | Orvane成果导出\n");
     EXPECT_EQ(station.takeLog(), "");
   }
   SaveExportSettings(load());  // a close after a failed load writes the current settings
