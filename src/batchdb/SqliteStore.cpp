@@ -38,7 +38,8 @@ bool LockWait::waitOneStep() {
   const auto longest = wait_->beganAfterStop ? patience_.longestAfterStop : patience_.longest;
   if (Clock::now() - wait_->begin >= longest) return false;
   windowServices().yield();
-  if (isStopRequested() && !wait_->beganAfterStop) return false;
+  isEndedByStop_ = isStopRequested() && !wait_->beganAfterStop;
+  if (isEndedByStop_) return false;
   std::this_thread::sleep_for(patience_.step);
   return true;
 }
@@ -168,14 +169,21 @@ SqliteStore::Statement SqliteStore::prepare(const std::wstring& sql) {
   const std::string text = toUtf8(sql);
   sqlite3_stmt* statement = nullptr;
   const int result = sqlite3_prepare_v2(connection_.get(), text.c_str(), -1, &statement, nullptr);
-  if (result != SQLITE_OK) throw sqliteFailure(connection_.get());
+  if (result != SQLITE_OK) throw failure();
   return Statement(statement);
+}
+
+// After a stop, the box must not look like a fault.
+Failure SqliteStore::failure() const {
+  if (!lockWait_.isEndedByStop()) return sqliteFailure(connection_.get());
+  return Failure(L"按了“停止”，不再等待数据库，没有出错（别的程序正占用着它：" +
+                 description(sqliteFailure(connection_.get())) + L"）");
 }
 
 // True when there is a row.
 bool SqliteStore::step(const Statement& statement) const {
   const int result = sqlite3_step(statement.get());
-  if (result != SQLITE_ROW && result != SQLITE_DONE) throw sqliteFailure(connection_.get());
+  if (result != SQLITE_ROW && result != SQLITE_DONE) throw failure();
   return result == SQLITE_ROW;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "batchdb/BatchStore.h"
+#include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 
 struct sqlite3;
@@ -27,7 +28,8 @@ struct LockPatience {
 };
 
 /// The waiting of one connection: handles the window's events until the lock is free, a stop is
-/// requested, or the time is over. Then the statement fails with SQLite's "database is locked".
+/// requested, or the time is over. Then the statement fails with SQLite's "database is locked";
+/// after a stop, the text says that the operator ended the wait.
 class LockWait {
  public:
   explicit LockWait(LockPatience patience);
@@ -36,7 +38,13 @@ class LockWait {
   void installIn(sqlite3* connection);
 
   /// The next wait belongs to a new statement and has the whole time.
-  void beginStatement() { wait_.reset(); }
+  void beginStatement() {
+    wait_.reset();
+    isEndedByStop_ = false;
+  }
+
+  /// True if a stop ended the wait of the current statement.
+  bool isEndedByStop() const { return isEndedByStop_; }
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -51,6 +59,7 @@ class LockWait {
 
   LockPatience patience_;
   std::optional<Wait> wait_;
+  bool isEndedByStop_ = false;
 };
 
 /// A store in one SQLite file.
@@ -80,6 +89,7 @@ class SqliteStore : public BatchStore {
   using Statement = std::unique_ptr<sqlite3_stmt, Finalize>;
 
   FileIdentity identityOfFile() const;
+  Failure failure() const;
   Statement prepare(const std::wstring& sql);
   bool step(const Statement& statement) const;
 

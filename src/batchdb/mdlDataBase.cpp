@@ -73,6 +73,9 @@ bool OpenRecordset(Recordset& rs, const std::wstring& sSql, bool bReadOnly) {
     if (rs.IsOpen()) rs.Close();
     // Without a connection `Open` fails and shows a box of its own.
     BatchStore* const activeConnection = EnsureConnection(false) ? gConnection.get() : nullptr;
+    if (activeConnection == nullptr && isStopRequested()) {
+      throw Failure(L"按了“停止”，不再等待数据库，没有出错");
+    }
     rs.Open(activeConnection, sSql, bReadOnly);
     return true;
   } catch (const std::exception& failure) {

@@ -117,8 +117,10 @@ TEST_F(Disturbances, WaitsForALockedDatabaseUntilItIsFreeOrTheOperatorActs) {
   EXPECT_EQ(states(), kExported);
   const std::string source = "Orvane成果导出[mdlDataBase]:";
   EXPECT_EQ(station.takeLog(),
-            source + "OpenConnection Err:database is locked\n" + source +
-                "Error on opening database:there is no open connection to the database\n");
+            source +
+                "OpenConnection Err:按了“停止”，不再等待数据库，没有出错（别的程序正占用着它："
+                "database is locked）\n" +
+                source + "Error on opening database:按了“停止”，不再等待数据库，没有出错\n");
 }
 
 TEST_F(Disturbances, AStopFinishesTheCurrentBatchAndStartsNoOther) {
