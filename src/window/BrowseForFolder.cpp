@@ -31,8 +31,24 @@ QString fromPathText(const std::wstring& text) {
   return QFile::decodeName(QByteArray::fromStdString(nativePath(text)));
 }
 
+// The window shows a path text, which begins with "\", and a native path begins with "/". Empty if
+// the text is no path.
+QString nativeFolder(const QString& typed) {
+  try {
+    return QDir::cleanPath(typed.startsWith(u'\\') ? fromPathText(fromQt(typed)) : typed);
+  } catch (const std::exception&) {
+    return {};
+  }
+}
+
+// A folder that cannot be entered is none.
 bool isFolder(const QString& path) {
-  return QDir::isAbsolutePath(path) && QFileInfo(path).isDir();
+  return QDir::isAbsolutePath(path) && QFileInfo(path + QStringLiteral("/.")).isDir();
+}
+
+// A name that is not UTF-8 has no text that leads back to the folder.
+bool isReachable(const QDir& folder, const QString& name) {
+  return !name.contains(QChar::ReplacementCharacter) || folder.exists(name);
 }
 
 QString nearestFolder(QString path) {
@@ -121,8 +137,10 @@ class FolderTree : public QTreeWidget {
     if (item->childCount() > 0) return;
     const QDir folder(folderOf(item));
     const auto names = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QString& name : names) addChild(item, folder.filePath(name));
-    if (names.isEmpty())
+    for (const QString& name : names) {
+      if (isReachable(folder, name)) addChild(item, folder.filePath(name));
+    }
+    if (item->childCount() == 0)
       item->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);
   }
 
@@ -157,7 +175,7 @@ class FolderChooser : public QDialog {
     connect(tree_, &QTreeWidget::currentItemChanged, this,
             [this] { path_->setText(tree_->currentFolder()); });
     connect(path_, &QLineEdit::textChanged, this, [this, create](const QString& path) {
-      for (auto* button : {accept_, create}) button->setEnabled(isFolder(path));
+      for (auto* button : {accept_, create}) button->setEnabled(isFolder(nativeFolder(path)));
     });
     connect(create, &QPushButton::clicked, this, &FolderChooser::makeFolder);
     connect(accept_, &QPushButton::clicked, this, &QDialog::accept);
@@ -165,7 +183,7 @@ class FolderChooser : public QDialog {
     tree_->goTo(folder);
   }
 
-  QString folder() const { return QDir::cleanPath(path_->text()); }
+  QString folder() const { return nativeFolder(path_->text()); }
 
  private:
   void layOut(std::initializer_list<QPushButton*> buttons) {

@@ -1,14 +1,15 @@
 #include "window/list_actions.h"
 
 #include <QAction>
-#include <QDesktopServices>
 #include <QToolTip>
-#include <QUrl>
 #include <filesystem>
 
+#include "foundation/Failure.h"
+#include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/text_encoding.h"
 #include "window/LogWindow.h"
+#include "window/desktop.h"
 #include "window/help.h"
 #include "window/qt_text.h"
 
@@ -20,21 +21,29 @@ void showTip(QWidget& list, const QString& text) {
   QToolTip::showText(list.mapToGlobal(QPoint(0, 0)), wrappedTip(text), &list);
 }
 
-void openOnDesktop(QWidget& list, const QString& path) {
-  if (QDesktopServices::openUrl(QUrl::fromLocalFile(path))) return;
-  showTip(list, QStringLiteral("桌面上没有能打开它的程序：") + path);
+void open(QWidget& list, const QString& path) {
+  openOnDesktop(list, path, [&list, path](const QString& reason) {
+    showTip(list, QStringLiteral("打不开 %1：%2。").arg(path, reason));
+  });
 }
 
 void openOutputFolder(QWidget& list, const std::wstring& SavePath) {
   if (SavePath.empty()) return showTip(list, QStringLiteral("还没有选择成果输出文件夹。"));
-  const std::filesystem::path native = nativePath(SavePath);
-  openOnDesktop(list, toQt(fromUtf8(native.lexically_normal().native())));
+  try {
+    const std::filesystem::path native = nativePath(SavePath);
+    const QString folder = toQt(fromUtf8(native.lexically_normal().native()));
+    if (mdlFolderAndFile::fileSystem().FolderExists(SavePath)) return open(list, folder);
+    showTip(list,
+            QStringLiteral("成果输出文件夹不在了（被移走或改名，或者磁盘没有接上）：") + folder);
+  } catch (const std::exception& failure) {
+    showTip(list, QStringLiteral("成果输出文件夹看不了：") + toQt(description(failure)));
+  }
 }
 
 void openGuideFile(QWidget& list) {
   const QString file = guideFile();
   if (file.isEmpty()) return showTip(list, QStringLiteral("找不到操作手册。"));
-  openOnDesktop(list, file);
+  open(list, file);
 }
 
 template <typename Act>

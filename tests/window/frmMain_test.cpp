@@ -1,18 +1,17 @@
 #include "window/frmMain.h"
 
-#include <QDesktopServices>
 #include <QDialog>
 #include <QDir>
 #include <QDropEvent>
 #include <QInputDialog>
 #include <QMimeData>
 #include <QTest>
-#include <QTextBrowser>
 #include <QTimer>
+#include <QToolTip>
 #include <QTreeWidget>
 
 #include "Station.h"
-#include "foundation/mdlFolderAndFile.h"
+#include "support/AsOrdinaryUser.h"
 #include "window/BrowseForFolder.h"
 
 namespace orvane::test {
@@ -206,30 +205,91 @@ TEST_F(FrmMain, TheFolderChooserSetsTheOutputFolderAndACancelClearsIt) {
             folder.path(L"成果\\.新\\"));
 }
 
-TEST_F(FrmMain, TheKeysOfTheMenuOpenTheOutputFolderAndTheGuide) {
+TEST_F(FrmMain, TheKeysOfTheMenuOpenTheOutputFolderAndTheGuideAndReportAFailure) {
   window.show();
-  window.activateWindow();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-  const auto press = [](QWidget& target, const QKeySequence& key) {
-    QTest::keySequence(&target, key);
+  folder.shell("mkdir 成果 bin none");
+  const auto tip = [] { return QToolTip::isVisible() ? QToolTip::text().toStdString() : ""; };
+  const auto press = [&](const char* key) {
+    QToolTip::hideText();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return tip().empty(); }));
+    window.activateWindow();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &window; }));
+    QTest::keySequence(&window, QKeySequence(key));
   };
-  folder.shell("mkdir 成果");
+  const auto tells = [&](const std::string& text) {
+    return QTest::qWaitFor([&] { return tip().find(text) != std::string::npos; });
+  };
+  press("Ctrl+O");
+  EXPECT_TRUE(tells("还没有选择成果输出文件夹。"));
+  press("F1");
+  EXPECT_TRUE(tells("找不到操作手册。"));
   inChooser([&](QDialog& chooser) {
     chooser.findChild<QLineEdit*>()->setText(QString::fromStdString(folder.native("成果")));
     buttonOf(chooser, "确定").click();
   });
-  QTextBrowser desktop;
-  QDesktopServices::setUrlHandler("file", &desktop, "setSource");
-  window.activateWindow();
-  ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeWindow() == &window; }));
-  press(window, QKeySequence("Ctrl+O"));
-  EXPECT_EQ(desktop.source().toLocalFile().toStdString(), folder.native("成果").string() + "/");
   folder.write("doc/operator-guide.zh.html", "手册");
-  press(window, QKeySequence("F1"));
-  QDesktopServices::unsetUrlHandler("file");
-  EXPECT_EQ(desktop.source().toLocalFile().toStdString(),
-            folder.native("doc/operator-guide.zh.html"));
+
+  // A desktop whose xdg-open ends with a given status.
+  const QByteArray searchPath = qgetenv("PATH");
+  qputenv("PATH", folder.native("bin").c_str() + (":" + searchPath));
+  for (const int status : {0, 4, 1}) {
+    folder.shell("rm -f opened; printf '#!/bin/sh\\necho \"$1\" >>" +
+                 folder.native("opened").string() + "; exit " + std::to_string(status) +
+                 "\\n' >bin/xdg-open; chmod +x bin/xdg-open");
+    const std::string files[] = {folder.native("成果").string() + "/",
+                                 folder.native("doc/operator-guide.zh.html")};
+    const char* const keys[] = {"Ctrl+O", "F1"};
+    for (const int i : {0, 1}) {
+      press(keys[i]);
+      EXPECT_TRUE(QTest::qWaitFor(
+          [&] { return folder.read("opened").find(files[i] + "\n") != std::string::npos; }));
+      if (status == 0) continue;
+      EXPECT_TRUE(tells("打不开 " + files[i] + "：" +
+                        (status == 4 ? "桌面上没有能打开它的程序。" : "xdg-open 失败（1）。")))
+          << tip();
+    }
+  }
+  folder.write("bin/xdg-open", "#!/no/such/program");
+  press("F1");
+  EXPECT_TRUE(tells("打不开 ")) << "it cannot be started";
+  qputenv("PATH", folder.native("none").c_str());
+  press("F1");
+  EXPECT_TRUE(tells("桌面上没有能打开它的程序。")) << "there is no xdg-open";
+  qputenv("PATH", searchPath);
+  folder.shell("rmdir 成果");
+  press("Ctrl+O");
+  EXPECT_TRUE(tells("成果输出文件夹不在了")) << tip();
   EXPECT_EQ(services.takeBoxes(), "") << "a box would block a run";
+}
+
+TEST_F(FrmMain, TheFolderChooserTakesThePathThatTheWindowShowsAndNoFolderThatItCannotReach) {
+  folder.shell(
+      "chmod 755 .; mkdir -p 成果/旧 locked; chmod 0 locked; mkdir 成果/$(printf '\\272\\303')");
+  inChooser([&](QDialog& chooser) {
+    auto& path = *chooser.findChild<QLineEdit*>();
+    auto& accept = buttonOf(chooser, "确定");
+    const QString shown = QString::fromStdWString(folder.path(L"成果\\"));
+    for (const QString& text :
+         {shown.chopped(2), QStringLiteral("成果"), QStringLiteral("\\") + QChar(0), QString()}) {
+      path.setText(text);
+      EXPECT_FALSE(accept.isEnabled()) << text.toStdString();
+    }
+    {
+      const AsOrdinaryUser user;
+      path.setText(QString::fromStdString(folder.native("locked")));
+      EXPECT_FALSE(accept.isEnabled()) << "it cannot be entered";
+      path.setText(shown);
+      EXPECT_TRUE(accept.isEnabled());
+    }
+    accept.click();
+  });
+  EXPECT_EQ(window.settings().SavePath, folder.path(L"成果\\"));
+  inChooser([&](QDialog& chooser) {
+    const auto* item = chooser.findChild<QTreeWidget*>()->currentItem();
+    ASSERT_EQ(item->text(0).toStdString(), "成果");
+    ASSERT_EQ(item->childCount(), 1) << "a name that is not UTF-8 leads nowhere";
+    EXPECT_EQ(item->child(0)->text(0).toStdString(), "旧");
+  });
 }
 
 TEST_F(FrmMain, TheFolderChooserCreatesFoldersAndCannotDeleteOrRenameThem) {
