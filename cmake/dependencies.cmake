@@ -11,4 +11,7 @@ pkg_check_modules(JPEG REQUIRED IMPORTED_TARGET libjpeg)
 pkg_check_modules(LEPTONICA REQUIRED IMPORTED_TARGET lept)
 # SHA-256, in the instructions that the processor has for it.
 pkg_check_modules(CRYPTO REQUIRED IMPORTED_TARGET libcrypto)
+# What other programs' PNG and PDF files hold.
+pkg_check_modules(PNG REQUIRED IMPORTED_TARGET libpng)
+pkg_check_modules(QPDF REQUIRED IMPORTED_TARGET libqpdf)
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3)
