@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <sys/mman.h>
 #include <utility>
 
 #include "imaging/raster/EncodedImage.h"
@@ -106,7 +105,7 @@ struct LzwDictionary {
   static constexpr std::size_t codeOf(std::size_t place) { return place % (1u << kLastWidth); }
 
   // By place: the code of the longer sequence less the byte, or 0 where it has no code yet.
-  std::array<std::uint16_t, 256 << kLastWidth> steps;
+  std::array<std::uint16_t, 256 << kLastWidth> steps{};
 
   // The places of the longer sequences, by their codes; for as many codes as have been given.
   std::array<std::uint32_t, 1 << kLastWidth> places;
@@ -181,22 +180,7 @@ class LzwStripEncoder {
   std::size_t next_ = kFirstFree;
 };
 
-constexpr std::size_t kLargePage = std::size_t{2} << 20;
-
-// Two dictionaries, in large pages of memory where the system has them. Their steps are used in no
-// order, and the processor knows where to find only a small number of pages.
-class alignas(kLargePage) LzwDictionaries {
- public:
-  LzwDictionaries() {
-    madvise(this, sizeof dictionaries_ / kLargePage * kLargePage, MADV_HUGEPAGE);
-    for (LzwDictionary& dictionary : dictionaries_) dictionary.steps.fill(0);
-  }
-
-  LzwDictionary& operator[](std::size_t index) { return dictionaries_[index]; }
-
- private:
-  std::array<LzwDictionary, 2> dictionaries_;
-};
+using LzwDictionaries = std::array<LzwDictionary, 2>;
 
 // Encodes two strips, each by itself. They take turns byte by byte: while the processor waits for
 // memory in one it works on the other. An empty strip gives no bytes.
