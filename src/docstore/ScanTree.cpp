@@ -21,6 +21,12 @@ constexpr int kMostSeparators = std::numeric_limits<std::int16_t>::max();
 
 std::wstring gBatchFolder;
 
+bool isFolderName(const std::wstring& name) {
+  constexpr std::wstring_view kForbidden(L"\\/\0", 3);
+  return !name.empty() && name != L"." && name != L".." &&
+         name.find_first_of(kForbidden) == std::wstring::npos;
+}
+
 std::wstring GetDocumentPath(const std::wstring& sDocName) {
   return gBatchFolder + L"\\" + sDocName + L"\\";
 }

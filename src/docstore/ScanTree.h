@@ -13,6 +13,10 @@ namespace orvane {
 /// program starts; the run sets it at the start of each batch.
 extern std::wstring gBatchFolder;
 
+/// True if `name` can name a single folder, of a batch or of a document: it is not empty, "." or
+/// "..", and has no separator and no NUL.
+bool isFolderName(const std::wstring& name);
+
 /// The folder of a document of the current batch, with a separator at its end. This and the next
 /// two only join texts and cannot fail.
 std::wstring GetDocumentPath(const std::wstring& sDocName);
@@ -35,9 +39,8 @@ bool isDocument(const std::wstring& sDocName);
 void readPageList(const std::wstring& sDocName, std::optional<std::vector<std::wstring>>& pages);
 
 /// Adds the names in the text of a `Doc.dat` to `pages`: each is followed by "$". Text after the
-/// last
-/// "$" and items that are empty or only spaces are ignored; all others keep their spaces. Throws
-/// Failure at the 32768th "$", when the items before it have been added.
+/// last "$" and items that are empty or only spaces are ignored; all others keep their spaces.
+/// Throws Failure at the 32768th "$", when the items before it have been added.
 void appendPages(std::wstring_view text, std::vector<std::wstring>& pages);
 
 /// The text of a `Doc.dat` for `pages`.

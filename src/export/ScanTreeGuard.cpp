@@ -45,12 +45,6 @@ bool containsAny(const Place& folder, const std::vector<Place>& places) {
 
 }  // namespace
 
-bool isFolderName(const std::wstring& name) {
-  constexpr std::wstring_view kForbidden(L"\\/\0", 3);
-  return !name.empty() && name != L"." && name != L".." &&
-         name.find_first_of(kForbidden) == std::wstring::npos;
-}
-
 HeldFolder::HeldFolder(const std::wstring& path)
     : folder_(path, O_PATH | O_DIRECTORY), identity_(identityOf(folder_.status())) {}
 

@@ -12,10 +12,6 @@
 /// that the export creates or deletes.
 namespace orvane {
 
-/// Returns true if `name` can name a single folder: it is not empty, "." or "..", and has no
-/// separator and no NUL.
-bool isFolderName(const std::wstring& name);
-
 /// A folder that is kept open, to check later whether a path still leads to it. A disk that was
 /// unmounted leaves an empty folder of the same name.
 class HeldFolder {

@@ -1,31 +1,10 @@
 #pragma once
 
-#include <filesystem>
-#include <optional>
 #include <string>
 
-#include "foundation/FileDescriptor.h"
+#include "foundation/TemporaryFolder.h"
 
 namespace orvane {
-
-/// A private folder for temporary files on a local disk: in `TMPDIR` or, if that is not set, in
-/// /var/tmp, because /tmp can be in memory. The destructor removes it. What a killed process has
-/// left is removed when the next folder is created.
-class TemporaryFolder {
- public:
-  /// Throws Failure.
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  /// The path text of the folder.
-  std::wstring path() const;
-
- private:
-  std::filesystem::path native_;
-  std::optional<FileDescriptor> lock_;  ///< tells other processes that the folder is in use
-};
 
 /// A file that is built in a TemporaryFolder and copied to its place when it is complete, for a
 /// share on which a file cannot grow.
