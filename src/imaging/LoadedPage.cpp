@@ -118,12 +118,18 @@ Examined<Raster> LoadedPage::decode() const {
   return {std::move(decoded.value), std::move(data)};
 }
 
-void checkPage(const std::wstring& path) {
-  const LoadedPage page(path, 1);
+CheckedData checkPage(const LoadedPage& page, const std::wstring& path) {
   auto copy = page.group4Copy(Group4Form::Strips);
-  if (!copy.value && !copy.data.damage) copy = page.transcodedJpeg(JpegFactors{});
-  if (!copy.value && !copy.data.damage) copy.data = page.pixels().data;
+  CheckedData checked{std::move(copy.value), {}};
+  const bool isDone = checked.group4 || copy.data.damage;
+  if (!isDone) copy = page.transcodedJpeg(JpegFactors{});
+  if (!isDone && !copy.value && !copy.data.damage) {
+    Examined<Raster> decoded = page.pixels();
+    checked.pixels = std::move(decoded.value);
+    copy.data = std::move(decoded.data);
+  }
   if (copy.data.damage) throw Failure(path + L": " + fromUtf8(*copy.data.damage));
+  return checked;
 }
 
 }  // namespace orvane

@@ -71,9 +71,15 @@ class LoadedPage {
   std::int32_t number_ = 0;
 };
 
-/// Reads the first page of an image file as an export does, and writes nothing: strips that would
-/// be copied are verified, all others are decoded. Throws Failure "<path>: <reason>" for a page
-/// that cannot be opened and for one whose image data is damaged: an export of it would fail.
-void checkPage(const std::wstring& path);
+/// What a check of a page has read. A page that is stored as JPEG may leave neither.
+struct CheckedData {
+  std::optional<EncodedImage> group4;  ///< strips that have been verified
+  std::optional<Raster> pixels;
+};
+
+/// Reads the image data of a page as an export does, and writes nothing: strips that would be
+/// copied are verified, all others are decoded. Throws Failure "<path>: <reason>" for data that is
+/// damaged: an export of the page would fail.
+CheckedData checkPage(const LoadedPage& page, const std::wstring& path);
 
 }  // namespace orvane

@@ -461,7 +461,8 @@ TEST_F(RealEngine, ADamagedJpegPageIsDamagedInEveryForm) {
       std::string flipped = whole;
       flipped[8 + random.below(directoryOf(whole) - 8)] ^= static_cast<char>(1 << random.below(8));
       writeBytes(station.native("page.tif"), flipped);
-      const bool sound = failureOf([&] { checkPage(station.path(L"page.tif")); }).empty();
+      const std::wstring path = station.path(L"page.tif");
+      const bool sound = failureOf([&] { checkPage(LoadedPage(path, 1), path); }).empty();
       for (const Form& form : forms) {
         const std::string failure = failureOf([&] {
           engine.SourceFile(station.path(L"page.tif"));

@@ -11,21 +11,27 @@
 
 #include "batchdb/BatchStore.h"
 #include "batchdb/SqliteStore.h"
+#include "check_command.h"
 #include "foundation/Failure.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"
 #include "foundation/text_encoding.h"
-#include "station_check.h"
+#include "printing.h"
 
 namespace {
 
 using namespace orvane;
+using station::onOneLine;
+using station::print;
 
 constexpr const char* kUsage = R"(用法：
   station list [状态]     列出各批：档案名称、状态、登记时间、页数、备注
   station again 档案名称  把一批的状态改回“完成扫描”，让它再导出一次
   station hold 档案名称   把一批搁置起来（状态改为“暂停导出”），让后面的先导出
-  station check           检查所有等待导出的批次：文件夹、Doc.dat、每一页；什么也不写
+  station check           检查所有等待导出的批次：文件夹、Doc.dat、每一页；什么也不写。导出会失败的地方和值得注意的
+                          地方（页数不符、分辨率低、重复页）都列出来，注意的不影响结果
+    --pixels              还看每一页的内容：空白页、歪斜、大小不同；慢得多
+    --tsv                 每一处一行，用制表符分开：档案名称、件、文件、种类、说明；最后是每种的合计
 again 只改“完成成果输出”“暂停导出”“完成扫描”的批次，hold 只改“完成扫描”的。别的状态要在后面加 --force 才改，
 改了以后这样改回去：
   station set 档案名称 原来的状态 --force
@@ -58,18 +64,6 @@ std::vector<Row> batches(BatchStore& store, const std::wstring& condition) {
 
 std::wstring inState(const std::wstring& state) {
   return L" where BatchState = " + quoted(state);
-}
-
-void print(const std::wstring& line) {
-  std::cout << toUtf8(line) << '\n';
-}
-
-// A line break or tab in a value would look like the next batch or column.
-std::wstring onOneLine(std::wstring text) {
-  for (wchar_t& letter : text) {
-    if (letter == L'\r' || letter == L'\n' || letter == L'\t') letter = L' ';
-  }
-  return text;
 }
 
 int list(BatchStore& store, const std::wstring& condition) {
@@ -122,43 +116,6 @@ int setState(BatchStore& store, const StateChange& change) {
   return 0;
 }
 
-std::wstring figures(std::uint64_t documents, std::uint64_t pages, std::uint64_t bytes) {
-  return std::to_wstring(documents) + L" 件，" + std::to_wstring(pages) + L" 页，" +
-         std::to_wstring(bytes) + L" 字节";
-}
-
-station::BatchCheck checkRow(const Row& row) {
-  if (row[0].isNull()) return {.obstacles = {L"BatchID 是空的"}};
-  station::BatchCheck check = station::checkBatch(row[0].text());
-  try {
-    row[3].toInt16();
-  } catch (const std::exception& failure) {
-    check.obstacles.push_back(L"PaperNum: " + description(failure));
-  }
-  return check;
-}
-
-int check(BatchStore& store) {
-  const std::vector<Row> waiting = batches(store, inState(kWaiting));
-  std::size_t failing = 0;
-  station::BatchCheck sum;
-  for (const Row& row : waiting) {
-    const station::BatchCheck found = checkRow(row);
-    const bool fails = !found.obstacles.empty();
-    print(valueOf(row, 0) + (fails ? L"：不能导出（" : L"：可以导出（") +
-          figures(found.documents, found.pages, found.bytes) + L"）");
-    for (const std::wstring& obstacle : found.obstacles) print(L"  " + obstacle);
-    failing += fails ? 1 : 0;
-    sum.documents += found.documents;
-    sum.pages += found.pages;
-    sum.bytes += found.bytes;
-  }
-  print(L"等待导出：" + std::to_wstring(waiting.size()) + L" 批，" +
-        figures(sum.documents, sum.pages, sum.bytes) + L"；不能导出：" + std::to_wstring(failing) +
-        L" 批");
-  return failing == 0 ? 0 : 1;
-}
-
 void enterStation() {
   if (std::filesystem::exists(nativePath(programFolder() + L"\\Orvane.dll"))) return;
   setProgramFolder(pathText(std::filesystem::current_path().native()));
@@ -185,9 +142,9 @@ std::optional<StateChange> stateChange(std::vector<std::wstring> words) {
 int run(const std::vector<std::wstring>& words) {
   const std::wstring command = words.empty() ? L"" : words[0];
   const bool isList = command == L"list" && words.size() <= 2;
-  const bool isCheck = command == L"check" && words.size() == 1;
+  const auto checkOptions = station::checkOptions(words);
   const auto change = words.empty() ? std::nullopt : stateChange(words);
-  if (!isList && !isCheck && !change) {
+  if (!isList && !checkOptions && !change) {
     std::cerr << kUsage;
     return 2;
   }
@@ -195,7 +152,7 @@ int run(const std::vector<std::wstring>& words) {
   SqliteStore store;
   store.open(programFolder() + L"\\Orvane.dll");
   if (change) return setState(store, *change);
-  if (isCheck) return check(store);
+  if (checkOptions) return station::check(batches(store, inState(kWaiting)), *checkOptions);
   return list(store, words.size() == 2 ? inState(words[1]) : L"");
 }
 

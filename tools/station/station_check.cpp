@@ -1,7 +1,10 @@
 #include "station_check.h"
 
+#include <algorithm>
+#include <atomic>
 #include <filesystem>
-#include <optional>
+#include <system_error>
+#include <thread>
 
 #include "docstore/ScanTree.h"
 #include "export/ScanTreeGuard.h"
@@ -9,52 +12,99 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"
-#include "imaging/LoadedPage.h"
+#include "imaging/PagesAhead.h"
 
 namespace orvane::station {
 namespace {
 
-// Runs one step and records a failure as an obstacle.
+// Runs one step. A failure is returned as an obstacle.
 template <typename Step>
-void tryStep(BatchCheck& check, const std::wstring& prefix, Step step) {
+std::wstring obstacleOf(const std::wstring& prefix, Step step) {
   try {
     step();
+    return {};
   } catch (const std::exception& failure) {
-    check.obstacles.push_back(prefix + description(failure));
+    return prefix + description(failure);
   }
 }
 
-void checkPageFile(BatchCheck& check, const std::wstring& path) {
-  ++check.pages;
-  tryStep(check, L"", [&] {
-    std::error_code missing;  // checkPage reports a missing file
-    const std::uintmax_t size = std::filesystem::file_size(nativePath(existingPath(path)), missing);
-    if (!missing) check.bytes += size;
-    checkPage(path);
+// Calls `work` for 0 to `count` - 1, on a thread for each core.
+template <typename Work>
+void shareOut(std::size_t count, Work work) {
+  std::atomic<std::size_t> next = 0;
+  const auto loop = [&] {
+    for (std::size_t i = next++; i < count; i = next++) work(i);
+  };
+  std::vector<std::jthread> helpers;
+  try {
+    const std::size_t wanted = std::min<std::size_t>(count, workersOfMachine());
+    while (helpers.size() + 1 < wanted) helpers.emplace_back(loop);
+  } catch (const std::system_error&) {  // no more threads: the others do the work
+  }
+  loop();
+}
+
+void checkPageFile(CheckedPage& page, bool measures) {
+  page.obstacle = obstacleOf(L"", [&] {
+    std::error_code missing;  // examinePage reports a missing file
+    const std::uintmax_t size =
+        std::filesystem::file_size(nativePath(existingPath(page.path)), missing);
+    if (!missing) page.bytes = size;
+    page.facts = examinePage(page.path, measures);
   });
 }
 
-void checkDocument(BatchCheck& check, const std::wstring& sDocName) {
-  std::optional<std::vector<std::wstring>> pages;
-  tryStep(check, GetDocumentPath(sDocName) + L": ", [&] { readPageList(sDocName, pages); });
-  if (!pages) return;
-  ++check.documents;
-  for (const std::wstring& page : *pages) checkPageFile(check, GetPagePath(sDocName, page));
+CheckedDocument listedDocument(const std::wstring& sDocName) {
+  CheckedDocument document{sDocName};
+  std::optional<std::vector<std::wstring>> names;
+  document.obstacle =
+      obstacleOf(GetDocumentPath(sDocName) + L": ", [&] { readPageList(sDocName, names); });
+  document.isListed = names.has_value();
+  if (!names) return document;
+  for (const std::wstring& name : *names) {
+    document.pages.push_back({name, GetPagePath(sDocName, name)});
+  }
+  return document;
+}
+
+void addDocuments(BatchCheck& check) {
+  for (const std::wstring& name : mdlFolderAndFile::fileSystem().SubFolders(check.folder)) {
+    const std::wstring obstacle = obstacleOf(L"", [&] {
+      if (isDocument(name)) check.documents.push_back(listedDocument(name));
+    });
+    if (!obstacle.empty()) check.documents.push_back({name, false, obstacle});
+  }
 }
 
 }  // namespace
 
-BatchCheck checkBatch(const std::wstring& BatchID) {
-  BatchCheck check;
-  gBatchFolder = programFolder() + L"\\Batchs\\" + BatchID;
-  tryStep(check, L"", [&] {
-    if (!isFolderName(BatchID)) throw Failure(L"BatchID 不能作文件夹名");
-    for (const std::wstring& name : mdlFolderAndFile::fileSystem().SubFolders(gBatchFolder)) {
-      tryStep(check, L"", [&] {
-        if (isDocument(name)) checkDocument(check, name);
-      });
+std::vector<Finding> BatchCheck::obstacles() const {
+  std::vector<Finding> found;
+  if (!obstacle.empty()) found.push_back({.text = obstacle});
+  for (const CheckedDocument& document : documents) {
+    if (!document.obstacle.empty()) {
+      found.push_back({.document = document.name, .text = document.obstacle});
     }
+    for (const CheckedPage& page : document.pages) {
+      if (page.obstacle.empty()) continue;
+      found.push_back({.document = document.name, .page = page.path, .text = page.obstacle});
+    }
+  }
+  return found;
+}
+
+BatchCheck checkBatch(const std::wstring& BatchID, bool measures) {
+  BatchCheck check{.folder = programFolder() + L"\\Batchs\\" + BatchID};
+  gBatchFolder = check.folder;
+  check.obstacle = obstacleOf(L"", [&] {
+    if (!isFolderName(BatchID)) throw Failure(L"BatchID 不能作文件夹名");
+    addDocuments(check);
   });
+  std::vector<CheckedPage*> pages;
+  for (CheckedDocument& document : check.documents) {
+    for (CheckedPage& page : document.pages) pages.push_back(&page);
+  }
+  shareOut(pages.size(), [&](std::size_t i) { checkPageFile(*pages[i], measures); });
   return check;
 }
 

@@ -263,4 +263,53 @@ double measureSkew(const Raster& raster, const Resolution& resolution) {
   return std::abs(degrees) < kSmallestSkew ? 0.0 : degrees;
 }
 
+namespace {
+
+constexpr double kQuickLongSide = 430;  // a page of A4 at about 36 dots per inch
+constexpr double kQuickShare = 0.6;     // of the skew that is asked for
+
+PixHandle smaller(const PixHandle& pix, int factor) {
+  PIX* source = pix.get();
+  if (pixGetDepth(source) != 1) {
+    const auto scale = static_cast<l_float32>(1.0 / factor);
+    return checkedPix(pixScaleAreaMap(source, scale, scale), "pixScaleAreaMap");
+  }
+  switch (factor) {
+    case 2:
+      return checkedPix(pixScaleToGray2(source), "pixScaleToGray2");
+    case 4:
+      return checkedPix(pixScaleToGray4(source), "pixScaleToGray4");
+    case 8:
+      return checkedPix(pixScaleToGray8(source), "pixScaleToGray8");
+    default:
+      return checkedPix(pixScaleToGray16(source), "pixScaleToGray16");
+  }
+}
+
+// The page in a size that is quick to measure; nothing if it is small already.
+std::optional<Raster> quickPicture(const Raster& raster) {
+  const double shrinking = std::max(raster.width, raster.height) / kQuickLongSide;
+  if (shrinking < 2.0) return std::nullopt;
+  const int factor = shrinking < 4.0 ? 2 : shrinking < 8.0 ? 4 : shrinking < 16.0 ? 8 : 16;
+  if (std::min(raster.width, raster.height) < 16U * static_cast<unsigned>(factor)) {
+    return std::nullopt;
+  }
+  PixHandle pix = toPix(toWorkingForm(raster));
+  if (pixGetDepth(pix.get()) == 32) {
+    pix = checkedPix(pixConvertTo8(pix.get(), 0), "pixConvertTo8");
+  }
+  return toRaster(smaller(pix, factor));
+}
+
+}  // namespace
+
+double skewBeyond(double degrees, const Raster& raster, const Resolution& resolution) {
+  if (const std::optional<Raster> picture = quickPicture(raster)) {
+    const double skew = std::abs(measureSkew(*picture, resolution));
+    if (skew > 0.0 && skew < kQuickShare * degrees) return 0.0;
+  }
+  const double skew = measureSkew(raster, resolution);
+  return std::abs(skew) > degrees ? skew : 0.0;
+}
+
 }  // namespace orvane

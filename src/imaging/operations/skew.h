@@ -11,4 +11,10 @@ namespace orvane {
 /// large to work on.
 double measureSkew(const Raster& raster, const Resolution& resolution = {});
 
+/// The skew of a page as `measureSkew` returns it if it is more than `degrees`, otherwise 0. Much
+/// quicker for most pages: the page is measured only if a picture of it, 2 to 16 times smaller, has
+/// at least 0.6 times that skew, or if none can be measured in the picture. Throws Failure as
+/// `measureSkew` does.
+double skewBeyond(double degrees, const Raster& raster, const Resolution& resolution = {});
+
 }  // namespace orvane
