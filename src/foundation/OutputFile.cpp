@@ -139,6 +139,22 @@ void OutputFile::copy(const OutputFile& source, std::uint64_t from, std::uint64_
   }
 }
 
+// copy_file_range shares blocks where the file system can. What it cannot do, such as a copy
+// between two file systems, is read and written.
+void OutputFile::copyAll(const OutputFile& source) {
+  const std::uint64_t size = source.size();
+  off_t done = 0;
+  while (static_cast<std::uint64_t>(done) < size) {
+    off_t to = done;
+    const ssize_t copied = copy_file_range(source.file_.number(), &done, file_.number(), &to,
+                                           size - static_cast<std::uint64_t>(done), 0);
+    if (copied < 0 && errno == EINTR) continue;
+    if (copied <= 0) break;
+  }
+  const auto begun = static_cast<std::uint64_t>(done);
+  copy(source, begun, size - begun, begun);
+}
+
 void OutputFile::cutBack(std::uint64_t size) noexcept {
   while (ftruncate(file_.number(), static_cast<off_t>(size)) != 0 && errno == EINTR) {
   }

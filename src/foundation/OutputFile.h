@@ -59,6 +59,10 @@ class OutputFile {
   void copy(const OutputFile& source, std::uint64_t from, std::uint64_t length,
             std::uint64_t offset);
 
+  /// Copies all of `source` to the beginning of this file, which is empty. Where the file system
+  /// can, both share their blocks from then on, or it copies them itself.
+  void copyAll(const OutputFile& source);
+
   /// Truncates the file to `size`, to undo a write. A failure is not reported.
   void cutBack(std::uint64_t size) noexcept;
   /// Closes the file. A created file is now kept. If this throws, the file is still open.

@@ -128,9 +128,12 @@ const char* findMisfit(const EncodedImage& image) {
       if (image.strips.size() != 1) return "more than one JPEG stream";
       return image.photometric != Photometric::Palette ? nullptr : "a palette with JPEG samples";
     case Compression::Lzw:
+      return "LZW compression";
+    case Compression::ModifiedHuffman:
+    case Compression::Group3:
       break;
   }
-  return "LZW compression";
+  return "Group 3 compression";
 }
 
 // The filter decodes black runs to 0 by default. In our strips a black run is bits of value 1,

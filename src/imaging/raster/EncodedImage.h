@@ -19,7 +19,14 @@ struct Resolution {
 };
 
 /// Compression of an image's strips, by its TIFF 6.0 tag value.
-enum class Compression : std::uint16_t { None = 1, Group4 = 4, Lzw = 5, Jpeg = 7 };
+enum class Compression : std::uint16_t {
+  None = 1,
+  ModifiedHuffman = 2,
+  Group3 = 3,
+  Group4 = 4,
+  Lzw = 5,
+  Jpeg = 7
+};
 
 /// PhotometricInterpretation by its TIFF 6.0 tag value.
 enum class Photometric : std::uint16_t {
@@ -48,6 +55,8 @@ struct EncodedImage {
   std::optional<std::uint16_t> extraSample;              ///< TIFF 6.0 ExtraSamples value
   std::vector<std::uint16_t> palette;                    ///< TIFF 6.0 ColorMap
   std::array<std::uint16_t, 2> chromaSubsampling{1, 1};  ///< YCbCr only
+  std::uint16_t orientation = 1;                         ///< TIFF 6.0 Orientation, for a TIFF file
+  bool twoDimensional = false;                           ///< Group 3 only: T4Options bit 0
   std::uint32_t rowsPerStrip = 0;                        ///< the last strip may be shorter
   std::vector<Bytes> strips;
   Resolution resolution;

@@ -142,12 +142,16 @@ void addForm(DirectoryBuilder& directory, const EncodedImage& image) {
   directory.addShort(tag::kCompression, static_cast<std::uint16_t>(image.compression));
   directory.addShort(tag::kPhotometric, static_cast<std::uint16_t>(image.photometric));
   directory.addShort(tag::kSamplesPerPixel, image.samplesPerPixel);
+  if (image.orientation != 1) directory.addShort(tag::kOrientation, image.orientation);
   directory.addLong(tag::kRowsPerStrip, std::min(image.rowsPerStrip, image.height));
   directory.addShort(tag::kPlanarConfiguration, 1);
   if (image.horizontalPredictor) directory.addShort(tag::kPredictor, 2);
   if (image.photometric == Photometric::Palette) directory.addShorts(tag::kColorMap, image.palette);
   if (!image.iccProfile.empty()) directory.addBytes(tag::kIccProfile, image.iccProfile);
   if (image.extraSample) directory.addShort(tag::kExtraSamples, *image.extraSample);
+  if (image.compression == Compression::Group3) {
+    directory.addLong(tag::kT4Options, image.twoDimensional ? 1 : 0);
+  }
   if (image.compression == Compression::Group4) {
     directory.addShort(tag::kFillOrder, 1);
     directory.addLong(tag::kT6Options, 0);

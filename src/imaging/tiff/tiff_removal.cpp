@@ -12,7 +12,8 @@
 #include "imaging/raster/EncodedImage.h"
 #include "imaging/tiff/TiffStructure.h"
 
-// A page is removed by copying what the other pages need to a new file, in two steps. PageCollector
+// A page is removed by copying what the other pages need to a new file, and extracted by copying
+// what it needs itself, in two steps. PageCollector
 // walks the directories and collects the ranges of bytes that are kept and the positions of the
 // offsets in them. PageWriter writes the ranges closer together, then the offsets again. The bytes
 // themselves are not interpreted further, so strips and unknown or private fields are copied
@@ -330,6 +331,15 @@ class PageWriter {
   OutputFile& target_;
 };
 
+// Writes a choice of the pages of `source`, whose structure is given, to the new file `target`.
+void writePages(const TiffStructure& structure, const OutputFile& source,
+                std::span<const TiffDirectoryPlace> pages, const std::wstring& target) {
+  const KeptPages kept = PageCollector(structure).collect(pages);
+  OutputFile file = OutputFile::createAnew(target);
+  PageWriter(kept, structure, file).write(source);
+  file.close();
+}
+
 }  // namespace
 
 void removeTiffPage(const std::wstring& path, std::int32_t page) {
@@ -339,12 +349,20 @@ void removeTiffPage(const std::wstring& path, std::int32_t page) {
   requireDeletablePage(path, page, pages.size());
   pages.erase(pages.begin() + (page - 1));
 
-  const KeptPages kept = PageCollector(structure).collect(pages);
   FileReplacement replacement(file.path());
-  OutputFile shorter = OutputFile::createAnew(replacement.temporaryPath());
-  PageWriter(kept, structure, shorter).write(file);
-  shorter.close();
+  writePages(structure, file, pages, replacement.temporaryPath());
   replacement.commit();
+}
+
+void extractTiffPage(const std::wstring& path, std::int32_t page, const std::wstring& target) {
+  const OutputFile file = OutputFile::openToRead(path);
+  const TiffStructure structure(file);
+  const std::vector<TiffDirectoryPlace> pages = structure.pages();
+  if (page < 1 || static_cast<std::size_t>(page) > pages.size()) {
+    throw fileFailure(path, "there is no page " + std::to_string(page));
+  }
+  writePages(structure, file, std::span(pages).subspan(static_cast<std::size_t>(page) - 1, 1),
+             target);
 }
 
 }  // namespace orvane
