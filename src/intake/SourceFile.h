@@ -20,7 +20,8 @@ class SourceFile {
   virtual void requirePage(std::int32_t page) const;
 
   /// Writes page `page`, from 1, to the new TIFF file `target`, without any loss. The only page of
-  /// a TIFF file is copied byte for byte. Throws Failure with the reason, and leaves no file then.
+  /// a TIFF file is copied byte for byte. The page is then read as an export reads it. Throws
+  /// Failure with the reason, and leaves no file then.
   virtual void writePage(std::int32_t page, const std::wstring& target) const = 0;
 };
 

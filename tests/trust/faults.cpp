@@ -164,12 +164,14 @@ constexpr std::size_t kLargeBlock = 64 * 1024;
 
 // For a program that has the library preloaded.
 [[maybe_unused]] const bool armedByEnvironment = [] {
-  const char* at = std::getenv("KILL_AT_CALL");
+  const char* const toFail = std::getenv("FAIL_AT_CALL");
+  const char* const at = toFail == nullptr ? std::getenv("KILL_AT_CALL") : toFail;
   const char* folder = std::getenv("KILL_FOLDER");
   if (at != nullptr && folder != nullptr) {
     const char* file = std::getenv("CALLS_FILE");  // gets one byte per call
     tally = file == nullptr ? -1 : open(file, O_WRONLY | O_CREAT | O_APPEND, 0666);
-    armFaults(folder, kAllButMemory, Fault::Kill, std::atol(at));
+    armFaults(folder, kAllButMemory, toFail == nullptr ? Fault::Kill : Fault::Fail,
+              std::atol(at));
   }
   const char* journal = std::getenv("JOURNAL_FILE");
   const char* recorded = std::getenv("JOURNAL_FOLDER");

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "add_command.h"
 #include "batchdb/BatchStore.h"
 #include "batchdb/SqliteStore.h"
 #include "check_command.h"
@@ -28,6 +29,9 @@ constexpr const char* kUsage = R"(用法：
   station list [状态]     列出各批：档案名称、状态、登记时间、页数、备注
   station again 档案名称  把一批的状态改回“完成扫描”，让它再导出一次
   station hold 档案名称   把一批搁置起来（状态改为“暂停导出”），让后面的先导出
+  station add [--name 档案名称] [--date 登记时间] [--dry-run] 文件夹
+                          把一个文件夹的扫描件（TIFF、JPEG、PNG、PDF）登记为一批，等待导出；
+                          --dry-run 只说出会怎样，什么也不写
   station check           检查所有等待导出的批次：文件夹、Doc.dat、每一页；什么也不写。导出会失败的地方和值得注意的
                           地方（页数不符、分辨率低、重复页）都列出来，注意的不影响结果
     --pixels              还看每一页的内容：空白页、歪斜、大小不同；慢得多
@@ -144,7 +148,8 @@ int run(const std::vector<std::wstring>& words) {
   const bool isList = command == L"list" && words.size() <= 2;
   const auto checkOptions = station::checkOptions(words);
   const auto change = words.empty() ? std::nullopt : stateChange(words);
-  if (!isList && !checkOptions && !change) {
+  const auto addRequest = station::addRequest(words);
+  if (!isList && !checkOptions && !addRequest && !change) {
     std::cerr << kUsage;
     return 2;
   }
@@ -152,6 +157,7 @@ int run(const std::vector<std::wstring>& words) {
   SqliteStore store;
   store.open(programFolder() + L"\\Orvane.dll");
   if (change) return setState(store, *change);
+  if (addRequest) return station::add(store, *addRequest);
   if (checkOptions) return station::check(batches(store, inState(kWaiting)), *checkOptions);
   return list(store, words.size() == 2 ? inState(words[1]) : L"");
 }
