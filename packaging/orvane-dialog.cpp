@@ -3,6 +3,7 @@
 //   orvane-dialog question TEXT    a box with 是 and 否; the exit status is 0 for 是, 1 for 否
 //   orvane-dialog folder TITLE     the folder chooser; prints the folder, or exits with 1
 //   orvane-dialog guide            opens the operator's guide
+//   orvane-dialog add STATION      asks for a folder of scans and makes a waiting batch of it
 
 #include <QApplication>
 #include <QMessageBox>
@@ -10,6 +11,9 @@
 #include <iostream>
 #include <string_view>
 
+#include "AddScans.h"
+#include "batchdb/SqliteStore.h"
+#include "foundation/Failure.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"
 #include "window/BrowseForFolder.h"
@@ -37,6 +41,21 @@ bool printFolder(const QString& title) {
   return !folder.empty();
 }
 
+int addScans(const QString& station, WindowServices& services) {
+  try {
+    setProgramFolder(pathText(station.toStdString()));
+    SqliteStore store;
+    store.open(programFolder() + L"\\Orvane.dll");
+    const std::wstring folder = BrowseForFolder(nullptr, L"选择扫描件所在的文件夹", {});
+    if (folder.empty()) return 1;
+    AddScans(store, folder).exec();
+    return 0;
+  } catch (const std::exception& failure) {
+    services.showBox(description(failure), kApplicationTitle, BoxIcon::Critical);
+    return 1;
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -56,8 +75,11 @@ int main(int argc, char** argv) {
     return printFolder(text) ? 0 : 1;
   } else if (kind == u"guide") {
     openGuide();
+  } else if (kind == u"add") {
+    return addScans(text, services);
   } else {
-    std::cerr << "usage: orvane-dialog message|question|folder TEXT, or orvane-dialog guide\n";
+    std::cerr << "usage: orvane-dialog message|question|folder TEXT, orvane-dialog guide, or "
+                 "orvane-dialog add STATION\n";
     return 2;
   }
   return 0;
