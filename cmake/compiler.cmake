@@ -63,7 +63,7 @@ orvane_headers(window_headers HEADERS ${headers} <QApplication> <QComboBox> <QLi
                <QPlainTextEdit> <QPushButton> <QScreen> <QTreeWidget> <QWidget> LINK Qt6::Widgets)
 # Tests are compiled without optimisation in every preset, because compiling takes longer than running.
 set(testOptions -O0 -fPIC)
-if(ORVANE_SANITIZE)  # ./test builds all tests in this preset
+if(ORVANE_SANITIZE AND BUILD_TESTING)  # ./test builds all tests in this preset
   orvane_headers(test_headers HEADERS ${headers} <sstream> <gmock/gmock.h> <gtest/gtest.h>
                  LINK GTest::gmock OPTIONS ${testOptions})
 endif()

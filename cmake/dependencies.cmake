@@ -1,8 +1,10 @@
 # All are packages of Debian 12 and 13; tools/install-packages installs missing ones.
 find_package(PkgConfig REQUIRED)
-find_package(Qt6 REQUIRED COMPONENTS Widgets)
-find_package(GTest REQUIRED)
-pkg_check_modules(TIFF REQUIRED IMPORTED_TARGET libtiff-4)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
+if(BUILD_TESTING)
+  find_package(GTest REQUIRED)
+endif()
+pkg_check_modules(TIFF REQUIRED IMPORTED_TARGET libtiff-4>=4.5)  # TIFFOpenOptions
 # The compressors behind libtiff, whose streams are read to their checksums here.
 pkg_check_modules(DEFLATE REQUIRED IMPORTED_TARGET libdeflate)
 pkg_check_modules(ZSTD REQUIRED IMPORTED_TARGET libzstd)
