@@ -193,7 +193,7 @@ RasterForm formOf(const PngHead& head) {
 template <typename Sample>
 Raster withoutAlpha(const Raster& raster) {
   constexpr std::uint64_t kMost = std::numeric_limits<Sample>::max();
-  RasterForm form = raster;
+  RasterForm form = static_cast<const RasterForm&>(raster);
   form.extraSample = ExtraSample::None;
   --form.samplesPerPixel;
   Raster paper = emptyRaster(form, raster.width, raster.height);

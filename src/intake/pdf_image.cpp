@@ -196,7 +196,7 @@ PdfImage readPdfImage(QPDFObjectHandle stream) {
   return image;
 }
 
-EncodedImage plainPage(QPDF& pdf, QPDFObjectHandle stream, const PdfImage& image) {
+EncodedImage plainPage(QPDF& pdf, const QPDFObjectHandle& stream, const PdfImage& image) {
   Raster raster{formOf(image), image.width, image.height, {}};
   const std::uint64_t size = std::uint64_t{raster.rowBytes()} * raster.height;
   raster.pixels = pdfImageData(pdf, stream, image.filters, size);
@@ -213,7 +213,7 @@ EncodedImage plainPage(QPDF& pdf, QPDFObjectHandle stream, const PdfImage& image
   return encodeWithoutLoss(std::move(raster));
 }
 
-EncodedImage jpegImagePage(QPDF& pdf, QPDFObjectHandle stream, const PdfImage& image) {
+EncodedImage jpegImagePage(QPDF& pdf, const QPDFObjectHandle& stream, const PdfImage& image) {
   const Bytes data = pdfImageData(pdf, stream, image.filters, kMaxPageBytes);
   const JpegSummary jpeg = readJpegSummary(data);
   if (jpeg.width != image.width || jpeg.height != image.height ||
@@ -247,7 +247,7 @@ void setFaxForm(EncodedImage& page, const PdfImage& image, ByteView data) {
   }
 }
 
-EncodedImage faxPage(QPDF& pdf, QPDFObjectHandle stream, const PdfImage& image) {
+EncodedImage faxPage(QPDF& pdf, const QPDFObjectHandle& stream, const PdfImage& image) {
   EncodedImage page;
   page.width = image.width;
   page.height = page.rowsPerStrip = image.height;
@@ -269,11 +269,11 @@ Bytes profileOf(const PdfImage& image, Photometric photometric) {
 
 }  // namespace
 
-void requirePdfImage(QPDFObjectHandle image) {
+void requirePdfImage(const QPDFObjectHandle& image) {
   readPdfImage(image);
 }
 
-EncodedImage pdfImagePage(QPDF& pdf, QPDFObjectHandle stream) {
+EncodedImage pdfImagePage(QPDF& pdf, const QPDFObjectHandle& stream) {
   const PdfImage image = readPdfImage(stream);
   const auto make = image.filters.codec == PdfCodec::Jpeg  ? jpegImagePage
                     : image.filters.codec == PdfCodec::Fax ? faxPage

@@ -76,7 +76,7 @@ std::optional<std::vector<double>> numbersOf(QPDFObjectHandle array, std::size_t
   return numbersOf(array.getArrayAsVector(), count);
 }
 
-std::optional<Box> boxOf(QPDFObjectHandle array) {
+std::optional<Box> boxOf(const QPDFObjectHandle& array) {
   const auto corners = numbersOf(array, 4);
   if (!corners) return std::nullopt;
   const auto [left, right] = std::minmax({(*corners)[0], (*corners)[2]});
@@ -123,7 +123,7 @@ class ContentWalk : public QPDFObjectHandle::ParserCallbacks {
  public:
   ContentWalk(QPDF& pdf, const Box& page) : pdf_(pdf), page_(page) {}
 
-  void walk(const std::string& content, QPDFObjectHandle resources, const Matrix& matrix) {
+  void walk(const std::string& content, const QPDFObjectHandle& resources, const Matrix& matrix) {
     const auto outer = std::tuple(resources_, matrix_, saved_);
     resources_ = resources;
     matrix_ = matrix;
@@ -154,7 +154,7 @@ class ContentWalk : public QPDFObjectHandle::ParserCallbacks {
   void clip();
   void draw();
   void drawForm(QPDFObjectHandle form);
-  void drawImage(QPDFObjectHandle image);
+  void drawImage(const QPDFObjectHandle& image);
   QPDFObjectHandle resource(const char* kind);
 
   QPDF& pdf_;
@@ -248,7 +248,7 @@ void ContentWalk::drawForm(QPDFObjectHandle form) {
   walk(pdfData(form, kMostContentBytes), own.isDictionary() ? own : resources_, matrix);
 }
 
-void ContentWalk::drawImage(QPDFObjectHandle image) {
+void ContentWalk::drawImage(const QPDFObjectHandle& image) {
   if (image_) throw Failure(L"有几幅图像");
   const std::optional<Box> place = matrix_.place({0, 0, 1, 1});
   if (!place || !(matrix_.a > 0 && matrix_.d > 0)) throw Failure(L"的图像不是正放的");
@@ -308,7 +308,7 @@ double userUnitOf(QPDFObjectHandle page) {
 
 }  // namespace
 
-PdfPageImage imageOfPdfPage(QPDF& pdf, QPDFObjectHandle object) {
+PdfPageImage imageOfPdfPage(QPDF& pdf, const QPDFObjectHandle& object) {
   constexpr double kUnitsPerInch = 72;
   QPDFPageObjectHelper page(object);
   requireNoAnnotations(object);

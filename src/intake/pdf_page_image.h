@@ -16,6 +16,6 @@ struct PdfPageImage {
 
 /// Finds the image of a page that shows one upright image, which covers it, and nothing else.
 /// Throws Failure with the reason for any other page; the reason continues "第 3 页".
-PdfPageImage imageOfPdfPage(QPDF& pdf, QPDFObjectHandle page);
+PdfPageImage imageOfPdfPage(QPDF& pdf, const QPDFObjectHandle& page);
 
 }  // namespace orvane

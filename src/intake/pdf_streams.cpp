@@ -103,7 +103,7 @@ PdfFilters readPdfFilters(QPDFObjectHandle stream) {
   return filters;
 }
 
-Bytes pdfImageData(QPDF& pdf, QPDFObjectHandle stream, const PdfFilters& filters,
+Bytes pdfImageData(QPDF& pdf, const QPDFObjectHandle& stream, const PdfFilters& filters,
                    std::uint64_t most) {
   FirstBytes end(most);
   if (filters.codec == PdfCodec::Plain) {
@@ -122,7 +122,7 @@ Bytes pdfImageData(QPDF& pdf, QPDFObjectHandle stream, const PdfFilters& filters
   return {end.bytes().begin(), end.bytes().end()};
 }
 
-std::string pdfData(QPDFObjectHandle stream, std::uint64_t most) {
+std::string pdfData(const QPDFObjectHandle& stream, std::uint64_t most) {
   FirstBytes end(most);
   pipe(stream, qpdf_dl_specialized, end);
   if (end.surplus() > 0) throw Failure(L"的内容太多，不像扫描件");

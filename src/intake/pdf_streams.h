@@ -25,11 +25,11 @@ PdfFilters readPdfFilters(QPDFObjectHandle stream);
 
 /// The data of an image, coded as `filters.codec` says, up to `most` bytes; the rest is surplus.
 /// Throws Failure when the filters do not accept the data.
-Bytes pdfImageData(QPDF& pdf, QPDFObjectHandle stream, const PdfFilters& filters,
+Bytes pdfImageData(QPDF& pdf, const QPDFObjectHandle& stream, const PdfFilters& filters,
                    std::uint64_t most);
 
 /// The data of a stream with all filters undone. Throws Failure, also for more than `most` bytes.
-std::string pdfData(QPDFObjectHandle stream, std::uint64_t most);
+std::string pdfData(const QPDFObjectHandle& stream, std::uint64_t most);
 
 /// Parses content, of which a page or a form consists.
 void parsePdfContent(QPDF& pdf, const std::string& content,
