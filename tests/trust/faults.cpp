@@ -170,8 +170,7 @@ constexpr std::size_t kLargeBlock = 64 * 1024;
   if (at != nullptr && folder != nullptr) {
     const char* file = std::getenv("CALLS_FILE");  // gets one byte per call
     tally = file == nullptr ? -1 : open(file, O_WRONLY | O_CREAT | O_APPEND, 0666);
-    armFaults(folder, kAllButMemory, toFail == nullptr ? Fault::Kill : Fault::Fail,
-              std::atol(at));
+    armFaults(folder, kAllButMemory, toFail == nullptr ? Fault::Kill : Fault::Fail, std::atol(at));
   }
   const char* journal = std::getenv("JOURNAL_FILE");
   const char* recorded = std::getenv("JOURNAL_FOLDER");
