@@ -89,7 +89,7 @@ TEST(OutputPreview, ThePreviewSaysWhatTheExportWillSay) {
     EXPECT_EQ(station.stateOf("2024-0001"),
               c.log.empty() ? "完成成果输出|" : "完成扫描|成果输出失败！");
     EXPECT_THAT(station.takeLog(), testing::HasSubstr(c.log));
-    const std::string file = station.shell("find $PWD/output -name '*2.tif'");
+    const std::string file = station.shell("find \"$PWD/output\" -name '*2.tif'");
     EXPECT_TRUE(file.empty() || preview.starts_with(kAsPage + file)) << preview;
     station.shell("rm -rf output/*");
   }

@@ -233,9 +233,9 @@ TEST_F(FrmMain, TheKeysOfTheMenuOpenTheOutputFolderAndTheGuideAndReportAFailure)
   const QByteArray searchPath = qgetenv("PATH");
   qputenv("PATH", folder.native("bin").c_str() + (":" + searchPath));
   for (const int status : {0, 4, 1}) {
-    folder.shell("rm -f opened; printf '#!/bin/sh\\necho \"$1\" >>" +
-                 folder.native("opened").string() + "; exit " + std::to_string(status) +
-                 "\\n' >bin/xdg-open; chmod +x bin/xdg-open");
+    folder.write("bin/xdg-open", "#!/bin/sh\necho \"$1\" >>" + quoted(folder.native("opened")) +
+                                     "\nexit " + std::to_string(status) + "\n");
+    folder.shell("rm -f opened; chmod +x bin/xdg-open");
     const std::string files[] = {folder.native("成果").string() + "/",
                                  folder.native("doc/operator-guide.zh.html")};
     const char* const keys[] = {"Ctrl+O", "F1"};

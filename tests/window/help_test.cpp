@@ -159,7 +159,7 @@ TEST_F(Help, TheNamingListAndTheRunButtonShowTheResultingFileNamesAtOnce) {
   // The disk is examined when the operator comes to a control.
   folder.shell(
       "mkdir -p Batchs/out; printf '[Setting]\\r\\nSavePath=%s\\Batchs\\out\\r\\n' \"$(pwd "
-      "| tr / '\\\\')\" >data.ini");
+      "| tr / '\\\\')\" | iconv -f UTF-8 -t CP936 >data.ini");
   frmMain inScanTree([](RunHost&) {}, [] {});
   inScanTree.show();
   auto& list2 = *inScanTree.findChild<QComboBox*>();
