@@ -23,7 +23,7 @@ constexpr std::size_t kMostUnits = 255;  // of UTF-16 in a name, on the disks of
 std::wstring shownPath(const std::wstring& path) {
   const std::filesystem::path native = nativePath(path);
   std::wstring shown = fromUtf8(native.lexically_normal().native());
-  if (shown.size() > kLongestShown) shown = shown.substr(0, kLongestShown) + L"……";
+  if (shown.size() > kLongestShown) shown.replace(kLongestShown, shown.npos, L"……");
   return shown;
 }
 
