@@ -124,7 +124,8 @@ void RunTips::refresh() {
   if (!hasScreenReader_) return;
   const bool isTold = ticks_++ % kTicksUntilToldAgain == 0;
   for (const Tip& tip : tips_) {
-    if (&tip != shown_) tip.control->setToolTip(textOf(tip));
+    const bool isThisShown = shown_ != nullptr && tip.control == shown_->control;
+    if (!isThisShown) tip.control->setToolTip(textOf(tip));
     if (isTold) tellScreenReader(tip);
   }
 }

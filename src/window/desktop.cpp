@@ -5,7 +5,6 @@
 #include <QStandardPaths>
 #include <QUrl>
 #include <unistd.h>
-#include <utility>
 
 namespace orvane {
 namespace {
@@ -23,7 +22,7 @@ QString reasonOf(int exitCode) {
 
 // QDesktopServices starts xdg-open too, but does not look at its result.
 void openOnDesktop(QWidget& owner, const QString& path,
-                   std::function<void(const QString& reason)> failed) {
+                   const std::function<void(const QString& reason)>& failed) {
   const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
   if (opener.isEmpty()) {
     if (!QDesktopServices::openUrl(QUrl::fromLocalFile(path))) failed(kNoProgram);

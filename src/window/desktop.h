@@ -11,6 +11,6 @@ namespace orvane {
 /// lives.
 /// @param path  a native path.
 void openOnDesktop(QWidget& owner, const QString& path,
-                   std::function<void(const QString& reason)> failed);
+                   const std::function<void(const QString& reason)>& failed);
 
 }  // namespace orvane
