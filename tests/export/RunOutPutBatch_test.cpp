@@ -1,6 +1,7 @@
 #include "export/RunOutPutBatch.h"
 
 #include <algorithm>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <regex>
 
