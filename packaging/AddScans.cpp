@@ -7,23 +7,11 @@
 #include <utility>
 
 #include "foundation/Failure.h"
+#include "foundation/WindowServices.h"
 #include "foundation/program.h"
 #include "window/qt_text.h"
 
 namespace orvane {
-namespace {
-
-/// The busy pointer, as long as it lives.
-class BusyPointer {
- public:
-  BusyPointer() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-  ~BusyPointer() { QApplication::restoreOverrideCursor(); }
-  BusyPointer(const BusyPointer&) = delete;
-  BusyPointer& operator=(const BusyPointer&) = delete;
-};
-
-}  // namespace
-
 AddScans::AddScans(BatchStore& store, std::wstring folder)
     : store_(store),
       folder_(std::move(folder)),

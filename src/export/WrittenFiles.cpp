@@ -25,16 +25,11 @@ std::size_t hashOf(const fs::path& file) {
   return hash_value(file.lexically_normal());
 }
 
-std::wstring inCapitals(std::wstring text) {
-  std::transform(text.begin(), text.end(), text.begin(), upperCase);
-  return text;
-}
-
 // Output names end in a lower-case extension. If the name in capitals leads to the same file, the
 // file system ignores letter case.
 bool diskKnowsLetterCase(const std::wstring& file, const struct stat& status) {
   const std::size_t name = file.find_last_of(L"\\/") + 1;
-  const std::wstring twin = file.substr(0, name) + inCapitals(file.substr(name));
+  const std::wstring twin = file.substr(0, name) + upperCase(file.substr(name));
   struct stat found {};
   return lstat(nativePath(twin).c_str(), &found) != 0 || found.st_size != status.st_size ||
          found.st_mtim.tv_sec != status.st_mtim.tv_sec ||
@@ -230,7 +225,7 @@ WrittenFiles::Disk& WrittenFiles::diskOf(dev_t device, const std::wstring& path)
 
 WrittenFiles::Key WrittenFiles::Disk::keyOf(const FileIdentity& file,
                                             const std::wstring& path) const {
-  return knowsLetterCase.value_or(true) ? file.inode : hashOf(nativePath(inCapitals(path)));
+  return knowsLetterCase.value_or(true) ? file.inode : hashOf(nativePath(upperCase(path)));
 }
 
 void WrittenFiles::Disk::addFolder(const std::wstring& folder) {

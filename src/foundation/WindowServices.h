@@ -28,6 +28,15 @@ WindowServices& windowServices();
 /// Installs `services` (not owned); nullptr restores the fallback.
 void installWindowServices(WindowServices* services);
 
+/// The busy pointer, as long as it lives.
+class BusyPointer {
+ public:
+  BusyPointer() { windowServices().showBusyPointer(true); }
+  ~BusyPointer() { windowServices().showBusyPointer(false); }
+  BusyPointer(const BusyPointer&) = delete;
+  BusyPointer& operator=(const BusyPointer&) = delete;
+};
+
 /// The run's report to the operator: `listProcessLog` of the window.
 class ProgressList {
  public:

@@ -87,6 +87,11 @@ wchar_t upperCase(wchar_t character) {
   return static_cast<wchar_t>(letters == locale_t{} ? towupper(code) : towupper_l(code, letters));
 }
 
+std::wstring upperCase(std::wstring text) {
+  for (wchar_t& character : text) character = upperCase(character);
+  return text;
+}
+
 std::wstring zeroFilled(int number, std::size_t width) {
   const std::wstring digits = std::to_wstring(number);
   return std::wstring(width - std::min(width, digits.size()), L'0') + digits;

@@ -20,6 +20,7 @@ std::wstring asciiLowerCase(std::wstring_view text);
 
 /// The upper case of a letter of any script. Other characters are returned unchanged.
 wchar_t upperCase(wchar_t character);
+std::wstring upperCase(std::wstring text);
 
 /// A number, at least 0, padded with "0" on the left to `width` digits. A longer number keeps all
 /// its digits.

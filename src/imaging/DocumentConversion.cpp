@@ -12,15 +12,6 @@
 namespace orvane {
 namespace {
 
-// Shows the busy pointer as long as the object lives.
-class BusyPointer {
- public:
-  BusyPointer() { windowServices().showBusyPointer(true); }
-  ~BusyPointer() { windowServices().showBusyPointer(false); }
-  BusyPointer(const BusyPointer&) = delete;
-  BusyPointer& operator=(const BusyPointer&) = delete;
-};
-
 // The extension of a `SaveFileType`, empty for an unknown one.
 std::wstring extensionOf(std::int16_t SaveFileType) {
   switch (SaveFileType) {

@@ -44,11 +44,6 @@ bool isInCodePage(const std::wstring& text) {
   }
 }
 
-std::wstring inCapitals(std::wstring text) {
-  for (wchar_t& c : text) c = upperCase(c);
-  return text;
-}
-
 // A page list ends each name with "$" and leaves blank ones out.
 bool canNamePage(const std::wstring& name) {
   const auto isControl = [](wchar_t c) { return c < L' '; };
@@ -200,13 +195,13 @@ class Planner {
     std::vector<std::size_t> unnamed;
     for (std::size_t i = 0; i < pages.size(); ++i) {
       const bool isNamed =
-          canNamePage(pages[i].name) && taken.insert(inCapitals(pages[i].name)).second;
+          canNamePage(pages[i].name) && taken.insert(upperCase(pages[i].name)).second;
       if (!isNamed) unnamed.push_back(i);
     }
     for (const std::size_t i : unnamed) {
       const std::wstring number = zeroFilled(static_cast<int>(i + 1), 4);
       pages[i].name = number;
-      for (int n = 2; !taken.insert(inCapitals(pages[i].name)).second; ++n) {
+      for (int n = 2; !taken.insert(upperCase(pages[i].name)).second; ++n) {
         pages[i].name = number + L"-" + std::to_wstring(n);
       }
     }
@@ -221,7 +216,7 @@ class Planner {
       if (!reason.empty() && document.name != plan_.batch) {
         refuse(L"档案（件）名称 " + document.name, reason);
       }
-      if (!names.insert(inCapitals(document.name)).second) {
+      if (!names.insert(upperCase(document.name)).second) {
         refuse(L"档案（件）名称 " + document.name, L"有两件同名（不分大小写）");
       }
     }

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "foundation/Failure.h"
+#include "intake/IntakePlan.h"
 #include "page_notices.h"
 #include "printing.h"
 #include "station_check.h"
@@ -48,10 +49,7 @@ struct Sum {
     }
   }
 
-  std::wstring figures() const {
-    return std::to_wstring(documents) + L" 件，" + std::to_wstring(pages) + L" 页，" +
-           std::to_wstring(bytes) + L" 字节";
-  }
+  std::wstring figures() const { return orvane::figures(documents, pages, bytes); }
 };
 
 // Everything that was found in one batch: obstacles first.
