@@ -6,10 +6,12 @@
 
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
-#include "intake/JpegScan.h"
+#include "foundation/plain_text.h"
+#include "intake/OnePageScan.h"
 #include "intake/PdfScan.h"
-#include "intake/PngScan.h"
 #include "intake/TiffScan.h"
+#include "intake/jpeg_page.h"
+#include "intake/png_page.h"
 
 namespace orvane {
 namespace {
@@ -67,11 +69,17 @@ bool isNamedLikeImage(const std::wstring& path) {
                                    L"bmp"sv, L"gif"sv,  L"webp"sv, L"heic"sv, L"heif"sv};
   const std::size_t dot = path.find_last_of(L".\\");
   if (dot == std::wstring::npos || path[dot] != L'.') return false;
-  std::wstring extension = path.substr(dot + 1);
-  for (wchar_t& letter : extension) {
-    if (letter >= L'A' && letter <= L'Z') letter = static_cast<wchar_t>(letter - L'A' + L'a');
-  }
+  const std::wstring extension = asciiLowerCase(path.substr(dot + 1));
   return std::ranges::find(kExtensions, std::wstring_view(extension)) != kExtensions.end();
+}
+
+template <typename RequireHead, typename Encode>
+std::unique_ptr<SourceFile> onePage(const std::wstring& path, RequireHead head, Encode encode) {
+  return std::make_unique<OnePageScan>(path, OnePageScan::Kind{head, encode});
+}
+
+EncodedImage pageOfJpegFile(ByteView file) {
+  return jpegPage(file, kMeaningInFile);
 }
 
 }  // namespace
@@ -81,8 +89,8 @@ void SourceFile::requirePage(std::int32_t /*page*/) const {}
 std::unique_ptr<SourceFile> openSourceFile(const std::wstring& path) {
   const std::string front = frontOf(path);
   if (isTiff(front)) return openTiffScan(path);
-  if (front.starts_with("\xFF\xD8\xFF")) return openJpegScan(path);
-  if (front.starts_with("\x89PNG\r\n\x1A\n")) return openPngScan(path);
+  if (front.starts_with("\xFF\xD8\xFF")) return onePage(path, readJpegSummary, pageOfJpegFile);
+  if (front.starts_with("\x89PNG\r\n\x1A\n")) return onePage(path, requirePng, pngPage);
   if (const wchar_t* kind = nameOfOtherKind(front)) {
     throw Failure(std::wstring(kind) + L" 图像不能登记");
   }

@@ -1,4 +1,4 @@
-#include "intake/PngScan.h"
+#include "intake/png_page.h"
 
 #include <algorithm>
 #include <array>
@@ -240,6 +240,13 @@ void clearColour(Raster& raster, const png_color_16& colour) {
   }
 }
 
+}  // namespace
+
+void requirePng(ByteView file) {
+  const PngHead head = PngStream(file).readHead();
+  requireRoom(std::uint64_t{formOf(head).rowBytes(head.width)} * head.height);
+}
+
 EncodedImage pngPage(ByteView file) {
   constexpr double kMetresPerInch = 0.0254;
   PngStream png(file);
@@ -256,30 +263,6 @@ EncodedImage pngPage(ByteView file) {
   image.resolution = statedResolution(head.perMetreX, head.perMetreY, kMetresPerInch);
   image.iccProfile = png.profile();
   return image;
-}
-
-class PngScan : public SourceFile {
- public:
-  explicit PngScan(const std::wstring& path) : path_(path) {
-    const Bytes file = readWholeFile(path);
-    const PngHead head = PngStream(file).readHead();
-    requireRoom(std::uint64_t{formOf(head).rowBytes(head.width)} * head.height);
-  }
-
-  std::int32_t pageCount() const override { return 1; }
-
-  void writePage(std::int32_t /*page*/, const std::wstring& target) const override {
-    writeReadablePage(target, pngPage(readWholeFile(path_)));
-  }
-
- private:
-  std::wstring path_;
-};
-
-}  // namespace
-
-std::unique_ptr<SourceFile> openPngScan(const std::wstring& path) {
-  return std::make_unique<PngScan>(path);
 }
 
 }  // namespace orvane
