@@ -3,10 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
-#include <memory>
-#include <openssl/crypto.h>
-#include <openssl/evp.h>
-#include <span>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -15,6 +11,7 @@
 
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
+#include "foundation/Sha256.h"
 #include "foundation/paths.h"
 
 namespace orvane {
@@ -25,45 +22,9 @@ constexpr std::size_t kPiece = 64 << 10;
 // A thread for less than this costs more than it saves.
 constexpr std::uint64_t kBytesForAThread = 8 << 20;
 
-class Sha256 {
- public:
-  Sha256() : context_(EVP_MD_CTX_new(), EVP_MD_CTX_free) {
-    require(context_ != nullptr && EVP_DigestInit_ex(context_.get(), EVP_sha256(), nullptr) == 1);
-  }
-
-  void add(std::span<const char> bytes) {
-    require(EVP_DigestUpdate(context_.get(), bytes.data(), bytes.size()) == 1);
-  }
-
-  std::string inHexadecimal() {
-    std::array<unsigned char, 32> digest{};
-    require(EVP_DigestFinal_ex(context_.get(), digest.data(), nullptr) == 1);
-    std::string text;
-    for (const unsigned char byte : digest) {
-      text += "0123456789abcdef"[byte >> 4];
-      text += "0123456789abcdef"[byte & 15];
-    }
-    return text;
-  }
-
- private:
-  static void require(bool isDone) {
-    if (!isDone) throw Failure("no SHA-256");
-  }
-
-  const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context_;
-};
-
-// Nothing of the library's configuration applies, and the program may end while a thread reads.
-void initialiseLibrary() {
-  OPENSSL_init_crypto(OPENSSL_INIT_NO_LOAD_CONFIG | OPENSSL_INIT_NO_ATEXIT, nullptr);
-}
-
 }  // namespace
 
-FileDigests::FileDigests(std::uint64_t mostWaiting) : mostWaiting_(mostWaiting) {
-  initialiseLibrary();
-}
+FileDigests::FileDigests(std::uint64_t mostWaiting) : mostWaiting_(mostWaiting) {}
 
 FileDigests::~FileDigests() {
   clear();
@@ -168,8 +129,9 @@ std::string FileDigests::digestOf(const File& file) {
   const FileDescriptor opened(pathText(folder_ + "/" + file.path), O_RDONLY | O_NOFOLLOW);
   Sha256 sha256;
   std::uint64_t bytes = 0;
-  std::array<char, kPiece> piece;
-  while (const std::size_t count = opened.read(piece.data(), piece.size())) {
+  std::array<std::uint8_t, kPiece> piece;
+  while (const std::size_t count =
+             opened.read(reinterpret_cast<char*>(piece.data()), piece.size())) {
     if (isDropped(file)) return {};
     sha256.add({piece.data(), count});
     bytes += count;

@@ -1,10 +1,7 @@
 #include "intake/NewBatch.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <exception>
 #include <fcntl.h>
@@ -13,7 +10,6 @@
 #include <mutex>
 #include <optional>
 #include <system_error>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -26,6 +22,7 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"
+#include "foundation/share_out.h"
 #include "foundation/text_encoding.h"
 #include "imaging/LoadedPage.h"
 #include "imaging/PagesAhead.h"
@@ -59,83 +56,6 @@ bool exists(const std::wstring& path) {
   if (status.type() == fs::file_type::none) throw systemFailure(error.value(), path);
   return status.type() != fs::file_type::not_found;
 }
-
-/// Works on items on all cores, while the caller's thread tells how far it is.
-class Workers {
- public:
-  using Work = std::function<void(std::size_t item)>;
-
-  /// Returns when all items are done. The first failure, also one of `observe`, ends the work and
-  /// is thrown.
-  static void run(std::size_t items, const Work& work, const std::function<void()>& observe) {
-    Workers workers(items, work);
-    workers.wait(observe);
-  }
-
- private:
-  Workers(std::size_t items, const Work& work) : items_(items), work_(work) {
-    const std::size_t wanted = std::min<std::size_t>(std::max(workersOfMachine(), 1U), items);
-    while (threads_.size() < wanted && startThread()) {
-    }
-  }
-
-  // Returns false if the system has no more threads.
-  bool startThread() {
-    const std::lock_guard lock(mutex_);
-    try {
-      threads_.emplace_back([this] { takeItems(); });
-      ++running_;
-      return true;
-    } catch (const std::system_error&) {
-      if (threads_.empty()) throw;
-      return false;
-    }
-  }
-
-  void takeItems() {
-    try {
-      for (std::size_t item = next_++; item < items_ && !isStopped_; item = next_++) work_(item);
-    } catch (...) {
-      stop(std::current_exception());
-    }
-    const std::lock_guard lock(mutex_);
-    --running_;
-    ended_.notify_all();
-  }
-
-  void stop(std::exception_ptr failure) {
-    const std::lock_guard lock(mutex_);
-    if (!failure_) failure_ = std::move(failure);
-    isStopped_ = true;
-  }
-
-  void wait(const std::function<void()>& observe) {
-    constexpr auto kStep = std::chrono::milliseconds(100);
-    std::unique_lock lock(mutex_);
-    while (!ended_.wait_for(lock, kStep, [this] { return running_ == 0; })) {
-      lock.unlock();
-      try {
-        observe();
-      } catch (...) {
-        stop(std::current_exception());
-      }
-      lock.lock();
-    }
-    lock.unlock();
-    threads_.clear();
-    if (failure_) std::rethrow_exception(failure_);
-  }
-
-  const std::size_t items_;
-  const Work& work_;
-  std::atomic<std::size_t> next_ = 0;
-  std::atomic<bool> isStopped_ = false;
-  std::mutex mutex_;
-  std::condition_variable ended_;
-  std::exception_ptr failure_;
-  std::size_t running_ = 0;
-  std::vector<std::jthread> threads_;
-};
 
 /// The pages of one image file in one document.
 struct FileJob {
@@ -240,8 +160,8 @@ void buildFolder(const IntakePlan& plan, const std::wstring& folder, Tally& tall
   };
   for (std::size_t i = 0; i < plan.documents.size(); ++i) createFolder(folderOfDocument(i));
   const std::vector<FileJob> jobs = jobsOf(plan);
-  Workers::run(
-      jobs.size(),
+  shareOut(
+      jobs.size(), workersOfMachine(),
       [&](std::size_t i) { writePages(jobs[i], folderOfDocument(jobs[i].document), tally); },
       [&] { observe(tally.progress()); });
   for (std::size_t i = 0; i < plan.documents.size(); ++i) {
@@ -329,8 +249,8 @@ IntakeProgress registerFolder(BatchStore& store, const IntakePlan& plan,
   const std::wstring folder = folderOf(plan.batch);
   Tally tally(plan);
   const std::vector<FileJob> jobs = jobsOf(plan);
-  Workers::run(
-      jobs.size(),
+  shareOut(
+      jobs.size(), workersOfMachine(),
       [&](std::size_t i) {
         const std::wstring file = existingPath(jobs[i].first->file);
         checkPage(LoadedPage(file, 1), file);

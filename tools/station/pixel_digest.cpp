@@ -1,29 +1,17 @@
 #include "pixel_digest.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <memory>
-#include <openssl/evp.h>
 
 #include "foundation/Bytes.h"
 #include "foundation/Failure.h"
+#include "foundation/Sha256.h"
 #include "imaging/group4/ChangingElements.h"
 #include "imaging/group4/Group4RowReader.h"
 #include "imaging/raster/conversion.h"
 
 namespace orvane::station {
 namespace {
-
-void require(bool success) {
-  if (!success) throw Failure("SHA-256 is not available");
-}
-
-std::string sha256(const void* bytes, std::size_t size) {
-  std::array<unsigned char, 32> digest{};
-  require(EVP_Digest(bytes, size, digest.data(), nullptr, EVP_sha256(), nullptr) == 1);
-  return {digest.begin(), digest.end()};
-}
 
 std::string formOf(const Raster& page) {
   std::string form = std::to_string(page.width) + ' ' + std::to_string(page.height) + ' ' +
@@ -39,9 +27,7 @@ std::string formOf(const Raster& page) {
 // Group 4 stores.
 class InkDigest {
  public:
-  InkDigest(std::uint32_t width, std::uint32_t height)
-      : context_(EVP_MD_CTX_new(), EVP_MD_CTX_free), bytesPerPlace_(width > 0xFFFF ? 4 : 2) {
-    require(context_ && EVP_DigestInit_ex(context_.get(), EVP_sha256(), nullptr) == 1);
+  InkDigest(std::uint32_t width, std::uint32_t height) : bytesPerPlace_(width > 0xFFFF ? 4 : 2) {
     buffer_.reserve(2 * kChunk);
     form_ = "ink " + std::to_string(width) + ' ' + std::to_string(height) + ':';
   }
@@ -76,9 +62,7 @@ class InkDigest {
 
   std::string finish() {
     flush();
-    std::array<unsigned char, 32> digest{};
-    require(EVP_DigestFinal_ex(context_.get(), digest.data(), nullptr) == 1);
-    return form_ + std::string(digest.begin(), digest.end());
+    return form_ + sha256_.inHexadecimal();
   }
 
  private:
@@ -96,11 +80,11 @@ class InkDigest {
   }
 
   void flush() {
-    require(EVP_DigestUpdate(context_.get(), buffer_.data(), buffer_.size()) == 1);
+    sha256_.add(buffer_);
     buffer_.clear();
   }
 
-  const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context_;
+  Sha256 sha256_;
   const int bytesPerPlace_;
   std::string form_;
   Bytes buffer_;
@@ -113,7 +97,11 @@ bool isBlackAndWhite(const Raster& page) {
 }  // namespace
 
 std::string pixelDigest(const Raster& page) {
-  if (!isBlackAndWhite(page)) return formOf(page) + sha256(page.pixels.data(), page.pixels.size());
+  if (!isBlackAndWhite(page)) {
+    Sha256 sha256;
+    sha256.add(page.pixels);
+    return formOf(page) + sha256.inHexadecimal();
+  }
   const Raster ink = toBilevel(page);
   InkDigest digest(ink.width, ink.height);
   for (std::uint32_t y = 0; y < ink.height; ++y) digest.addRow(ink.row(y), ink.width);

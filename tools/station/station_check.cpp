@@ -1,17 +1,14 @@
 #include "station_check.h"
 
-#include <algorithm>
-#include <atomic>
 #include <filesystem>
 #include <system_error>
-#include <thread>
 
 #include "docstore/ScanTree.h"
-#include "export/ScanTreeGuard.h"
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"
+#include "foundation/share_out.h"
 #include "imaging/PagesAhead.h"
 
 namespace orvane::station {
@@ -26,22 +23,6 @@ std::wstring obstacleOf(const std::wstring& prefix, Step step) {
   } catch (const std::exception& failure) {
     return prefix + description(failure);
   }
-}
-
-// Calls `work` for 0 to `count` - 1, on a thread for each core.
-template <typename Work>
-void shareOut(std::size_t count, Work work) {
-  std::atomic<std::size_t> next = 0;
-  const auto loop = [&] {
-    for (std::size_t i = next++; i < count; i = next++) work(i);
-  };
-  std::vector<std::jthread> helpers;
-  try {
-    const std::size_t wanted = std::min<std::size_t>(count, workersOfMachine());
-    while (helpers.size() + 1 < wanted) helpers.emplace_back(loop);
-  } catch (const std::system_error&) {  // no more threads: the others do the work
-  }
-  loop();
 }
 
 void checkPageFile(CheckedPage& page, bool measures) {
@@ -104,7 +85,8 @@ BatchCheck checkBatch(const std::wstring& BatchID, bool measures) {
   for (CheckedDocument& document : check.documents) {
     for (CheckedPage& page : document.pages) pages.push_back(&page);
   }
-  shareOut(pages.size(), [&](std::size_t i) { checkPageFile(*pages[i], measures); });
+  shareOut(pages.size(), workersOfMachine(),
+           [&](std::size_t i) { checkPageFile(*pages[i], measures); });
   return check;
 }
 
