@@ -82,23 +82,28 @@ void JpegScan::verify() {
   });
 }
 
-// A look-up that would reach or pass the last coefficient is done step by step: the block ends
-// there, whatever its bits go on with.
+// One comparison finds all that is not plain: the end of the block, no step, and steps that would
+// reach or pass the last coefficient. The last are taken one by one: the block ends there, whatever
+// its bits go on with.
 void JpegScan::passOverAc(BitReader& bits, const CoefficientDecoder& decoder,
                           const CoefficientRuns& runs) const {
   constexpr unsigned kRunsARefill = 56 / CoefficientRuns::kBits;
   constexpr unsigned kEnd = CoefficientStep::kEndOfBlock;
   for (unsigned index = 0;;) {
     bits.refill();
-    CoefficientStep steps;
-    for (unsigned i = 0; i < kRunsARefill; ++i) {
-      steps = runs.steps(bits.bits());
-      if (steps.length == 0 || index + steps.advance % kEnd >= 63) break;
-      bits.skip(steps.length);
-      index += steps.advance;
-      if (index >= kEnd) return;
+    CoefficientRun run;
+    unsigned taken = 0;
+    for (; taken < kRunsARefill; ++taken) {
+      run = runs.steps(bits.bits());
+      if (index + run.advance >= 63) break;
+      bits.skip(run.length);
+      index += run.advance;
     }
-    if (steps.length != 0 && index + steps.advance % kEnd < 63) continue;
+    if (taken == kRunsARefill) continue;
+    if (run.advance >= kEnd && index + run.advance - kEnd < 63) {
+      bits.skip(run.length);
+      return;
+    }
     bits.refill();
     const CoefficientStep step = takeStep(bits, decoder);
     index += step.advance;

@@ -178,17 +178,17 @@ CoefficientStep CoefficientDecoder::stepOf(unsigned codeLength, unsigned symbol,
 
 // More than 62 coefficients are left to single steps, which tell where a block ends.
 CoefficientRuns::CoefficientRuns(const CoefficientDecoder& decoder) {
-  for (std::uint64_t window = 0; window < steps_.size(); ++window) {
-    CoefficientStep& all = steps_[window];
-    while ((all.advance & CoefficientStep::kEndOfBlock) == 0) {
-      const std::uint64_t bits = window << (64 - kBits) << all.length;
-      const CoefficientStep step = decoder.shortStep(bits);
+  for (std::uint64_t window = 0; window < runs_.size(); ++window) {
+    CoefficientRun& run = runs_[window];
+    while ((run.advance & CoefficientRun::kEndOfBlock) == 0) {
+      const CoefficientStep step = decoder.shortStep(window << (64 - kBits) << run.length);
       const bool ends = step.advance == CoefficientStep::kEndOfBlock;
-      if (step.length == 0 || all.length + step.length > kBits) break;
-      if (!ends && all.advance + step.advance > 62) break;
-      all.advance = static_cast<std::uint8_t>(all.advance + step.advance);
-      all.length = static_cast<std::uint8_t>(all.length + step.length);
+      if (step.length == 0 || run.length + step.length > kBits) break;
+      if (!ends && run.advance + step.advance > 62) break;
+      run.advance = static_cast<std::uint8_t>(run.advance + step.advance);
+      run.length = static_cast<std::uint8_t>(run.length + step.length);
     }
+    if (run.length == 0) run.advance = CoefficientRun::kNone;
   }
 }
 

@@ -100,20 +100,28 @@ class CoefficientDecoder {
   std::array<Code, 1u << kShortBits> codes_{};  ///< whatever the length of the value
 };
 
-/// The steps through coefficients whose values do not matter, several in one look-up.
+/// Steps through coefficients whose values do not matter.
+struct CoefficientRun {
+  static constexpr std::uint8_t kEndOfBlock = CoefficientStep::kEndOfBlock;
+  static constexpr std::uint8_t kNone = 64;  ///< an `advance` past every block: there is no step
+
+  std::uint8_t advance = 0;  ///< of all steps; with `kEndOfBlock` in addition when the block ends
+  std::uint8_t length = 0;   ///< of all steps, in bits
+};
+
+/// Reads several such steps in one look-up. Its entries are small, since two tables have to stay in
+/// the nearest cache.
 class CoefficientRuns {
  public:
   explicit CoefficientRuns(const CoefficientDecoder& decoder);
 
   static constexpr unsigned kBits = 13;
 
-  /// All steps that the next `kBits` bits hold whole, up to the end of a block. Its value is 0;
-  /// `advance` has `kEndOfBlock` in addition to that of the steps before the end. Length 0: there
-  /// is no such step.
-  CoefficientStep steps(std::uint64_t bits) const { return steps_[bits >> (64 - kBits)]; }
+  /// All steps that the next `kBits` bits hold whole, up to the end of a block.
+  CoefficientRun steps(std::uint64_t bits) const { return runs_[bits >> (64 - kBits)]; }
 
  private:
-  std::array<CoefficientStep, 1u << kBits> steps_{};
+  std::array<CoefficientRun, 1u << kBits> runs_{};
 };
 
 /// The code of each symbol; of length 0 for one that has none.
