@@ -118,11 +118,12 @@ Examined<Raster> LoadedPage::decode() const {
   return {std::move(decoded.value), std::move(data)};
 }
 
+// A transcoding with the finest steps changes none: it verifies the data and copies it.
 CheckedData checkPage(const LoadedPage& page, const std::wstring& path) {
   auto copy = page.group4Copy(Group4Form::Strips);
   CheckedData checked{std::move(copy.value), {}};
   const bool isDone = checked.group4 || copy.data.damage;
-  if (!isDone) copy = page.transcodedJpeg(JpegFactors{});
+  if (!isDone) copy = page.transcodedJpeg({.major = 0, .minor = 0});
   if (!isDone && !copy.value && !copy.data.damage) {
     Examined<Raster> decoded = page.pixels();
     checked.pixels = std::move(decoded.value);
