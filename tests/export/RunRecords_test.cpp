@@ -1,12 +1,14 @@
 // The report of a run and its list of checksums.
 
 #include <gtest/gtest.h>
+#include <regex>
 #include <set>
 
 #include "export/ExportStation.h"
 #include "export/FileDigests.h"
 #include "export/JournalHost.h"
 #include "export/RunOutPutBatch.h"
+#include "export/WholeRun.h"
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "settings/ExportSettings.h"
@@ -28,6 +30,65 @@ class RecordsOfRun : public testing::Test {
   test::ExportStation station;
   test::JournalHost host;
 };
+
+class ReportOfRun : public test::WholeRun {};
+
+TEST_F(ReportOfRun, AReportHasARowForEachDocumentAndASumForEachBatch) {
+  const auto report = [&] {
+    const std::string text = station.shell(
+        "cat Log/*-*.txt | sed 's/\t[0-9]*\\.[0-9]*\t/\t秒\t/; s/\\r$//' | tr '\\t' '|'");
+    return std::regex_replace(text, std::regex("\\|mdlImage.*；Doc.*"), "|……");
+  };
+  const auto bytes = [&](const std::string& files) {
+    return "|" + std::to_string(std::stoi(station.shell("cat output/" + files + " | wc -c"))) + "|";
+  };
+  station.createTable({"B1", "B2", "B\t3"});
+  station.addDocument("B1/D1", {"P1", "P2"});
+  station.addDocument("B1/D2", {" "});  // without a page
+  station.addDocument("B2/D1", {"P1"});
+  station.addDocument("B2/D2", {"P1", "missing"});
+  int failures = 0;
+  std::string ofB1, firstRows;
+  host.whenLineAdded = [&](const std::string& line) {
+    if (line == "档案导出成果成功！" && ofB1.empty()) ofB1 = bytes("B1/D1*");
+    if (line == "D2 导出成功！" && firstRows.empty()) firstRows = report();  // during the run
+    if (line == "D2 导出失败！" && ++failures == 13) {
+      station.addDocument("B2/D2", {"P1", "P2"});
+    }
+    if (line.find("处理失败") != line.npos) host.setIsStopRequested(true);
+  };
+  run();
+  const std::string ofPage = bytes("B2/D1*"), fails = "B2|合计|||||失败|同样的失败又发生了 ";
+  const std::string firstDocuments = "档案|档案（件）|页数|文件数|字节数|秒|结果|原因\nB1|D1|2|2" +
+                                     ofB1 + "秒|成功|\nB1|D2|0|0|0|秒|成功|\n";
+  EXPECT_EQ(firstRows, firstDocuments);
+  EXPECT_EQ(report(), firstDocuments + "B1|合计|2|2" + ofB1 + "秒|成功|\nB2|D1|1|1" + ofPage +
+                          "秒|成功|\nB2|D2|1|1" + ofPage + "秒|失败|……\n" +
+                          "B2|合计|0|0|0|秒|失败|D2 导出失败；这一批的成果文件夹已删除\n" + fails +
+                          "1 次\n" + fails + "10 次\n" + fails + "12 次\nB2|D1|1|1" + ofPage +
+                          "秒|成功|\nB2|D2|2|2" + bytes("B2/D2*") + "秒|成功|\nB2|合计|3|3" +
+                          bytes("B2/*") + "秒|成功|\nB 3|合计|0|0|0|秒|失败|没有这个文件夹：" +
+                          toUtf8(station.path(L"Batchs\\B 3")) + "\n");
+  EXPECT_EQ(
+      station.shell("file -b --mime-encoding Log/*.txt; cat Log/*.txt | tr -cd '\\r' | wc -c"),
+      "utf-8\n14\n");
+}
+
+TEST_F(ReportOfRun, AReportThatCannotBeWrittenIsLoggedOnceAndFailsNothing) {
+  struct NoReports : FileSystemObject {
+    void AppendFile(const std::wstring& path, std::string_view bytes) override {
+      if (path.ends_with(L".txt")) throw Failure("no space");
+      FileSystemObject::AppendFile(path, bytes);
+    }
+  };
+  gFileSystem = std::make_unique<NoReports>();
+  station.createTable({"B1", "B2"});
+  for (const char* document : {"B1/D1", "B1/D2", "B2/D1"}) station.addDocument(document, {"P"});
+  run();
+  gFileSystem.reset();
+  EXPECT_EQ(station.query("select distinct BatchState from T_BatchInfo"), "完成成果输出\n");
+  EXPECT_EQ(station.takeLog(), "Orvane成果导出:RunOutPutBatch-导出清单写不出来：no space\n");
+}
 
 TEST_F(RecordsOfRun, TheReportEndsWithWhatIsLeft) {
   const struct {
