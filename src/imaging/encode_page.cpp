@@ -79,9 +79,10 @@ Examined<EncodedImage> encodeFor(Container container, const LoadedPage& page,
       return encodeForTiff(page, settings, order, pause);
     case Container::Pdf:
       return encodeForPdf(page, settings);
-    default:
+    case Container::Jpeg:
       return encodeAsJpeg(page, settings.jpegFactors);
   }
+  throw Failure("no such container");
 }
 
 double longestSide(const EncodedImage& image, const Resolution& resolution) {
@@ -124,12 +125,18 @@ std::wstring embedProfile(const LoadedPage& page, EncodedImage& image, Container
 // What decides the codec and its parameters, apart from the container and the resolution.
 std::pair<std::int32_t, std::optional<JpegFactors>> codecOf(Container container,
                                                             const SaveSettings& settings) {
-  if (container == Container::Jpeg) return {0, settings.jpegFactors};
-  const bool isPdf = container == Container::Pdf;
-  const std::int32_t code = isPdf ? settings.pdfCompression : settings.tiffCompression;
-  if (code != (isPdf ? std::int32_t{kPdfJpeg} : std::int32_t{kTiffJpeg}))
-    return {code, std::nullopt};
-  return {code, settings.jpegFactors};
+  const auto withFactors = [&](std::int32_t code, bool isJpeg) {
+    return std::pair(code, isJpeg ? std::optional(settings.jpegFactors) : std::nullopt);
+  };
+  switch (container) {
+    case Container::Tiff:
+      return withFactors(settings.tiffCompression, settings.tiffCompression == kTiffJpeg);
+    case Container::Pdf:
+      return withFactors(settings.pdfCompression, settings.pdfCompression == kPdfJpeg);
+    case Container::Jpeg:
+      return withFactors(0, true);
+  }
+  throw Failure("no such container");
 }
 
 }  // namespace
