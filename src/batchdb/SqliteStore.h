@@ -10,6 +10,7 @@
 #include "batchdb/BatchStore.h"
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
+#include "foundation/FileState.h"
 
 struct sqlite3;
 struct sqlite3_stmt;

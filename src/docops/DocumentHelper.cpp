@@ -4,6 +4,7 @@
 
 #include "export/SaveAsDocument.h"
 #include "foundation/Failure.h"
+#include "foundation/letter_case.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"

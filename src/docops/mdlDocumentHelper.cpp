@@ -14,6 +14,7 @@
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/durable_file.h"
+#include "foundation/letter_case.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/plain_text.h"

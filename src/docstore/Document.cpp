@@ -7,6 +7,7 @@
 #include "docstore/ScanTree.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/durable_file.h"
+#include "foundation/letter_case.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/plain_text.h"

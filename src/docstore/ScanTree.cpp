@@ -6,6 +6,7 @@
 
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
+#include "foundation/letter_case.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/plain_text.h"

@@ -6,9 +6,12 @@
 #include "docstore/ScanTree.h"
 #include "export/OutputNaming.h"
 #include "export/SaveAsDocument.h"
+#include "export/sync_beside_window.h"
 #include "foundation/Failure.h"
+#include "foundation/FileState.h"
 #include "foundation/WindowServices.h"
 #include "foundation/durable_file.h"
+#include "foundation/log.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 
@@ -70,7 +73,7 @@ class BatchExport : private ExportListener {
         [this] { host_.listProcessLog().refreshNow(); });
     const ScansOfBatch scans(subFolders);
     for (const std::wstring& name : subFolders) {
-      const mdlFolderAndFile::LogCapture logged;
+      const LogCapture logged;
       const SubFolder kind = examine(name);
       if (kind == SubFolder::NoDocument) continue;
       beginDocument(name);
@@ -93,7 +96,7 @@ class BatchExport : private ExportListener {
   }
 
   bool recordSuccess() {
-    const mdlFolderAndFile::LogCapture logged;
+    const LogCapture logged;
     host_.progress().beginSync();
     sum_.isExported = succeeds([this] { bringToDisk(); }) &&
                       mdlDataBase::UpdateBatchInfo(BatchID_, L"完成成果输出");

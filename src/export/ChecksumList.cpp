@@ -5,6 +5,7 @@
 #include <fstream>
 #include <utility>
 
+#include "export/sync_beside_window.h"
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/durable_file.h"

@@ -6,6 +6,7 @@
 
 #include "export/OutputNaming.h"
 #include "foundation/Failure.h"
+#include "foundation/Place.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"
 #include "foundation/text_encoding.h"

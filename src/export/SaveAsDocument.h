@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "export/ScanTreeGuard.h"
+#include "foundation/FileState.h"
 #include "imaging/ImagingEngine.h"
 
 namespace orvane {

@@ -6,6 +6,8 @@
 
 #include "export/WrittenFiles.h"
 #include "foundation/FileDescriptor.h"
+#include "foundation/FileState.h"
+#include "foundation/Place.h"
 #include "foundation/paths.h"
 
 /// The export never changes the scan tree, whatever the settings are. These guards check everything

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "foundation/FileDescriptor.h"
+#include "foundation/FileState.h"
 
 namespace orvane {
 

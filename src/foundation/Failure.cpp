@@ -4,7 +4,7 @@
 #include <cstring>
 #include <new>
 
-#include "foundation/text_encoding.h"
+#include "foundation/utf8.h"
 
 namespace orvane {
 namespace {

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "foundation/Failure.h"
+#include "foundation/letter_case.h"
 #include "foundation/paths.h"
 
 namespace orvane {
@@ -75,6 +76,18 @@ std::size_t FileDescriptor::read(char* buffer, std::size_t capacity) const {
     if (count >= 0) return static_cast<std::size_t>(count);
     if (errno != EINTR) throw systemFailure(errno, path_);
   }
+}
+
+std::size_t FileDescriptor::readAt(std::uint64_t offset, std::span<std::uint8_t> into) const {
+  std::size_t done = 0;
+  while (done < into.size()) {
+    const ssize_t count =
+        pread(number_, into.data() + done, into.size() - done, static_cast<off_t>(offset + done));
+    if (count < 0 && errno != EINTR) throw systemFailure(errno, path_);
+    if (count == 0) break;
+    if (count > 0) done += static_cast<std::size_t>(count);
+  }
+  return done;
 }
 
 void FileDescriptor::writeAll(std::string_view bytes) const {

@@ -1,23 +1,16 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
 #include <utility>
 
+#include "foundation/FileState.h"
+
 namespace orvane {
-
-/// The identity of a file, whatever its name.
-struct FileIdentity {
-  dev_t device = 0;
-  ino_t inode = 0;
-  bool operator==(const FileIdentity&) const = default;
-};
-
-inline FileIdentity identityOf(const struct stat& status) {
-  return {status.st_dev, status.st_ino};
-}
 
 /// Owns the descriptor of an open file. Failures name the path that was opened.
 class FileDescriptor {
@@ -28,7 +21,7 @@ class FileDescriptor {
   /// Opens the file. If that fails, the result is empty and errno has the reason.
   static std::optional<FileDescriptor> tryToOpen(const std::wstring& path, int flags);
 
-  /// Opens an existing file; in the scan tree, in any letter case (see `existingPath`).
+  /// Opens an existing file; in the scan tree, in any letter case (see letter_case.h).
   static FileDescriptor openInAnyCase(const std::wstring& path, int flags);
 
   ~FileDescriptor();
@@ -44,9 +37,14 @@ class FileDescriptor {
   int number() const { return number_; }
   const std::wstring& path() const { return path_; }
   struct stat status() const;
+  FileState state() const { return stateOf(status()); }
 
   /// Reads up to `capacity` bytes; 0 at the end of the file.
   std::size_t read(char* buffer, std::size_t capacity) const;
+
+  /// Reads the bytes at `offset`, wherever `read` stands, and returns their number: less than
+  /// `into.size()` only at the end of the file.
+  std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const;
 
   /// Writes all of `bytes`, in one system call if the platform accepts them.
   void writeAll(std::string_view bytes) const;

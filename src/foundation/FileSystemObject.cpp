@@ -13,9 +13,18 @@
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/durable_file.h"
+#include "foundation/letter_case.h"
 #include "foundation/paths.h"
 
 namespace orvane {
+
+std::unique_ptr<FileSystemObject> gFileSystem;
+
+FileSystemObject& fileSystem() {
+  if (!gFileSystem) gFileSystem = std::make_unique<FileSystemObject>();
+  return *gFileSystem;
+}
+
 namespace {
 
 bool isMissing(int error) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,7 +9,7 @@ namespace orvane {
 
 /// The program's operations on files and folders. Paths are path texts, used as spelled; only
 /// `IsSamePlace`, `CopyFile` (its source), `SubFolders` and `ReadFile` find files of the scan tree
-/// in any letter case (see paths.h). Unless stated otherwise, an operation that fails throws
+/// in any letter case (see letter_case.h). Unless stated otherwise, an operation that fails throws
 /// Failure with the text "<path>: <reason>". The operations are virtual so that a test can force a
 /// failure.
 class FileSystemObject {
@@ -58,5 +59,11 @@ class FileSystemObject {
   /// Appends `bytes` to an existing file in one write, so that those of two programs do not mix.
   virtual void AppendFile(const std::wstring& path, std::string_view bytes);
 };
+
+/// The program's file-system object, created at first use and kept until the process ends.
+extern std::unique_ptr<FileSystemObject> gFileSystem;
+
+/// `gFileSystem`, created at first use.
+FileSystemObject& fileSystem();
 
 }  // namespace orvane

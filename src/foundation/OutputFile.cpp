@@ -96,13 +96,6 @@ void OutputFile::requireOneHardLink() const {
   if (file_.status().st_nlink > 1) throw fileFailure(path(), "the file has a second hard link");
 }
 
-FileStamp OutputFile::stamp() const {
-  const struct stat status = file_.status();
-  constexpr std::int64_t kNsPerSecond = 1'000'000'000;
-  return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
-          status.st_mtim.tv_sec * kNsPerSecond + status.st_mtim.tv_nsec};
-}
-
 void OutputFile::write(std::uint64_t offset, std::span<const ByteView> parts) {
   std::vector<iovec> pieces = gather(parts);
   for (std::span<iovec> left = pieces; !left.empty();) {
@@ -117,13 +110,8 @@ void OutputFile::write(std::uint64_t offset, std::span<const ByteView> parts) {
 }
 
 void OutputFile::read(std::uint64_t offset, std::span<std::uint8_t> into) const {
-  while (!into.empty()) {
-    const ssize_t got = pread(file_.number(), into.data(), into.size(), static_cast<off_t>(offset));
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) throw systemFailure(errno, path());
-    if (got == 0) throw fileFailure(path(), "the file ends too early");
-    offset += static_cast<std::uint64_t>(got);
-    into = into.subspan(static_cast<std::size_t>(got));
+  if (file_.readAt(offset, into) < into.size()) {
+    throw fileFailure(path(), "the file ends too early");
   }
 }
 

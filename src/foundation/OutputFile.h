@@ -12,15 +12,6 @@
 
 namespace orvane {
 
-/// The identity and state of a file, to detect that another program has changed or replaced it.
-struct FileStamp {
-  std::uint64_t device = 0;
-  std::uint64_t inode = 0;
-  std::uint64_t size = 0;
-  std::int64_t modifiedNs = 0;
-  bool operator==(const FileStamp&) const = default;
-};
-
 /// A regular file that a container reads or writes. Makes all system calls of the containers and
 /// checks each; a failed call throws Failure "<path>: <strerror>". The destructor closes the file,
 /// and deletes it if it was created here and not closed by `close`.
@@ -47,8 +38,8 @@ class OutputFile {
 
   const std::wstring& path() const { return file_.path(); }
   /// The current identity and state.
-  FileStamp stamp() const;
-  std::uint64_t size() const { return stamp().size; }
+  FileState state() const { return file_.state(); }
+  std::uint64_t size() const { return state().size; }
 
   /// Writes the parts consecutively, starting at `offset`.
   void write(std::uint64_t offset, std::span<const ByteView> parts);

@@ -1,19 +1,15 @@
 #include "foundation/durable_file.h"
 
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <fcntl.h>
-#include <future>
 #include <linux/magic.h>
 #include <sys/vfs.h>
-#include <system_error>
 #include <unistd.h>
-#include <vector>
 
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
-#include "foundation/WindowServices.h"
+#include "foundation/Place.h"
 #include "foundation/paths.h"
 
 namespace orvane {
@@ -64,14 +60,6 @@ void takeOverOwnerAndMode(const FileDescriptor& file, const struct stat& old,
   if (fchmod(file.number(), old.st_mode & kPermissions) != 0) throw systemFailure(errno, path);
 }
 
-std::future<void> started(const std::function<void()>& sync) {
-  try {
-    return std::async(std::launch::async, sync);
-  } catch (const std::system_error&) {  // no thread can be started
-    return std::async(std::launch::deferred, sync);
-  }
-}
-
 // The error of `sync`, a system call on a descriptor, or 0. EACCES also if the file may be written
 // but not read.
 template <typename Sync>
@@ -112,17 +100,6 @@ void replaceFile(const std::wstring& path, std::string_view bytes) {
   file.writeAll(bytes);
   file.close();
   replacement.commit();
-}
-
-void syncBesideWindow(const std::function<void()>& sync, const std::function<void()>& work) {
-  constexpr auto kStep = std::chrono::milliseconds(20);
-  std::vector<std::future<void>> tasks;
-  tasks.push_back(started(sync));
-  if (work) tasks.push_back(started(work));
-  for (const std::future<void>& task : tasks) {
-    while (task.wait_for(kStep) == std::future_status::timeout) windowServices().yield();
-  }
-  for (std::future<void>& task : tasks) task.get();
 }
 
 bool syncsFilesOnly(const std::wstring& path) {

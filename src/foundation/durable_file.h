@@ -1,7 +1,6 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,11 +42,6 @@ class FileReplacement {
 
 /// Replaces the content of a file by `bytes`, with a FileReplacement.
 void replaceFile(const std::wstring& path, std::string_view bytes);
-
-/// Runs `sync`, which waits for a disk, on another thread, and `work`, if given, on a third one.
-/// Handles the window's events until both have ended. What no thread can be started for runs on
-/// this one. Throws what they throw.
-void syncBesideWindow(const std::function<void()>& sync, const std::function<void()>& work = {});
 
 /// True if each file and folder on the file system of `path` must be synced by itself: file systems
 /// in user space (FUSE: ntfs-3g, exFAT and others) ignore `syncDiskOf`. Throws Failure.

@@ -1,23 +1,17 @@
 #pragma once
 
-#include <deque>
-#include <memory>
 #include <string>
 
 #include "foundation/FileSystemObject.h"
 
 namespace orvane {
 
-/// The module's file-system object, created at first use and kept until the process ends.
-extern std::unique_ptr<FileSystemObject> gFileSystem;
-
 /// The path and file utilities. Unless stated otherwise, an operation that fails shows a box with
 /// one OK button and no icon, returns false and logs nothing. Paths are path texts; files in the
-/// scan tree are found in any letter case (see paths.h). Must be called on one thread only.
+/// scan tree are found in any letter case (see letter_case.h). Must be called on one thread only.
 namespace mdlFolderAndFile {
 
-/// `gFileSystem`, created at first use.
-FileSystemObject& fileSystem();
+using orvane::fileSystem;
 
 /// True if the folder exists.
 bool FolderExist(const std::wstring& sPath);
@@ -62,24 +56,6 @@ std::wstring FileExtension(const std::wstring& sPath);
 /// shows `sMessage` in a box with the title `sSource`. Throws nothing.
 void LogWrite(const std::wstring& sMessage, const std::wstring& sSource, bool bShowBox = false,
               const std::wstring& sLogFile = {});
-
-/// Collects the messages of `LogWrite` during its lifetime, so that a failure can be shown with its
-/// reason. Keeps the last few. Only the innermost of nested objects collects.
-class LogCapture {
- public:
-  LogCapture();
-  ~LogCapture();
-  LogCapture(const LogCapture&) = delete;
-  LogCapture& operator=(const LogCapture&) = delete;
-
-  void add(const std::wstring& message);
-  /// The messages, oldest first, joined by line ends.
-  std::wstring text() const;
-
- private:
-  LogCapture* outer_;
-  std::deque<std::wstring> messages_;
-};
 
 }  // namespace mdlFolderAndFile
 

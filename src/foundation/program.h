@@ -1,9 +1,6 @@
 #pragma once
 
-#include <optional>
 #include <string>
-
-#include "foundation/FileDescriptor.h"
 
 namespace orvane {
 
@@ -17,26 +14,6 @@ const std::wstring& programFolder();
 /// Sets the program's folder, which is the folder of the executable by default. For tests and tools
 /// that use another station. Must be called before other threads read it.
 void setProgramFolder(const std::wstring& folder);
-
-/// Lets only one process work in a program folder. It locks the folder itself, which needs no file;
-/// the lock ends with the process. If a folder cannot be locked (NFS locks only files that are open
-/// for writing), the file `Orvane.lock` in it is locked instead. This file is not deleted.
-class InstanceGuard {
- public:
-  /// `folder` is a path text.
-  explicit InstanceGuard(const std::wstring& folder);
-
-  /// True if another process holds the lock. If neither lock is possible, false, and a log line
-  /// gives the reasons.
-  bool anotherRuns() const { return anotherRuns_; }
-
- private:
-  /// Throws Failure if `path` cannot be locked for a reason other than a second process.
-  void lock(const std::wstring& path, int flags);
-
-  std::optional<FileDescriptor> locked_;
-  bool anotherRuns_ = false;
-};
 
 /// Sets the locale of the user, or C.UTF-8 if that has no UTF-8: the texts of the system
 /// (`strerror`) and those for the X server (the older title of a window) are in the encoding of the

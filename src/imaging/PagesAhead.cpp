@@ -20,26 +20,9 @@ constexpr unsigned kMostWorkers = 8;
 constexpr std::uint64_t kMegabyte = 1 << 20;
 constexpr auto kTimeBetweenYields = std::chrono::milliseconds(40);
 
-/// Which file it was, and when it was changed last.
-struct FileState {
-  using Time = std::pair<std::time_t, long>;  ///< seconds and nanoseconds
-
-  std::uint64_t device, inode, size;
-  Time modified, changed;
-
-  bool operator==(const FileState&) const = default;
-};
-
 // Throws Failure for a file that cannot be opened.
-FileState stateOf(const std::wstring& path) {
-  const FileDescriptor file = FileDescriptor::openRegularFile(path);
-  struct stat status {};
-  if (fstat(file.number(), &status) != 0) throw systemFailure(errno, path);
-  return {status.st_dev,
-          status.st_ino,
-          static_cast<std::uint64_t>(status.st_size),
-          {status.st_mtim.tv_sec, status.st_mtim.tv_nsec},
-          {status.st_ctim.tv_sec, status.st_ctim.tv_nsec}};
+FileState stateOfFile(const std::wstring& path) {
+  return FileDescriptor::openRegularFile(path).state();
 }
 
 // Some file systems count in steps of two seconds, and a file that is written within the step in
@@ -47,7 +30,7 @@ FileState stateOf(const std::wstring& path) {
 bool isTooYoung(const FileState& file) {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
-  return file.modified > FileState::Time(now.tv_sec - 2, now.tv_nsec);
+  return file.modified > FileTime{now.tv_sec - 2, now.tv_nsec};
 }
 
 std::uint64_t heldBytes(const PagesAhead::Page& page) {
@@ -212,7 +195,7 @@ std::optional<PagesAhead::Page> PagesAhead::take(const std::wstring& path,
   lock.unlock();
   forWorkers_.notify_all();
   try {
-    if (page && stateOf(path) == job->file) return page;
+    if (page && stateOfFile(path) == job->file) return page;
   } catch (const std::exception&) {  // it cannot be opened any more
   }
   return std::nullopt;
@@ -256,7 +239,7 @@ void PagesAhead::finish(Job& job, std::optional<Page> page) {
 // Nothing that is thrown leaves the thread: whatever it was, the run will meet it itself.
 std::optional<PagesAhead::Page> PagesAhead::prepare(Job& job) noexcept {
   try {
-    job.file = stateOf(job.path);
+    job.file = stateOfFile(job.path);
     if (isTooYoung(job.file)) return std::nullopt;
     LoadedPage loaded(job.path, 1);
     if (!reserve(job, loaded.bytesToEncode())) return std::nullopt;

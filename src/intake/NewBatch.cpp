@@ -19,6 +19,7 @@
 #include "foundation/FileDescriptor.h"
 #include "foundation/TemporaryFolder.h"
 #include "foundation/durable_file.h"
+#include "foundation/letter_case.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"

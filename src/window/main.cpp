@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "export/RunOutPutBatch.h"
+#include "foundation/InstanceGuard.h"
 #include "foundation/program.h"
 #include "window/QtWindowServices.h"
 #include "window/appearance.h"

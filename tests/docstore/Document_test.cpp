@@ -7,6 +7,7 @@
 
 #include "docstore/ScanTree.h"
 #include "foundation/Failure.h"
+#include "foundation/FileSystemObject.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "support/AsOrdinaryUser.h"
 #include "support/RecordingWindow.h"

@@ -5,6 +5,7 @@
 #include "batchdb/SqliteStore.h"
 #include "export/WholeRun.h"
 #include "foundation/Failure.h"
+#include "foundation/FileSystemObject.h"
 #include "foundation/mdlFolderAndFile.h"
 
 namespace orvane {

@@ -10,6 +10,7 @@
 #include "export/RunOutPutBatch.h"
 #include "export/WholeRun.h"
 #include "foundation/Failure.h"
+#include "foundation/FileSystemObject.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "settings/ExportSettings.h"
 #include "support/open_files.h"

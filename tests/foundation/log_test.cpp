@@ -1,3 +1,5 @@
+#include "foundation/log.h"
+
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <regex>
@@ -53,11 +55,11 @@ TEST(Log, ANamedFileIsAppendedToAndABoxShownWhateverHappensToTheFile) {
 TEST(Log, TheLastMessagesAreCollectedForWhoeverTellsTheFailure) {
   const TempStation station;
   LogWrite(L"before", L"s");
-  const mdlFolderAndFile::LogCapture outer;
+  const LogCapture outer;
   for (const wchar_t* message : {L"1", L"2", L"3", L"4", L"5\r6", L"7", L"8"})
     LogWrite(message, L"s");
   {
-    const mdlFolderAndFile::LogCapture inner;
+    const LogCapture inner;
     EXPECT_EQ(inner.text(), L"");
     station.shell("rm -r Log; touch Log");  // what cannot be written is collected too
     LogWrite(L"inner", L"s");

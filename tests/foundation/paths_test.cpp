@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/Failure.h"
+#include "foundation/letter_case.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "support/TempStation.h"
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/Failure.h"
+#include "foundation/FileSystemObject.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "support/AsOrdinaryUser.h"
 #include "support/TempStation.h"

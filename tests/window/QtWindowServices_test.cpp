@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <gmock/gmock.h>
 
+#include "foundation/InstanceGuard.h"
 #include "foundation/program.h"
 #include "support/AsOrdinaryUser.h"
 #include "support/TempStation.h"

@@ -14,6 +14,7 @@
 #include "batchdb/SqliteStore.h"
 #include "check_command.h"
 #include "foundation/Failure.h"
+#include "foundation/InstanceGuard.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"
 #include "foundation/text_encoding.h"

@@ -5,6 +5,7 @@
 
 #include "docstore/ScanTree.h"
 #include "foundation/Failure.h"
+#include "foundation/letter_case.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"

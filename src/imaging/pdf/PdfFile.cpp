@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/FileState.h"
 #include "foundation/durable_file.h"
 #include "imaging/pdf/PdfLayout.h"
 #include "imaging/pdf/pdf_objects.h"
@@ -19,7 +20,7 @@ namespace orvane {
 
 struct PdfFile::State {
   std::wstring path;
-  FileStamp stamp;
+  FileState stamp;
   PdfLayout layout;
 };
 
@@ -110,13 +111,13 @@ std::array<std::vector<ByteView>, 2> split(const std::vector<ByteView>& parts,
 // Writes the new page over the tail of `before`. What comes after the old end of the file is
 // written first: a full disk is noticed while the old tail is still intact. Then one short write
 // replaces the tail. Returns the state of the file.
-FileStamp overwriteTail(OutputFile& file, const PdfLayout& before, std::uint64_t size,
+FileState overwriteTail(OutputFile& file, const PdfLayout& before, std::uint64_t size,
                         const PagePlan& plan) {
   const auto [overTail, afterEnd] = split(plan.parts(), size - before.end);
   try {
     file.write(size, afterEnd);
     file.write(before.end, overTail);
-    const FileStamp stamp = file.stamp();
+    const FileState stamp = file.state();
     file.close();
     return stamp;
   } catch (...) {
@@ -244,7 +245,7 @@ void PdfFile::createWith(OutputFile (*creation)(const std::wstring&), const std:
   parts.insert(parts.begin(), bytesOf(pdfHead().text));
   OutputFile file = creation(path);
   file.write(0, parts);
-  const FileStamp stamp = file.stamp();
+  const FileState stamp = file.state();
   file.close();
   *state_ = {path, stamp, std::move(layout)};
 }
@@ -255,7 +256,7 @@ void PdfFile::append(const std::wstring& path, const EncodedImage& image) {
     createWith(OutputFile::createExclusively, path, image);
     return;
   }
-  const FileStamp stamp = file->stamp();
+  const FileState stamp = file->state();
   const bool isRemembered = state_->path == path && state_->stamp == stamp;
   const PdfLayout before = isRemembered ? state_->layout : readPdfLayoutToAppend(*file);
   if (before.pages() == PdfLayout::kMostPages) {
@@ -265,7 +266,7 @@ void PdfFile::append(const std::wstring& path, const EncodedImage& image) {
   PdfLayout after = before;
   const PagePlan plan(path, after, image);
   *state_ = {};
-  const FileStamp written = overwriteTail(*file, before, stamp.size, plan);
+  const FileState written = overwriteTail(*file, before, stamp.size, plan);
   *state_ = {path, written, std::move(after)};
 }
 

@@ -264,12 +264,12 @@ SampleOrder sampleOrder(TiffForm form) {
 
 // Writes the page after the end of the file, where no reader looks yet, then the one link that
 // makes it part of the document. Returns the stamp of the written file.
-FileStamp writeAfterEnd(OutputFile& file, const PagePlan& page, TiffForm form, std::uint64_t size,
+FileState writeAfterEnd(OutputFile& file, const PagePlan& page, TiffForm form, std::uint64_t size,
                         std::uint64_t lastLink) {
   try {
     file.write(size, page.parts);
     file.write(lastLink, link(form, page.directoryOffset));
-    const FileStamp stamp = file.stamp();
+    const FileState stamp = file.state();
     file.close();
     return stamp;
   } catch (...) {
@@ -296,7 +296,7 @@ void TiffFile::createWith(OutputFile (*creation)(const std::wstring&), const std
   page.parts.insert(page.parts.begin(), front);
   OutputFile file = creation(path);
   file.write(0, page.parts);
-  const FileStamp stamp = file.stamp();
+  const FileState stamp = file.state();
   file.close();
   end_ = {path, stamp, kOwnForm, page.nextLink, 1};
 }
@@ -322,7 +322,7 @@ void TiffFile::append(const std::wstring& path,
 }
 
 void TiffFile::appendTo(OutputFile& file, const EncodedImage& image) {
-  const FileStamp before = file.stamp();
+  const FileState before = file.state();
   const End end = endOf(file, before);
   if (end.pages == kMostTiffPages) {
     throw fileFailure(file.path(), "the TIFF file has no room for another page");
@@ -330,11 +330,11 @@ void TiffFile::appendTo(OutputFile& file, const EncodedImage& image) {
   const PagePlan page =
       planPage(file.path(), end.form, before.size, image, TiffSubfile::PageOfMany, end.pages);
   end_ = {};
-  const FileStamp stamp = writeAfterEnd(file, page, end.form, before.size, end.nextLink);
+  const FileState stamp = writeAfterEnd(file, page, end.form, before.size, end.nextLink);
   end_ = {file.path(), stamp, end.form, page.nextLink, end.pages + 1};
 }
 
-TiffFile::End TiffFile::endOf(const OutputFile& file, const FileStamp& stamp) const {
+TiffFile::End TiffFile::endOf(const OutputFile& file, const FileState& stamp) const {
   if (end_.path == file.path() && end_.stamp == stamp) return end_;
   const TiffStructure structure(file);
   const std::vector<TiffDirectoryPlace> pages = structure.pages();

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "foundation/FileState.h"
 #include "foundation/OutputFile.h"
 #include "imaging/raster/EncodedImage.h"
 #include "imaging/tiff/TiffForm.h"
@@ -41,12 +42,12 @@ class TiffFile {
  private:
   struct End {  ///< the remembered end of a growing file
     std::wstring path;
-    FileStamp stamp;
+    FileState stamp;
     TiffForm form;
     std::uint64_t nextLink = 0;  ///< offset of the field that links to the next directory
     std::uint32_t pages = 0;
   };
-  End endOf(const OutputFile& file, const FileStamp& stamp) const;
+  End endOf(const OutputFile& file, const FileState& stamp) const;
   void appendTo(OutputFile& file, const EncodedImage& image);
   void createWith(OutputFile (*creation)(const std::wstring&), const std::wstring& path,
                   const EncodedImage& image, TiffSubfile subfile);

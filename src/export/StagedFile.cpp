@@ -1,4 +1,4 @@
-#include "foundation/StagedFile.h"
+#include "export/StagedFile.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -6,8 +6,9 @@
 #include <unistd.h>
 #include <utility>
 
+#include "export/sync_beside_window.h"
+#include "foundation/FileDescriptor.h"
 #include "foundation/OutputFile.h"
-#include "foundation/durable_file.h"
 
 namespace orvane {
 namespace {
