@@ -111,9 +111,12 @@ Bytes profileSegments(ByteView profile) {
 // Where further segments may be inserted: after the start of the image and the JFIF segment, which
 // has to be the first.
 std::size_t placeOfSegments(ByteView stream) {
-  const bool isJfif = stream.size() > 6 && stream[2] == 0xFF && stream[3] == 0xE0;
-  const std::size_t place = isJfif ? 4 + (std::size_t{stream[4]} << 8 | stream[5]) : 2;
-  return std::min(place, stream.size());
+  constexpr std::uint64_t kAfterStart = 2;
+  const MemorySource bytes(stream);
+  JpegMarkers markers(bytes, kAfterStart);
+  const bool isJfif =
+      markers.takeMarker() == jpeg_marker::kApplication0 && markers.takeSegment().has_value();
+  return std::min<std::size_t>(isJfif ? markers.position() : kAfterStart, stream.size());
 }
 
 }  // namespace
