@@ -116,15 +116,21 @@ void OutputFile::write(std::uint64_t offset, std::span<const ByteView> parts) {
   }
 }
 
-void OutputFile::read(std::uint64_t offset, std::span<std::uint8_t> into) const {
-  while (!into.empty()) {
-    const ssize_t got = pread(file_.number(), into.data(), into.size(), static_cast<off_t>(offset));
+std::size_t OutputFile::readAt(std::uint64_t offset, std::span<std::uint8_t> into) const {
+  std::size_t done = 0;
+  while (done < into.size()) {
+    const ssize_t got = pread(file_.number(), into.data() + done, into.size() - done,
+                              static_cast<off_t>(offset + done));
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) throw systemFailure(errno, path());
-    if (got == 0) throw fileFailure(path(), "the file ends too early");
-    offset += static_cast<std::uint64_t>(got);
-    into = into.subspan(static_cast<std::size_t>(got));
+    if (got == 0) break;
+    done += static_cast<std::size_t>(got);
   }
+  return done;
+}
+
+void OutputFile::read(std::uint64_t offset, std::span<std::uint8_t> into) const {
+  if (readAt(offset, into) < into.size()) throw fileFailure(path(), "the file ends too early");
 }
 
 void OutputFile::copy(const OutputFile& source, std::uint64_t from, std::uint64_t length,
