@@ -89,25 +89,31 @@ int main(int argc, char** argv) {
   PdfFile pdf;
   const auto open = [](const std::wstring& page) { return TiffPage(page, 1); };
 
+  const auto appendTiff = [&](Steps& steps, const wchar_t* name, const EncodedImage& image) {
+    EncodedImage page = image;
+    steps.time(3,
+               [&] { tiff.append(output + name, [&](SampleOrder) { return std::move(page); }); });
+  };
+
   std::printf("| One page | read | verify or decode | encode | write |\n|---|---|---|---|---|\n");
-  const auto copyGroup4Page = [&](Steps& steps, const std::wstring& page, Group4Form form) {
+  const auto copyGroup4Page = [&](Steps& steps, const std::wstring& page, Group4Output kind) {
     EncodedImage strips = steps.time(0, [&] { return *open(page).group4Strips(); });
     steps.time(2, [] {});
-    return *steps.time(1, [&] { return copyGroup4(std::move(strips), form); }).image;
+    return *steps.time(1, [&] { return copyGroup4(std::move(strips), kind); }).image;
   };
   printRow("Group 4 to Group 4 TIFF", argv[1], [&](const std::wstring& page, Steps& steps) {
-    const EncodedImage image = copyGroup4Page(steps, page, Group4Form::Strips);
-    steps.time(3, [&] { tiff.append(output + L"\\g4.tif", image); });
+    const EncodedImage image = copyGroup4Page(steps, page, Group4Output::Strips);
+    appendTiff(steps, L"\\g4.tif", image);
   });
   printRow("Group 4 to PDF", argv[1], [&](const std::wstring& page, Steps& steps) {
-    const EncodedImage image = copyGroup4Page(steps, page, Group4Form::OneStream);
+    const EncodedImage image = copyGroup4Page(steps, page, Group4Output::OneStream);
     steps.time(3, [&] { pdf.append(output + L"\\g4.pdf", image); });
   });
   printRow("LZW to Group 4 TIFF", argv[2], [&](const std::wstring& page, Steps& steps) {
     const TiffPage source = steps.time(0, [&] { return open(page); });
     const Raster pixels = steps.time(1, [&] { return source.decode().value; });
     const EncodedImage image = steps.time(2, [&] { return encodeGroup4(toBilevel(pixels)); });
-    steps.time(3, [&] { tiff.append(output + L"\\lzw1.tif", image); });
+    appendTiff(steps, L"\\lzw1.tif", image);
   });
   printRow("JPEG to JPEG-in-TIFF", argv[3], [&](const std::wstring& page, Steps& steps) {
     const TiffPage source = steps.time(0, [&] { return open(page); });
@@ -115,14 +121,14 @@ int main(int argc, char** argv) {
     const EncodedImage image = steps.time(2, [&] {
       return *transcodeJpeg(*source.storedJpeg(), {40, 32});
     });
-    steps.time(3, [&] { tiff.append(output + L"\\jpeg.tif", image); });
+    appendTiff(steps, L"\\jpeg.tif", image);
   });
   printRow("JPEG to LZW TIFF", argv[3], [&](const std::wstring& page, Steps& steps) {
     const TiffPage source = steps.time(0, [&] { return open(page); });
     const Raster pixels = steps.time(1, [&] { return source.decode().value; });
     const EncodedImage image =
         steps.time(2, [&] { return encodeLzw(pixels, SampleOrder::LittleEndian); });
-    steps.time(3, [&] { tiff.append(output + L"\\lzw.tif", image); });
+    appendTiff(steps, L"\\lzw.tif", image);
   });
   std::filesystem::remove_all(argv[4]);
   return 0;

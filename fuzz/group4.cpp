@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   image.photometric = Photometric::MinIsWhite;
   image.rowsPerStrip = image.height;
   image.strips.emplace_back(data + 4, data + size);
-  const Group4Copy copy = copyGroup4(image, Group4Form::OneStream);
+  const Group4Copy copy = copyGroup4(image, Group4Output::OneStream);
   if (copy.damage) {
     const bool isLeftOver = copy.damage->find("other data") != std::string::npos;
     fuzz::require(isLeftOver || !test::readWithLibtiff(image).messages.empty(),

@@ -79,14 +79,26 @@ std::size_t FileDescriptor::read(char* buffer, std::size_t capacity) const {
 }
 
 std::size_t FileDescriptor::readAt(std::uint64_t offset, std::span<std::uint8_t> into) const {
+  int error = 0;
+  const std::size_t done = tryToReadAt(offset, into, error);
+  if (error != 0) throw systemFailure(error, path_);
+  return done;
+}
+
+std::size_t FileDescriptor::tryToReadAt(std::uint64_t offset, std::span<std::uint8_t> into,
+                                        int& error) const noexcept {
   std::size_t done = 0;
   while (done < into.size()) {
     const ssize_t count =
         pread(number_, into.data() + done, into.size() - done, static_cast<off_t>(offset + done));
-    if (count < 0 && errno != EINTR) throw systemFailure(errno, path_);
-    if (count == 0) break;
-    if (count > 0) done += static_cast<std::size_t>(count);
+    if (count > 0) {
+      done += static_cast<std::size_t>(count);
+    } else if (count == 0 || errno != EINTR) {
+      error = count == 0 ? 0 : errno;
+      return done;
+    }
   }
+  error = 0;
   return done;
 }
 

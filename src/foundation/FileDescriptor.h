@@ -46,6 +46,10 @@ class FileDescriptor {
   /// `into.size()` only at the end of the file.
   std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const;
 
+  /// The same. If a read fails, `error` gets the errno, and the bytes before count.
+  std::size_t tryToReadAt(std::uint64_t offset, std::span<std::uint8_t> into,
+                          int& error) const noexcept;
+
   /// Writes all of `bytes`, in one system call if the platform accepts them.
   void writeAll(std::string_view bytes) const;
 

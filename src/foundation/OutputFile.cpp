@@ -109,10 +109,12 @@ void OutputFile::write(std::uint64_t offset, std::span<const ByteView> parts) {
   }
 }
 
+std::size_t OutputFile::readAt(std::uint64_t offset, std::span<std::uint8_t> into) const {
+  return file_.readAt(offset, into);
+}
+
 void OutputFile::read(std::uint64_t offset, std::span<std::uint8_t> into) const {
-  if (file_.readAt(offset, into) < into.size()) {
-    throw fileFailure(path(), "the file ends too early");
-  }
+  if (readAt(offset, into) < into.size()) throw fileFailure(path(), "the file ends too early");
 }
 
 void OutputFile::copy(const OutputFile& source, std::uint64_t from, std::uint64_t length,

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "foundation/ByteSource.h"
 #include "foundation/Bytes.h"
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
@@ -15,7 +16,7 @@ namespace orvane {
 /// A regular file that a container reads or writes. Makes all system calls of the containers and
 /// checks each; a failed call throws Failure "<path>: <strerror>". The destructor closes the file,
 /// and deletes it if it was created here and not closed by `close`.
-class OutputFile {
+class OutputFile final : public ByteSource {
  public:
   /// Creates `path`. An existing file is removed first and the new one is created exclusively, so
   /// that nothing is written through a symbolic or hard link of that name.
@@ -39,11 +40,13 @@ class OutputFile {
   const std::wstring& path() const { return file_.path(); }
   /// The current identity and state.
   FileState state() const { return file_.state(); }
-  std::uint64_t size() const { return state().size; }
+  std::uint64_t size() const override { return state().size; }
 
   /// Writes the parts consecutively, starting at `offset`.
   void write(std::uint64_t offset, std::span<const ByteView> parts);
   void write(std::uint64_t offset, ByteView bytes) { write(offset, std::span(&bytes, 1)); }
+  /// Throws Failure for a read that fails.
+  std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const override;
   /// Fills `into` with the bytes at `offset`. Throws Failure if the file ends before.
   void read(std::uint64_t offset, std::span<std::uint8_t> into) const;
   /// Copies a range of `source` to `offset`.

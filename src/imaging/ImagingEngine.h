@@ -28,6 +28,26 @@ struct ExpectedPage {
 /// Returns the next expected page at each call, in the order of the export; nothing at the end.
 using PageForecast = std::function<std::optional<ExpectedPage>()>;
 
+/// The loaded page as far as a save is concerned: its depth, and the codes that are set for it.
+class PageToSave {
+ public:
+  /// Bits of one pixel of the loaded page, all samples together; 0 when nothing is loaded.
+  virtual std::int16_t BitsPerPixel() const = 0;
+  /// The form of the file: a `SaveType`.
+  virtual void OutputType(std::int32_t type) = 0;
+  /// The compression in a TIFF file: a `TiffCode`.
+  virtual void TiffCompression(std::int32_t code) = 0;
+  /// The compression in a PDF file: a `PdfCode`.
+  virtual void PdfCompression(std::int32_t code) = 0;
+  /// Luminance factor, 0 to 100: the luminance quality is 100 minus the factor. Initially 20.
+  virtual void JpegFactorMajor(std::int16_t factor) = 0;
+  /// Chrominance factor, 0 to 100: the chrominance quality is 100 minus the factor. Initially 16.
+  virtual void JpegFactorMinor(std::int16_t factor) = 0;
+
+ protected:
+  ~PageToSave() = default;
+};
+
 /// The interface of one imaging instance, used by one thread. An instance holds at most one loaded
 /// page, its path, and the save settings, which keep their values until they are set again.
 ///
@@ -36,7 +56,7 @@ using PageForecast = std::function<std::optional<ExpectedPage>()>;
 /// image data is damaged, it sets `ImagError` and returns. `ImagError` keeps its value until the
 /// instance is cleared or loads again. A fax page that ends properly but before its last row is not
 /// damaged: the missing rows are white, and a line is logged.
-class ImagingEngine {
+class ImagingEngine : public PageToSave {
  public:
   virtual ~ImagingEngine() = default;
 
@@ -54,8 +74,6 @@ class ImagingEngine {
   /// the instance loads or encodes a page there, and before it waits for a page.
   virtual void expectPages(PageForecast forecast, std::function<void()> beforeWork) = 0;
 
-  /// Bits of one pixel of the loaded page, all samples together; 0 when nothing is loaded.
-  virtual std::int16_t BitsPerPixel() const = 0;
   /// Width of the loaded page in pixels.
   virtual std::int32_t ImageWidth() const = 0;
   /// Height of the loaded page in pixels.
@@ -65,16 +83,6 @@ class ImagingEngine {
 
   /// The file that `SaveFile` writes.
   virtual void TargetFile(const std::wstring& path) = 0;
-  /// The form of the file: a `SaveType`.
-  virtual void OutputType(std::int32_t type) = 0;
-  /// The compression in a TIFF file: a `TiffCode`.
-  virtual void TiffCompression(std::int32_t code) = 0;
-  /// The compression in a PDF file: a `PdfCode`.
-  virtual void PdfCompression(std::int32_t code) = 0;
-  /// Luminance factor, 0 to 100: the luminance quality is 100 minus the factor. Initially 20.
-  virtual void JpegFactorMajor(std::int16_t factor) = 0;
-  /// Chrominance factor, 0 to 100: the chrominance quality is 100 minus the factor. Initially 16.
-  virtual void JpegFactorMinor(std::int16_t factor) = 0;
   /// True: `SaveFile` appends the page to `TargetFile` and creates the file if it is missing.
   /// False: it replaces `TargetFile` by a file with this page only.
   virtual void SaveMultiPage(bool append) = 0;

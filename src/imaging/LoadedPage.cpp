@@ -50,20 +50,20 @@ struct ExaminedStrips {
   DataState data;
 };
 
-ExaminedStrips examined(EncodedImage strips, Group4Form form) {
+ExaminedStrips examined(EncodedImage strips, Group4Output output) {
   const std::uint32_t promisedRows = strips.height;
-  Group4Copy copy = copyGroup4(std::move(strips), form);
+  Group4Copy copy = copyGroup4(std::move(strips), output);
   DataState data{copy.damage, earlyEndOf(copy.codedRows, promisedRows)};
   return {std::move(copy), std::move(data)};
 }
 
 }  // namespace
 
-Examined<std::optional<EncodedImage>> LoadedPage::group4Copy(Group4Form form) const {
+Examined<std::optional<EncodedImage>> LoadedPage::group4Copy(Group4Output output) const {
   if (held_ || !file_->info().storedUpright) return {};
   std::optional<EncodedImage> strips = file_->group4Strips();
   if (!strips || strips->photometric > Photometric::MinIsBlack) return {};
-  ExaminedStrips walked = examined(*std::move(strips), form);
+  ExaminedStrips walked = examined(*std::move(strips), output);
   return {std::move(walked.copy.image), std::move(walked.data)};
 }
 
@@ -107,7 +107,7 @@ Examined<Raster> LoadedPage::decode() const {
   StripRows codedRows;
   DataState data;
   if (std::optional<EncodedImage> strips = file_->group4Strips()) {
-    ExaminedStrips walked = examined(*std::move(strips), Group4Form::Strips);
+    ExaminedStrips walked = examined(*std::move(strips), Group4Output::Strips);
     codedRows = std::move(walked.copy.codedRows);
     data = std::move(walked.data);
   } else if (const std::optional<StoredJpeg> page = file_->storedJpeg()) {
@@ -120,7 +120,7 @@ Examined<Raster> LoadedPage::decode() const {
 
 // A transcoding with the finest steps changes none: it verifies the data and copies it.
 CheckedData checkPage(const LoadedPage& page, const std::wstring& path) {
-  auto copy = page.group4Copy(Group4Form::Strips);
+  auto copy = page.group4Copy(Group4Output::Strips);
   CheckedData checked{std::move(copy.value), {}};
   const bool isDone = checked.group4 || copy.data.damage;
   if (!isDone) copy = page.transcodedJpeg({.major = 0, .minor = 0});

@@ -45,7 +45,7 @@ class LoadedPage {
 
   /// A copy of the page's own Group 4 strips; nothing if the page is held as pixels or its strips
   /// cannot be copied (see copyGroup4).
-  Examined<std::optional<EncodedImage>> group4Copy(Group4Form form) const;
+  Examined<std::optional<EncodedImage>> group4Copy(Group4Output output) const;
 
   /// The page as a JPEG save, made of its own JPEG strips (see transcodeJpeg); nothing if the page
   /// is held as pixels, its strips do not allow it, or they are damaged.

@@ -40,14 +40,25 @@ std::uint64_t heldBytes(const PagesAhead::Page& page) {
   return bytes;
 }
 
-SaveSettings withCodes(SaveSettings settings, const SaveCodes& codes) {
-  settings.outputType = codes.outputType;
-  auto& compression =
-      codes.outputType == kSavePdf ? settings.pdfCompression : settings.tiffCompression;
-  compression = codes.isPlainPdf ? std::int32_t{kPdfNone} : codes.compression;
-  if (codes.factors) settings.jpegFactors = *codes.factors;
-  return settings;
-}
+/// A page of a depth, and settings over which its codes are laid.
+class PageSettings final : public PageToSave {
+ public:
+  PageSettings(std::uint16_t bitsPerPixel, const SaveSettings& settings)
+      : bitsPerPixel_(static_cast<std::int16_t>(bitsPerPixel)), settings_(settings) {}
+
+  const SaveSettings& settings() const { return settings_; }
+
+  std::int16_t BitsPerPixel() const override { return bitsPerPixel_; }
+  void OutputType(std::int32_t type) override { settings_.outputType = type; }
+  void TiffCompression(std::int32_t code) override { settings_.tiffCompression = code; }
+  void PdfCompression(std::int32_t code) override { settings_.pdfCompression = code; }
+  void JpegFactorMajor(std::int16_t factor) override { settings_.jpegFactors.major = factor; }
+  void JpegFactorMinor(std::int16_t factor) override { settings_.jpegFactors.minor = factor; }
+
+ private:
+  std::int16_t bitsPerPixel_;
+  SaveSettings settings_;
+};
 
 /// Blocks all signals while it lives. A thread that is started meanwhile never gets one, so that
 /// signals interrupt the same calls as without workers.
@@ -243,11 +254,11 @@ std::optional<PagesAhead::Page> PagesAhead::prepare(Job& job) noexcept {
     if (isTooYoung(job.file)) return std::nullopt;
     LoadedPage loaded(job.path, 1);
     if (!reserve(job, loaded.bytesToEncode())) return std::nullopt;
-    const auto bitsPerPixel = static_cast<std::int16_t>(loaded.bitsPerPixel());
-    const SaveSettings settings = withCodes(job.settings, saveCodes(job.choice, bitsPerPixel));
-    EncodedPage encoded = encodePage(loaded, settings, SampleOrder::LittleEndian, [] {});
+    PageSettings page(loaded.bitsPerPixel(), job.settings);
+    setCodes(page, job.choice);
+    EncodedPage encoded = encodePage(loaded, page.settings(), SampleOrder::LittleEndian, [] {});
     if (encoded.data.damage) return std::nullopt;
-    return Page{std::move(loaded), settings, std::move(encoded)};
+    return Page{std::move(loaded), page.settings(), std::move(encoded)};
   } catch (...) {
     return std::nullopt;
   }

@@ -30,8 +30,8 @@ Examined<EncodedImage> copyOrPixels(const LoadedPage& page,
   return {std::move(encoded.value), std::move(copy.data)};
 }
 
-Examined<EncodedImage> encodeBilevel(const LoadedPage& page, Group4Form form) {
-  return copyOrPixels(page, page.group4Copy(form),
+Examined<EncodedImage> encodeBilevel(const LoadedPage& page, Group4Output output) {
+  return copyOrPixels(page, page.group4Copy(output),
                       [](Raster&& pixels) { return encodeGroup4(toBilevel(std::move(pixels))); });
 }
 
@@ -49,7 +49,7 @@ Examined<EncodedImage> encodeForTiff(const LoadedPage& page, const SaveSettings&
     case kTiffLzw:
       return encodePixels(page, [&](Raster&& pixels) { return encodeLzw(pixels, order, pause); });
     case kTiffGroup4:
-      return encodeBilevel(page, Group4Form::Strips);
+      return encodeBilevel(page, Group4Output::Strips);
     case kTiffJpeg:
       return encodeAsJpeg(page, settings.jpegFactors);
     default:
@@ -63,7 +63,7 @@ Examined<EncodedImage> encodeForPdf(const LoadedPage& page, const SaveSettings& 
       return encodePixels(
           page, [](Raster&& pixels) { return inOnePlainStrip(toPdfForm(std::move(pixels))); });
     case kPdfGroup4:
-      return encodeBilevel(page, Group4Form::OneStream);
+      return encodeBilevel(page, Group4Output::OneStream);
     case kPdfJpeg:
       return encodeAsJpeg(page, settings.jpegFactors);
     default:

@@ -8,28 +8,63 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
-#include "imaging/ImagingEngine.h"
+#include "imaging/jpeg/jpeg.h"
 
 namespace orvane {
 namespace {
 
-std::optional<JpegFactors> jpegFactors(std::int16_t CompressionRatios) {
+void setFactors(PageToSave& page, std::int16_t CompressionRatios) {
   static constexpr std::array<JpegFactors, 3> kPairs{{{20, 16}, {40, 32}, {60, 48}}};
-  if (CompressionRatios < 0 || CompressionRatios >= static_cast<int>(kPairs.size())) return {};
-  return kPairs[static_cast<std::size_t>(CompressionRatios)];
+  if (CompressionRatios < 0 || CompressionRatios >= static_cast<int>(kPairs.size())) return;
+  const JpegFactors& factors = kPairs[static_cast<std::size_t>(CompressionRatios)];
+  page.JpegFactorMajor(factors.major);
+  page.JpegFactorMinor(factors.minor);
+}
+
+void setPdfCodes(PageToSave& page, const SaveChoice& choice) {
+  page.OutputType(kSavePdf);
+  if (page.BitsPerPixel() > 1) {
+    page.PdfCompression(kPdfJpeg);
+    setFactors(page, choice.CompressionRatios);
+  } else {
+    page.PdfCompression(kPdfGroup4);
+  }
+  if (!choice.bCompression) page.PdfCompression(kPdfNone);
+}
+
+// Without compression the depth makes no difference and is not read.
+void setImageCodes(PageToSave& page, const SaveChoice& choice) {
+  if (!choice.bCompression) {
+    page.OutputType(kSaveTiff);
+    page.TiffCompression(kTiffLzw);
+  } else if (page.BitsPerPixel() > 1) {
+    page.OutputType(choice.isJpgName ? kSaveJpeg : kSaveTiffMultiBit);
+    page.TiffCompression(kTiffJpeg);
+    setFactors(page, choice.CompressionRatios);
+  } else {
+    page.OutputType(kSaveTiffBilevel);
+    page.TiffCompression(kTiffGroup4);
+  }
 }
 
 }  // namespace
 
-SaveCodes saveCodes(const SaveChoice& choice, std::int16_t bitsPerPixel) {
-  const bool isBilevel = bitsPerPixel <= 1;
-  const auto factors = isBilevel ? std::nullopt : jpegFactors(choice.CompressionRatios);
-  if (choice.asPdf) {
-    return {kSavePdf, isBilevel ? kPdfGroup4 : kPdfJpeg, factors, !choice.bCompression};
+void setCodes(PageToSave& page, const SaveChoice& choice) {
+  choice.asPdf ? setPdfCodes(page, choice) : setImageCodes(page, choice);
+}
+
+void setTiffCodesByDepth(PageToSave& page, bool bCompression) {
+  if (page.BitsPerPixel() > 1) {
+    page.OutputType(kSaveTiffMultiBit);
+    page.TiffCompression(kTiffJpeg);
+  } else {
+    page.OutputType(kSaveTiffBilevel);
+    page.TiffCompression(kTiffGroup4);
   }
-  if (!choice.bCompression) return {kSaveTiff, kTiffLzw, {}, false};
-  if (isBilevel) return {kSaveTiffBilevel, kTiffGroup4, {}, false};
-  return {choice.isJpgName ? kSaveJpeg : kSaveTiffMultiBit, kTiffJpeg, factors, false};
+  if (!bCompression) {
+    page.OutputType(kSaveTiff);
+    page.TiffCompression(kTiffNone);
+  }
 }
 
 void setTarget(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath) {
@@ -39,20 +74,6 @@ void setTarget(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath) {
   }
   ImgControl.TargetFile(sSaveFilePath);
   mdlFolderAndFile::MakeFolderPath(mdlFolderAndFile::ParentPath(sSaveFilePath, L"\\"));
-}
-
-void setTiffCodesByDepth(ImagingEngine& ImgControl, bool bCompression) {
-  if (ImgControl.BitsPerPixel() > 1) {
-    ImgControl.OutputType(kSaveTiffMultiBit);
-    ImgControl.TiffCompression(kTiffJpeg);
-  } else {
-    ImgControl.OutputType(kSaveTiffBilevel);
-    ImgControl.TiffCompression(kTiffGroup4);
-  }
-  if (!bCompression) {
-    ImgControl.OutputType(kSaveTiff);
-    ImgControl.TiffCompression(kTiffNone);
-  }
 }
 
 namespace {
@@ -68,29 +89,6 @@ void loadPage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int
   ImgControl.SourceFile(ImagePath);
 }
 
-void setFactors(ImagingEngine& ImgControl, const SaveCodes& codes) {
-  if (!codes.factors) return;
-  ImgControl.JpegFactorMajor(codes.factors->major);
-  ImgControl.JpegFactorMinor(codes.factors->minor);
-}
-
-// Without compression the depth makes no difference and is not read.
-void setImageCodes(ImagingEngine& ImgControl, const SaveChoice& choice) {
-  const std::int16_t bitsPerPixel = choice.bCompression ? ImgControl.BitsPerPixel() : 0;
-  const SaveCodes codes = saveCodes(choice, bitsPerPixel);
-  ImgControl.OutputType(codes.outputType);
-  ImgControl.TiffCompression(codes.compression);
-  setFactors(ImgControl, codes);
-}
-
-void setPdfCodes(ImagingEngine& ImgControl, const SaveChoice& choice) {
-  ImgControl.OutputType(kSavePdf);
-  const SaveCodes codes = saveCodes(choice, ImgControl.BitsPerPixel());
-  ImgControl.PdfCompression(codes.compression);
-  setFactors(ImgControl, codes);
-  if (codes.isPlainPdf) ImgControl.PdfCompression(kPdfNone);
-}
-
 }  // namespace
 
 bool savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
@@ -100,7 +98,7 @@ bool savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int
     loadPage(ImgControl, ImagePath, PageNum, bSaveMultiPage);
     if (beforeWriting) beforeWriting();
     setTarget(ImgControl, sSaveFilePath);
-    choice.asPdf ? setPdfCodes(ImgControl, choice) : setImageCodes(ImgControl, choice);
+    setCodes(ImgControl, choice);
     ImgControl.SaveFile();
     windowServices().yield();
     const bool saved = ImgControl.ImagError() == 0;
@@ -150,13 +148,7 @@ bool SavePDF(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int1
 
 bool SaveImageEx(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath, bool bCompression,
                  bool bSaveMultiPage) {
-  try {
-    return SaveImageEx2(ImgControl, sSaveFilePath, bCompression, bSaveMultiPage);
-  } catch (const std::exception& failure) {
-    mdlFolderAndFile::LogWrite(L"mdlImageProcess-SaveImageEx-" + description(failure),
-                               kApplicationTitle);
-    return false;
-  }
+  return SaveImageEx2(ImgControl, sSaveFilePath, bCompression, bSaveMultiPage);
 }
 
 bool SaveImageEx2(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath, bool bCompression,

@@ -2,24 +2,18 @@
 
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 
 #include "imaging/ImagingEngine.h"
-#include "imaging/jpeg/jpeg.h"
 
 namespace orvane {
 
-/// The codes that a saver writes to its instance for one page.
-struct SaveCodes {
-  std::int32_t outputType = kSaveTiff;
-  std::int32_t compression = kTiffNone;  ///< a `TiffCode`; for kSavePdf the `PdfCode` of the depth
-  std::optional<JpegFactors> factors;    ///< absent: the instance keeps its own
-  bool isPlainPdf = false;               ///< kPdfNone is written at the end
-};
+/// The one rule for the output type and the compression of a page: sets its codes by its depth and
+/// by `choice`, in the order in which the savers set them.
+void setCodes(PageToSave& page, const SaveChoice& choice);
 
-/// The one rule for the output type and the compression of a page of `bitsPerPixel` bits.
-SaveCodes saveCodes(const SaveChoice& choice, std::int16_t bitsPerPixel);
+/// Sets the codes of a TIFF save without factors: Group 4 or JPEG by depth, or uncompressed.
+void setTiffCodesByDepth(PageToSave& page, bool bCompression);
 
 /// Saves a page as `SavePDF` or `SaveImage` does (see below), according to `choice.asPdf`.
 /// @param beforeWriting  called when the page has been loaded, which can take long. If it throws,
@@ -30,9 +24,6 @@ bool savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int
 
 /// Sets the target and creates its folder; an empty path is the source file itself.
 void setTarget(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath);
-
-/// Writes the codes of a TIFF save without factors: Group 4 or JPEG by depth, or uncompressed.
-void setTiffCodesByDepth(ImagingEngine& ImgControl, bool bCompression);
 
 }  // namespace orvane
 

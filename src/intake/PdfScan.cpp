@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "foundation/Failure.h"
-#include "foundation/paths.h"
 #include "foundation/text_encoding.h"
 #include "intake/page_file.h"
 #include "intake/pdf_image.h"
+#include "intake/pdf_opening.h"
 #include "intake/pdf_page_image.h"
 #include "intake/qpdf.h"
 #include "intake/resolution.h"
@@ -35,7 +35,7 @@ auto withQpdf(Work work) {
 class PdfScan : public SourceFile {
  public:
   explicit PdfScan(const std::wstring& path) {
-    withQpdf([&] { open(nativePath(path)); });
+    withQpdf([&] { open(path); });
     if (pages_.empty()) throw Failure(L"PDF 文件没有页");
   }
 
@@ -48,7 +48,7 @@ class PdfScan : public SourceFile {
   void writePage(std::int32_t page, const std::wstring& target) const override {
     onPage(page, [&] {
       PdfPageImage found = imageOf(page);
-      EncodedImage image = pdfImagePage(pdf_, found.image);
+      EncodedImage image = pdfImagePage(*pdf_, found.image);
       image.orientation = found.orientation;
       image.resolution =
           statedResolution(image.width / found.widthInches, image.height / found.heightInches, 1);
@@ -57,16 +57,19 @@ class PdfScan : public SourceFile {
   }
 
  private:
-  // A file that has to be repaired could lose pages without a word, so it is not.
-  void open(const std::string& path) {
-    pdf_.setSuppressWarnings(true);
-    pdf_.setAttemptRecovery(false);
-    pdf_.processFile(path.c_str());
-    pages_ = pdf_.getAllPages();
+  void open(const std::wstring& path) {
+    pdf_ = openPdf(path);
+    pages_ = pdf_->getAllPages();
+    // Of a damaged file, a page could be lost without a word.
+    QPDFObjectHandle stated = pdf_->getRoot().getKey("/Pages").getKey("/Count");
+    const long long count = stated.isInteger() ? stated.getIntValue() : 0;
+    if (count == static_cast<long long>(pages_.size())) return;
+    throw Failure(L"PDF 文件损坏：应有 " + std::to_wstring(count) + L" 页，只找到 " +
+                  std::to_wstring(pages_.size()) + L" 页");
   }
 
   PdfPageImage imageOf(std::int32_t page) const {
-    return imageOfPdfPage(pdf_, pages_.at(static_cast<std::size_t>(page) - 1));
+    return imageOfPdfPage(*pdf_, pages_.at(static_cast<std::size_t>(page) - 1));
   }
 
   template <typename Work>
@@ -78,7 +81,7 @@ class PdfScan : public SourceFile {
     }
   }
 
-  mutable QPDF pdf_;  // reads objects when they are asked for
+  std::unique_ptr<QPDF> pdf_;
   std::vector<QPDFObjectHandle> pages_;
 };
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "imaging/tiff/TiffForm.h"
+#include "imaging/tiff/TiffVariant.h"
 #include "intake/resolution.h"
 
 namespace orvane {
@@ -17,27 +17,29 @@ class ExifDirectory {
  public:
   explicit ExifDirectory(ByteView tiff) : tiff_(tiff) {
     if (tiff.size() < 8) return;
-    form_.bigEndian = tiff[0] == 'M';
-    const std::uint64_t at = form_.get(tiff.data() + form_.firstLink(), form_.offsetBytes());
-    if (!isInside(at, form_.countBytes())) return;
-    first_ = at + form_.countBytes();
-    count_ = form_.get(tiff.data() + at, form_.countBytes());
+    variant_.bigEndian = tiff[0] == 'M';
+    const std::uint64_t at =
+        variant_.get(tiff.data() + variant_.firstLink(), variant_.offsetBytes());
+    if (!isInside(at, variant_.countBytes())) return;
+    first_ = at + variant_.countBytes();
+    count_ = variant_.get(tiff.data() + at, variant_.countBytes());
   }
 
   std::optional<std::uint64_t> shortValue(std::uint16_t tag) const {
     const std::optional<std::uint64_t> entry = find(tag, TiffType::Short);
     if (!entry) return std::nullopt;
-    return form_.get(tiff_.data() + *entry + form_.valuePlace(), 2);
+    return variant_.get(tiff_.data() + *entry + variant_.valuePlace(), 2);
   }
 
   double rationalValue(std::uint16_t tag) const {
     const std::optional<std::uint64_t> entry = find(tag, TiffType::Rational);
     if (!entry) return 0;
-    const std::uint64_t at = form_.get(tiff_.data() + *entry + form_.valuePlace(), 4);
+    const std::uint64_t at = variant_.get(tiff_.data() + *entry + variant_.valuePlace(), 4);
     if (!isInside(at, 8)) return 0;
-    const std::uint64_t denominator = form_.get(tiff_.data() + at + 4, 4);
+    const std::uint64_t denominator = variant_.get(tiff_.data() + at + 4, 4);
     if (denominator == 0) return 0;
-    return static_cast<double>(form_.get(tiff_.data() + at, 4)) / static_cast<double>(denominator);
+    return static_cast<double>(variant_.get(tiff_.data() + at, 4)) /
+           static_cast<double>(denominator);
   }
 
  private:
@@ -48,19 +50,19 @@ class ExifDirectory {
   // The position of the entry of a tag with one value of a type.
   std::optional<std::uint64_t> find(std::uint16_t tag, TiffType type) const {
     for (std::uint64_t i = 0; i < count_; ++i) {
-      const std::uint64_t entry = first_ + i * form_.entryBytes();
-      if (!isInside(entry, form_.entryBytes())) return std::nullopt;
+      const std::uint64_t entry = first_ + i * variant_.entryBytes();
+      if (!isInside(entry, variant_.entryBytes())) return std::nullopt;
       const std::uint8_t* const bytes = tiff_.data() + entry;
-      if (form_.get(bytes, 2) != tag) continue;
-      const bool fits = form_.get(bytes + 2, 2) == static_cast<std::uint16_t>(type) &&
-                        form_.get(bytes + 4, 4) == 1;
+      if (variant_.get(bytes, 2) != tag) continue;
+      const bool fits = variant_.get(bytes + 2, 2) == static_cast<std::uint16_t>(type) &&
+                        variant_.get(bytes + 4, 4) == 1;
       return fits ? std::optional(entry) : std::nullopt;
     }
     return std::nullopt;
   }
 
   ByteView tiff_;
-  TiffForm form_;
+  TiffVariant variant_;
   std::uint64_t first_ = 0;
   std::uint64_t count_ = 0;
 };

@@ -7,13 +7,14 @@
 #include <jerror.h>
 #include <jpeglib.h>
 #include <new>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "foundation/Failure.h"
 #include "foundation/text_encoding.h"
-#include "imaging/jpeg/jpeg_header.h"
 #include "imaging/raster/Raster.h"
+#include "imaging/raster/jpeg_markers.h"
 #include "intake/exif.h"
 #include "intake/page_file.h"
 #include "intake/resolution.h"
@@ -177,23 +178,21 @@ class JpegStream {
   unsigned profileSize_ = 0;
 };
 
-// Calls `visit` with the place of each marker that has a segment. Returns the size of the stream up
-// to its end marker. A camera puts other pictures after it.
+// Calls `visit` with each marker that has a segment, and with the segment. Returns the size of the
+// stream up to its end marker. A camera puts other pictures after it.
 template <typename Visit>
 std::size_t walkMarkers(ByteView stream, Visit visit) {
   using namespace jpeg_marker;
-  for (std::size_t at = 2; at + 1 < stream.size();) {
-    const std::uint8_t marker = stream[at + 1];
-    const bool isData = stream[at] != 0xFF || marker == 0xFF;
-    const bool isAlone = marker <= 1 || (marker >= kRestart0 && marker < kRestart0 + 8);
-    if (isData || isAlone) {
-      at += isData ? 1 : 2;
-      continue;
-    }
-    if (marker == kEndOfImage) return at + 2;
-    visit(at);
-    if (at + 3 >= stream.size()) break;
-    at += 2 + (std::size_t{stream[at + 2]} << 8 | stream[at + 3]);
+  const MemorySource bytes(stream);
+  JpegMarkers markers(bytes, 2);
+  for (markers.skipData(); const auto marker = markers.takeMarker(); markers.skipData()) {
+    const bool isStuffed = marker == 0;
+    const bool isAlone = marker == 1 || (marker >= kRestart0 && marker < kRestart0 + 8);
+    if (isStuffed || isAlone) continue;
+    if (marker == kEndOfImage) return markers.position();
+    const std::optional<JpegSegment> segment = markers.takeSegment();
+    if (!segment) break;
+    visit(*marker, *segment);
   }
   throw Failure(L"JPEG 数据不完整");
 }
@@ -201,13 +200,12 @@ std::size_t walkMarkers(ByteView stream, Visit visit) {
 // A copy of a stream up to its end. A stream of one component has no subsampling, but may state
 // factors that TIFF readers refuse; they become 1.
 Bytes plainStream(ByteView stream, bool isGray) {
-  constexpr std::size_t kFactorsInFrame = 11;  // from the marker on
-  std::size_t frame = 0;
-  const std::size_t size = walkMarkers(stream, [&](std::size_t at) {
-    const std::uint8_t marker = stream[at + 1];
-    if (marker == jpeg_marker::kFrameBaseline || marker == jpeg_marker::kFrameBaseline + 1) {
-      frame = at;
-    }
+  constexpr std::size_t kFactorsInFrame = 7;
+  std::uint64_t frame = 0;
+  const std::size_t size = walkMarkers(stream, [&](std::uint8_t marker, JpegSegment segment) {
+    const bool isFrame =
+        marker == jpeg_marker::kFrameBaseline || marker == jpeg_marker::kFrameExtended;
+    if (isFrame) frame = segment.at;
   });
   Bytes copy(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size));
   if (isGray && frame != 0 && frame + kFactorsInFrame < size) {

@@ -24,7 +24,7 @@ struct OutputFileTest : FileTest {
   std::vector<Writer> creators{[this] { TiffFile().create(path, jpeg); },
                                [this] { PdfFile().create(path, jpeg); },
                                [this] { writeJpegFile(path, jpeg); }};
-  std::vector<Writer> appenders{[this] { tiff.append(path, profiledPage(1)); },
+  std::vector<Writer> appenders{[this] { tiff.append(path, always(profiledPage(1))); },
                                 [this] { pdf.append(path, profiledPage(1)); }};
 
   void writePages(const Writer& append, int count) const {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
+#include <utility>
 
 #include "imaging/icc.h"
 #include "imaging/jpeg/jpeg.h"
@@ -42,6 +43,11 @@ inline EncodedImage profiledPage(unsigned seed) {
   EncodedImage image = plainPage(seed);
   if (seed % 3 != 0) image.iccProfile = iccProfile("GRAY", seed / 80);
   return image;
+}
+
+/// An encoder for TiffFile::append that gives this page, whatever the file.
+inline auto always(EncodedImage page) {
+  return [page = std::move(page)](SampleOrder) { return page; };
 }
 
 inline EncodedImage jpegPage() {

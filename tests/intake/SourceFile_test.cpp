@@ -20,7 +20,8 @@ TEST_F(Intake, PicturesKeepTheirPixelsAndTheirResolution) {
     std::string form;       // of the page: compression, depth, type
     std::string options{};  // for the comparison
   };
-  const std::string black = "-colorspace Gray -threshold 50% ";
+  // Without -alpha off ImageMagick 7 makes black transparent.
+  const std::string black = "-colorspace Gray -threshold 50% -alpha off ";
   for (const Case& c : std::vector<Case>{
            // PNG of every colour type and depth
            {black + "PNG:in", "in", "Group4 1"},

@@ -336,8 +336,33 @@ TEST_F(PdfIntake, AnyOtherPageIsRefusedWithItsNumber) {
     const auto source = openSourceFile(station.path(L"in.pdf"));
     EXPECT_EQ(failureOf([&] { source->requirePage(1); }).empty(), isInData);
   }
-  station.write("broken.pdf", "%PDF-1.7\nnothing\n%%EOF\n");
-  EXPECT_THAT(take("broken.pdf"), HasSubstr("PDF 文件损坏"));
+}
+
+TEST_F(PdfIntake, ADamagedFileIsReadOnlyIfNothingIsGuessed) {
+  const std::string whole = grayPdf().text();  // without a cross-reference table
+  const auto changed = [&](const std::string& from, const std::string& to) {
+    return std::string(whole).replace(whole.find(from), from.size(), to);
+  };
+  const std::string remedy = "请用 qpdf 原文件 新文件 修复";
+  const std::pair<std::string, std::string> cases[] = {
+      {whole, ""},
+      {changed("/Length 200", "/Length 197"), ""},
+      {whole + " 5 0 obj\n<< >>\nendobj\n", remedy},
+      {whole + "trailer\r<< /Root 1 0 R >>\r", remedy},
+      {whole.substr(0, whole.find("trailer")), remedy},
+      {changed("/Count 1", "/Count 2"), "应有 2 页，只找到 1 页"},
+      {"%PDF-1.7\nnothing\n%%EOF\n", "PDF 文件损坏"},
+  };
+  for (const auto& [file, reason] : cases) {
+    SCOPED_TRACE(file);
+    station.write("in.pdf", file);
+    if (reason.empty()) {
+      EXPECT_EQ(take("in.pdf"), "");
+      expectImage();
+    } else {
+      EXPECT_THAT(take("in.pdf"), HasSubstr(reason));
+    }
+  }
 }
 
 }  // namespace

@@ -212,9 +212,14 @@ void RecordedDisk::add(std::size_t number, const JournalEntry& entry, const std:
 
 void RecordedDisk::rename(std::size_t number, const std::string& from, const std::string& to) {
   Inode& folder = folderOf(from);
-  if (&folder != &folderOf(to)) throw std::runtime_error("a rename between folders");
+  Inode& newFolder = folderOf(to);
   const auto named = folder.entriesAfter(all).at(nameIn(from));
-  folder.unflushed.push_back({number, Kind::Rename, 0, nameIn(from), named, nameIn(to)});
+  if (&folder == &newFolder) {
+    folder.unflushed.push_back({number, Kind::Rename, 0, nameIn(from), named, nameIn(to)});
+    return;
+  }
+  folder.unflushed.push_back({number, Kind::Remove, 0, nameIn(from)});
+  newFolder.unflushed.push_back({number, Kind::CreateFile, 0, nameIn(to), named});
 }
 
 RecordedDisk::Inode& RecordedDisk::folderOf(const std::string& place) const {

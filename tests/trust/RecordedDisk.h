@@ -18,7 +18,8 @@ namespace orvane::test {
 /// fdatasync) brings its content to the disk, not its name. A flush of a folder brings its entries,
 /// not the content of its files. syncfs and sync bring everything. Until then every write, change
 /// of size and change of an entry reaches the disk or does not, whatever the others do, and a write
-/// may arrive in part. A rename is one change. Modes, owners and times are not modelled.
+/// may arrive in part. A rename is one change; between two folders, one of each, and until both are
+/// flushed the old name can be left. Modes, owners and times are not modelled.
 class RecordedDisk {
  public:
   /// What a power cut has left in the folder.

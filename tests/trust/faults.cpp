@@ -1,5 +1,6 @@
 #include "trust/faults.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -341,14 +342,36 @@ ON_PATH(kFolder, ENOSPC, mkdirat, (int base, const char* path, mode_t mode), bas
         createdFolder(placeOf(base, path)), base, path, mode)
 ON_PATH(kRemove, ENOSPC, unlink, (const char* path), AT_FDCWD, removed(placeOf(AT_FDCWD, path)),
         path)
+ON_PATH(kRemove, ENOSPC, rmdir, (const char* path), AT_FDCWD, removed(placeOf(AT_FDCWD, path)),
+        path)
 ON_PATH(kRemove, EIO, unlinkat, (int base, const char* path, int flags), base,
         removed(placeOf(base, path)), base, path, flags)
 
-// Writes as well, but cannot be recorded. Those who call it write then.
-ssize_t copy_file_range(int descriptor, off_t* from, int target, off_t* to, size_t size,
+// glibc calls its own mkdir in it.
+char* mkdtemp(char* path) {
+  NEXT(mkdtemp);
+  if (isBelow(AT_FDCWD, path) && strikes(kFolder)) return failed(ENOSPC), nullptr;
+  char* const created = call(path);
+  if (created != nullptr && isRecorded(AT_FDCWD, path)) {
+    journal::createdFolder(placeOf(AT_FDCWD, path));
+  }
+  return created;
+}
+
+ssize_t copy_file_range(int source, off_t* from, int target, off_t* to, size_t size,
                         unsigned flags) {
   NEXT(copy_file_range);
-  return isWatched(target) ? failed(EXDEV) : call(descriptor, from, target, to, size, flags);
+  if (!isWatched(target)) return call(source, from, target, to, size, flags);
+  struct stat status {};
+  const off_t begin = from == nullptr ? lseek(source, 0, SEEK_CUR) : *from;
+  if (begin < 0 || fstat(source, &status) != 0) return -1;
+  // A program may ask for much more than there is.
+  std::string bytes(std::min(size, static_cast<size_t>(std::max(status.st_size - begin, off_t{0}))),
+                    '\0');
+  if (pread(source, bytes.data(), bytes.size(), begin) < 0) return -1;
+  const off_t offset = to == nullptr ? -1 : *to;
+  return writing(target, bytes.data(), bytes.size(), offset,
+                 [&](size_t part) { return call(source, from, target, to, part, flags); });
 }
 
 ALSO(open64, open)

@@ -6,15 +6,15 @@
 namespace orvane::test {
 
 enum CallKind : unsigned {
-  kWrite = 1,     ///< write, pwrite, pwritev
+  kWrite = 1,     ///< write, pwrite, pwritev, copy_file_range
   kOpen = 2,      ///< open, openat, opendir
-  kRename = 4,    ///< rename
+  kRename = 4,    ///< rename, renameat2
   kSync = 8,      ///< fsync, fdatasync, syncfs
   kClose = 16,    ///< close of a file that was opened for writing
   kResize = 32,   ///< ftruncate
   kMemory = 64,   ///< malloc, calloc, realloc
-  kFolder = 128,  ///< mkdir
-  kRemove = 256,  ///< unlink, unlinkat
+  kFolder = 128,  ///< mkdir, mkdirat, mkdtemp
+  kRemove = 256,  ///< unlink, unlinkat, rmdir
   kThread = 512,  ///< pthread_create
   kOwner = 1024,  ///< fchmod, fchown
   kFuse = 2048,   ///< no calls, but the folder claims to be in FUSE, where syncfs flushes nothing

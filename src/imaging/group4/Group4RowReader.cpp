@@ -89,6 +89,12 @@ using LaneOffsets = std::int16_t __attribute__((vector_size(2 * CodeGroup::kMost
 constexpr std::array<Lanes, CodeGroup::kMostVertical + 1> kLanesInUse = {
     {{0, 0, 0, 0}, {-1, 0, 0, 0}, {-1, -1, 0, 0}, {-1, -1, -1, 0}, {-1, -1, -1, -1}}};
 
+// The first lane of a pair is its low half on a little-endian machine, its high half on others.
+int firstLaneInUse(std::uint64_t pair) {
+  constexpr bool kIsLow = std::endian::native == std::endian::little;
+  return (kIsLow ? std::countr_zero(pair) : std::countl_zero(pair)) / 32;
+}
+
 Lanes loadLanes(const std::int32_t* at) {
   Lanes lanes;
   std::memcpy(&lanes, at, sizeof lanes);
@@ -155,7 +161,7 @@ class RowWalk {
 
   [[gnu::always_inline]] bool takeUpToException(const CodeGroup& group, LanePairs exception) {
     const auto lanes = static_cast<std::uint64_t>(exception[0] != 0 ? exception[0] : exception[1]);
-    const int plain = (exception[0] != 0 ? 0 : 2) + std::countr_zero(lanes) / 32;
+    const int plain = (exception[0] != 0 ? 0 : 2) + firstLaneInUse(lanes);
     a1_ += plain;
     b1_ += plain;
     a0_ = std::max(a0_, a1_[-1]);

@@ -113,9 +113,9 @@ ChangingElements paperRow(const EncodedImage& image) {
 // Copies the rows of strips that have been read, each strip separately or all of them joined.
 class StripCopier {
  public:
-  StripCopier(EncodedImage& image, Group4Form form)
+  StripCopier(EncodedImage& image, Group4Output output)
       : image_(image),
-        joins_(form == Group4Form::OneStream && image.strips.size() > 1),
+        joins_(output == Group4Output::OneStream && image.strips.size() > 1),
         paper_(paperRow(image)),
         lastRow_(paper_.width(), 0) {}
 
@@ -207,10 +207,10 @@ void scanChanges(const std::uint8_t* pixels, ChangingElements& row) {
 
 }  // namespace
 
-Group4Copy copyGroup4(EncodedImage image, Group4Form form) {
+Group4Copy copyGroup4(EncodedImage image, Group4Output output) {
   if (auto damage = findLayoutDamage(image)) return damaged(*std::move(damage));
   Group4Copy copy;
-  StripCopier copier(image, form);
+  StripCopier copier(image, output);
   bool isStandard = true, hasEnded = false;
   for (std::size_t i = 0; i < image.strips.size(); ++i) {
     Strip strip = readStrip(image, i);

@@ -15,7 +15,7 @@ namespace orvane {
 
 /// How a copy keeps the rows: in the strips that they have, or joined to one stream for a container
 /// that holds one stream an image.
-enum class Group4Form { Strips, OneStream };
+enum class Group4Output { Strips, OneStream };
 
 /// A Group 4 image after a walk over all of its codes.
 struct Group4Copy {
@@ -35,7 +35,7 @@ struct Group4Copy {
 /// codes; only the first row of a strip that is joined to the one before it is coded again. What
 /// comes after the last row is padding when it is zero bits, with or without end-of-line codes, and
 /// whatever it is after an end-of-block; it is not copied.
-Group4Copy copyGroup4(EncodedImage image, Group4Form form);
+Group4Copy copyGroup4(EncodedImage image, Group4Output output);
 
 /// Encodes a 1-bit raster (MinIsWhite or MinIsBlack) as one strip that ends in an end-of-block. The
 /// bits keep their values and the photometric goes along. Throws Failure for any other raster.

@@ -5,14 +5,13 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
-#include <jerror.h>
 #include <jpeglib.h>
-#include <new>
 #include <vector>
 
 #include "foundation/Bytes.h"
 #include "foundation/Failure.h"
 #include "foundation/OutputFile.h"
+#include "imaging/jpeg/LibjpegErrors.h"
 #include "imaging/jpeg/jpeg_header.h"
 #include "imaging/jpeg/jpeg_tables.h"
 #include "imaging/raster/EncodedImage.h"
@@ -22,16 +21,10 @@
 namespace orvane {
 namespace {
 
-void silence(j_common_ptr, int) {}
-
 // One run of libjpeg's compressor. Its errors become Failure with libjpeg's text.
 class JpegCompressor {
  public:
-  JpegCompressor() {
-    info_.err = jpeg_std_error(&errors_.base);
-    errors_.base.error_exit = leave;
-    errors_.base.emit_message = silence;
-  }
+  JpegCompressor() { info_.err = &errors_.base; }
   JpegCompressor(const JpegCompressor&) = delete;
   JpegCompressor& operator=(const JpegCompressor&) = delete;
   ~JpegCompressor() {
@@ -43,27 +36,11 @@ class JpegCompressor {
 
   // Encodes an 8-bit gray or RGB raster as a whole baseline stream. To be called once.
   Bytes compress(const Raster& raster, const SaveTables& tables, const Resolution& resolution) {
-    if (!tryCompress(raster, tables, resolution)) {
-      if (errors_.base.msg_code == JERR_OUT_OF_MEMORY) throw std::bad_alloc();
-      throw Failure(errors_.text);
-    }
+    if (!tryCompress(raster, tables, resolution)) errors_.fail();
     return Bytes(output_, output_ + outputSize_);
   }
 
  private:
-  struct Errors {
-    jpeg_error_mgr base;  // first, so that libjpeg's pointer to it is a pointer to this
-    std::jmp_buf jump;
-    char text[JMSG_LENGTH_MAX];
-  };
-
-  // libjpeg is C and is left by a jump; nothing that it skips may need a destructor.
-  [[noreturn]] static void leave(j_common_ptr info) {
-    auto* errors = reinterpret_cast<Errors*>(info->err);
-    errors->base.format_message(info, errors->text);
-    std::longjmp(errors->jump, 1);
-  }
-
   bool tryCompress(const Raster& raster, const SaveTables& tables, const Resolution& resolution);
 
   void setTable(int index, const RowOrderTable& table) {
@@ -72,7 +49,7 @@ class JpegCompressor {
     jpeg_add_quant_table(&info_, index, steps.data(), 100, TRUE);
   }
 
-  Errors errors_{};
+  LibjpegErrors errors_;
   jpeg_compress_struct info_{};
   unsigned char* output_ = nullptr;  // of malloc
   unsigned long outputSize_ = 0;
@@ -134,9 +111,12 @@ Bytes profileSegments(ByteView profile) {
 // Where further segments may be inserted: after the start of the image and the JFIF segment, which
 // has to be the first.
 std::size_t placeOfSegments(ByteView stream) {
-  const bool isJfif = stream.size() > 6 && stream[2] == 0xFF && stream[3] == 0xE0;
-  const std::size_t place = isJfif ? 4 + (std::size_t{stream[4]} << 8 | stream[5]) : 2;
-  return std::min(place, stream.size());
+  constexpr std::uint64_t kAfterStart = 2;
+  const MemorySource bytes(stream);
+  JpegMarkers markers(bytes, kAfterStart);
+  const bool isJfif =
+      markers.takeMarker() == jpeg_marker::kApplication0 && markers.takeSegment().has_value();
+  return std::min<std::size_t>(isJfif ? markers.position() : kAfterStart, stream.size());
 }
 
 }  // namespace

@@ -12,6 +12,8 @@ namespace {
 
 using namespace jpeg_marker;
 
+constexpr char kTooShort[] = "JPEG: a marker segment is too short";
+
 // Takes the numbers of a marker segment one after the other.
 class SegmentReader {
  public:
@@ -24,7 +26,7 @@ class SegmentReader {
   }
 
   ByteView take(std::size_t count) {
-    if (count > bytes_.size()) throw Failure("JPEG: a marker segment is too short");
+    if (count > bytes_.size()) throw Failure(kTooShort);
     const ByteView taken = bytes_.first(count);
     bytes_ = bytes_.subspan(count);
     return taken;
@@ -44,7 +46,7 @@ class SegmentReader {
 class HeaderReader {
  public:
   HeaderReader(ByteView stream, const JpegHeader& sharedTables)
-      : stream_(stream), source_{sharedTables, false, {}} {}
+      : stream_(stream), bytes_(stream), source_{sharedTables, false, {}} {}
 
   std::optional<JpegHeader> readTables() {
     requireStart();
@@ -70,22 +72,21 @@ class HeaderReader {
 
  private:
   void requireStart() {
-    if (stream_.number16() != (0xFF00 | kStartOfImage)) {
+    if (SegmentReader(stream_).number16() != (0xFF00 | kStartOfImage)) {
       throw Failure("JPEG: it does not begin as a stream");
     }
   }
 
   std::uint8_t nextMarker() {
-    if (stream_.byte() != 0xFF) throw Failure("JPEG: a marker is missing");
-    std::uint8_t marker = 0xFF;
-    while (marker == 0xFF) marker = stream_.byte();
-    return marker;
+    const std::optional<std::uint8_t> marker = markers_.takeMarker();
+    if (marker) return *marker;
+    throw Failure(markers_.hasEnded() ? kTooShort : "JPEG: a marker is missing");
   }
 
   SegmentReader nextSegment() {
-    const std::uint16_t length = stream_.number16();
-    if (length < 2) throw Failure("JPEG: a marker segment is too short");
-    return SegmentReader(stream_.take(length - 2u));
+    const std::optional<JpegSegment> segment = markers_.takeSegment();
+    if (!segment || markers_.position() > stream_.size()) throw Failure(kTooShort);
+    return SegmentReader(stream_.subspan(segment->at, segment->length));
   }
 
   void readSegment(std::uint8_t marker, SegmentReader segment) {
@@ -191,7 +192,7 @@ class HeaderReader {
       throw Failure("JPEG: a scan does not hold all coefficients");
     }
     segment.requireEnd();
-    source_.data = stream_.take(stream_.left());
+    source_.data = stream_.subspan(markers_.position());
     return std::move(source_);
   }
 
@@ -202,7 +203,9 @@ class HeaderReader {
     if (!there) throw Failure("JPEG: a table is missing");
   }
 
-  SegmentReader stream_;
+  ByteView stream_;
+  MemorySource bytes_;
+  JpegMarkers markers_{bytes_, 2};  ///< after the start of the image
   JpegSource source_;
   bool supported_ = true;
 };

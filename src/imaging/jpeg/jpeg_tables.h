@@ -47,11 +47,18 @@ struct HuffmanTable {
   bool isPossible() const;
 };
 
-/// The tables of Annex K.3, which serve every stream.
-extern const HuffmanTable kAnnexKDcLuminance;
-extern const HuffmanTable kAnnexKDcChrominance;
-extern const HuffmanTable kAnnexKAcLuminance;
-extern const HuffmanTable kAnnexKAcChrominance;
+/// The Huffman tables of one kind of component.
+struct HuffmanPair {
+  HuffmanTable dc;
+  HuffmanTable ac;
+};
+
+/// The tables that libjpeg writes by default, which serve every stream: those of T.81 Annex K.3.
+struct DefaultHuffmanTables {
+  HuffmanPair luminance;
+  HuffmanPair chrominance;
+};
+const DefaultHuffmanTables& defaultHuffmanTables();
 
 /// The most bits that a value takes after its code in a baseline stream (T.81 tables F.1 and F.2).
 inline constexpr unsigned kMostDcSize = 11;

@@ -112,7 +112,7 @@ std::optional<Survey> surveyOf(const Strips& strips) {
 }
 
 // The head of the page's one stream, with the coarsest steps of the save and of all strips, and the
-// Huffman tables of Annex K.
+// default Huffman tables.
 JpegHeader targetOf(const StoredJpeg& page, const Survey& survey, JpegFactors factors) {
   const SaveTables save = saveTables(factors);
   JpegHeader target;
@@ -133,11 +133,12 @@ JpegHeader targetOf(const StoredJpeg& page, const Survey& survey, JpegFactors fa
     target.quantisation[component.quantisation] = table;
     target.components.push_back(component);
   }
-  target.dcTables[0] = kAnnexKDcLuminance;
-  target.acTables[0] = kAnnexKAcLuminance;
+  const auto& [luminance, chrominance] = defaultHuffmanTables();
+  target.dcTables[0] = luminance.dc;
+  target.acTables[0] = luminance.ac;
   if (page.samplesPerPixel == 3) {
-    target.dcTables[1] = kAnnexKDcChrominance;
-    target.acTables[1] = kAnnexKAcChrominance;
+    target.dcTables[1] = chrominance.dc;
+    target.acTables[1] = chrominance.ac;
   }
   return target;
 }

@@ -52,28 +52,28 @@ Fraction nearestFraction(double value) {
 /// A directory under construction: tags with their values, in any order.
 class DirectoryBuilder {
  public:
-  explicit DirectoryBuilder(TiffForm form) : form_(form) {}
+  explicit DirectoryBuilder(TiffVariant variant) : variant_(variant) {}
 
   void addShorts(std::uint16_t tag, std::span<const std::uint16_t> values) {
     Bytes& out = add(tag, TiffType::Short, values.size());
-    for (const std::uint16_t value : values) form_.put(out, value, 2);
+    for (const std::uint16_t value : values) variant_.put(out, value, 2);
   }
   void addShort(std::uint16_t tag, std::uint16_t value) { addShorts(tag, std::span(&value, 1)); }
   void addLong(std::uint16_t tag, std::uint32_t value) {
-    form_.put(add(tag, TiffType::Long, 1), value, 4);
+    variant_.put(add(tag, TiffType::Long, 1), value, 4);
   }
   // Offsets or sizes of data in the file: LONG in a classic file, LONG8 in BigTIFF.
   void addSizes(std::uint16_t tag, std::span<const std::uint64_t> values) {
-    Bytes& out = add(tag, form_.bigTiff ? TiffType::Long8 : TiffType::Long, values.size());
-    for (const std::uint64_t value : values) form_.put(out, value, form_.offsetBytes());
+    Bytes& out = add(tag, variant_.bigTiff ? TiffType::Long8 : TiffType::Long, values.size());
+    for (const std::uint64_t value : values) variant_.put(out, value, variant_.offsetBytes());
   }
   // The nearest fractions; common resolutions are exact (203.2 as 1016/5).
   void addRationals(std::uint16_t tag, std::span<const double> values) {
     Bytes& out = add(tag, TiffType::Rational, values.size());
     for (const double value : values) {
       const Fraction fraction = nearestFraction(value);
-      form_.put(out, fraction.numerator, 4);
-      form_.put(out, fraction.denominator, 4);
+      variant_.put(out, fraction.numerator, 4);
+      variant_.put(out, fraction.denominator, 4);
     }
   }
   void addRational(std::uint16_t tag, double value) { addRationals(tag, std::span(&value, 1)); }
@@ -93,7 +93,7 @@ class DirectoryBuilder {
 
   // Position of the offset of the next directory, from the beginning of the directory.
   std::uint64_t linkPlace() const {
-    return form_.countBytes() + entries_.size() * form_.entryBytes();
+    return variant_.countBytes() + entries_.size() * variant_.entryBytes();
   }
 
  private:
@@ -107,29 +107,29 @@ class DirectoryBuilder {
     return (entries_[tag] = Entry{type, count, {}}).value;
   }
 
-  TiffForm form_;
+  TiffVariant variant_;
   std::map<std::uint16_t, Entry> entries_;
 };
 
 Bytes DirectoryBuilder::bytes(std::uint64_t offset) const {
   Bytes directory;
   Bytes values;
-  const std::uint64_t valuesOffset = offset + linkPlace() + form_.offsetBytes();
-  form_.put(directory, entries_.size(), form_.countBytes());
+  const std::uint64_t valuesOffset = offset + linkPlace() + variant_.offsetBytes();
+  variant_.put(directory, entries_.size(), variant_.countBytes());
   for (const auto& [tag, entry] : entries_) {
-    form_.put(directory, tag, 2);
-    form_.put(directory, static_cast<std::uint16_t>(entry.type), 2);
-    form_.put(directory, entry.count, form_.offsetBytes());
-    if (entry.value.size() <= form_.offsetBytes()) {
+    variant_.put(directory, tag, 2);
+    variant_.put(directory, static_cast<std::uint16_t>(entry.type), 2);
+    variant_.put(directory, entry.count, variant_.offsetBytes());
+    if (entry.value.size() <= variant_.offsetBytes()) {
       directory.insert(directory.end(), entry.value.begin(), entry.value.end());
-      directory.resize(directory.size() + form_.offsetBytes() - entry.value.size());
+      directory.resize(directory.size() + variant_.offsetBytes() - entry.value.size());
     } else {
-      form_.put(directory, valuesOffset + values.size(), form_.offsetBytes());
+      variant_.put(directory, valuesOffset + values.size(), variant_.offsetBytes());
       values.insert(values.end(), entry.value.begin(), entry.value.end());
       values.resize((values.size() + 1) / 2 * 2);
     }
   }
-  form_.put(directory, 0, form_.offsetBytes());
+  variant_.put(directory, 0, variant_.offsetBytes());
   directory.insert(directory.end(), values.begin(), values.end());
   return directory;
 }
@@ -211,25 +211,25 @@ std::uint64_t placeStrips(const EncodedImage& image, std::uint64_t offset, PageP
   return offset;
 }
 
-void requireWithinLimit(const std::wstring& path, TiffForm form, std::uint64_t end) {
-  if (!form.bigTiff && end > std::numeric_limits<std::uint32_t>::max()) {
+void requireWithinLimit(const std::wstring& path, TiffVariant variant, std::uint64_t end) {
+  if (!variant.bigTiff && end > std::numeric_limits<std::uint32_t>::max()) {
     throw fileFailure(path, "the page would take the TIFF file past 4 GiB");
   }
 }
 
 // Plans page `number` (from 0) for `offset`. Throws Failure, naming `path`, for an image that does
 // not fit together and for one that would pass 4 GiB in a classic TIFF.
-PagePlan planPage(const std::wstring& path, TiffForm form, std::uint64_t offset,
+PagePlan planPage(const std::wstring& path, TiffVariant variant, std::uint64_t offset,
                   const EncodedImage& image, TiffSubfile subfile, std::uint32_t number) {
   requireWholeImage(path, image);
   PagePlan plan;
   std::vector<std::uint64_t> offsets;
   plan.directoryOffset = placeStrips(image, offset, plan, offsets);
-  requireWithinLimit(path, form, plan.directoryOffset);
+  requireWithinLimit(path, variant, plan.directoryOffset);
 
   std::vector<std::uint64_t> sizes;
   for (const Bytes& strip : image.strips) sizes.push_back(strip.size());
-  DirectoryBuilder directory(form);
+  DirectoryBuilder directory(variant);
   addForm(directory, image);
   addPlaceInDocument(directory, image, subfile, number);
   if (image.photometric == Photometric::YCbCr) addYCbCr(directory, image);
@@ -239,42 +239,42 @@ PagePlan planPage(const std::wstring& path, TiffForm form, std::uint64_t offset,
   plan.directory = directory.bytes(plan.directoryOffset);
   plan.parts.emplace_back(plan.directory);
   plan.nextLink = plan.directoryOffset + directory.linkPlace();
-  requireWithinLimit(path, form, plan.directoryOffset + plan.directory.size());
+  requireWithinLimit(path, variant, plan.directoryOffset + plan.directory.size());
   return plan;
 }
 
-constexpr TiffForm kOwnForm{.bigEndian = false, .bigTiff = false};
+constexpr TiffVariant kOwnVariant{.bigEndian = false, .bigTiff = false};
 
 Bytes header(std::uint64_t firstDirectory) {
   Bytes bytes{'I', 'I'};
-  kOwnForm.put(bytes, 42, 2);
-  kOwnForm.put(bytes, firstDirectory, kOwnForm.offsetBytes());
+  kOwnVariant.put(bytes, 42, 2);
+  kOwnVariant.put(bytes, firstDirectory, kOwnVariant.offsetBytes());
   return bytes;
 }
 
-Bytes link(TiffForm form, std::uint64_t offset) {
+Bytes link(TiffVariant variant, std::uint64_t offset) {
   Bytes bytes;
-  form.put(bytes, offset, form.offsetBytes());
+  variant.put(bytes, offset, variant.offsetBytes());
   return bytes;
 }
 
-SampleOrder sampleOrder(TiffForm form) {
-  return form.bigEndian ? SampleOrder::BigEndian : SampleOrder::LittleEndian;
+SampleOrder sampleOrder(TiffVariant variant) {
+  return variant.bigEndian ? SampleOrder::BigEndian : SampleOrder::LittleEndian;
 }
 
 // Writes the page after the end of the file, where no reader looks yet, then the one link that
-// makes it part of the document. Returns the stamp of the written file.
-FileState writeAfterEnd(OutputFile& file, const PagePlan& page, TiffForm form, std::uint64_t size,
-                        std::uint64_t lastLink) {
+// makes it part of the document. Returns the state of the written file.
+FileState writeAfterEnd(OutputFile& file, const PagePlan& page, TiffVariant variant,
+                        std::uint64_t size, std::uint64_t lastLink) {
   try {
     file.write(size, page.parts);
-    file.write(lastLink, link(form, page.directoryOffset));
+    file.write(lastLink, link(variant, page.directoryOffset));
     const FileState stamp = file.state();
     file.close();
     return stamp;
   } catch (...) {
     try {
-      file.write(lastLink, link(form, 0));
+      file.write(lastLink, link(variant, 0));
     } catch (...) {
       // The first failure is the one to report.
     }
@@ -291,32 +291,23 @@ void TiffFile::create(const std::wstring& path, const EncodedImage& image) {
 
 void TiffFile::createWith(OutputFile (*creation)(const std::wstring&), const std::wstring& path,
                           const EncodedImage& image, TiffSubfile subfile) {
-  PagePlan page = planPage(path, kOwnForm, kOwnForm.headerBytes(), image, subfile, 0);
+  PagePlan page = planPage(path, kOwnVariant, kOwnVariant.headerBytes(), image, subfile, 0);
   const Bytes front = header(page.directoryOffset);
   page.parts.insert(page.parts.begin(), front);
   OutputFile file = creation(path);
   file.write(0, page.parts);
   const FileState stamp = file.state();
   file.close();
-  end_ = {path, stamp, kOwnForm, page.nextLink, 1};
-}
-
-void TiffFile::append(const std::wstring& path, const EncodedImage& image) {
-  std::optional<OutputFile> file = OutputFile::openToAppend(path);
-  if (file) {
-    appendTo(*file, image);
-  } else {
-    createWith(OutputFile::createExclusively, path, image, TiffSubfile::PageOfMany);
-  }
+  end_ = {path, stamp, kOwnVariant, page.nextLink, 1};
 }
 
 void TiffFile::append(const std::wstring& path,
                       const std::function<EncodedImage(SampleOrder)>& encode) {
   std::optional<OutputFile> file = OutputFile::openToAppend(path);
   if (file) {
-    appendTo(*file, encode(sampleOrder(TiffStructure(*file).form())));
+    appendTo(*file, encode(sampleOrder(readTiffVariant(*file, path))));
   } else {
-    createWith(OutputFile::createExclusively, path, encode(sampleOrder(kOwnForm)),
+    createWith(OutputFile::createExclusively, path, encode(sampleOrder(kOwnVariant)),
                TiffSubfile::PageOfMany);
   }
 }
@@ -328,19 +319,20 @@ void TiffFile::appendTo(OutputFile& file, const EncodedImage& image) {
     throw fileFailure(file.path(), "the TIFF file has no room for another page");
   }
   const PagePlan page =
-      planPage(file.path(), end.form, before.size, image, TiffSubfile::PageOfMany, end.pages);
+      planPage(file.path(), end.variant, before.size, image, TiffSubfile::PageOfMany, end.pages);
   end_ = {};
-  const FileState stamp = writeAfterEnd(file, page, end.form, before.size, end.nextLink);
-  end_ = {file.path(), stamp, end.form, page.nextLink, end.pages + 1};
+  const FileState stamp = writeAfterEnd(file, page, end.variant, before.size, end.nextLink);
+  end_ = {file.path(), stamp, end.variant, page.nextLink, end.pages + 1};
 }
 
 TiffFile::End TiffFile::endOf(const OutputFile& file, const FileState& stamp) const {
   if (end_.path == file.path() && end_.stamp == stamp) return end_;
-  const TiffStructure structure(file);
+  const TiffStructure structure(file, file.path(), readTiffVariant(file, file.path()));
   const std::vector<TiffDirectoryPlace> pages = structure.pages();
   const std::uint64_t nextLink =
-      pages.empty() ? structure.form().firstLink() : pages.back().nextLink;
-  return {file.path(), stamp, structure.form(), nextLink, static_cast<std::uint32_t>(pages.size())};
+      pages.empty() ? structure.variant().firstLink() : pages.back().nextLink;
+  return {file.path(), stamp, structure.variant(), nextLink,
+          static_cast<std::uint32_t>(pages.size())};
 }
 
 void TiffFile::deletePage(const std::wstring& path, std::int32_t page) {

@@ -7,7 +7,7 @@
 #include "foundation/FileState.h"
 #include "foundation/OutputFile.h"
 #include "imaging/raster/EncodedImage.h"
-#include "imaging/tiff/TiffForm.h"
+#include "imaging/tiff/TiffVariant.h"
 
 namespace orvane {
 
@@ -23,15 +23,13 @@ class TiffFile {
   /// A failed write leaves no file.
   void create(const std::wstring& path, const EncodedImage& image);
 
-  /// Adds a page at the end of `path`, which is created when it is missing. A file of another
-  /// program keeps its byte order and its kind (classic or BigTIFF). The bytes of the earlier pages
-  /// do not change, and the file is valid at every moment. A failed append, an append to a file
-  /// that is not a TIFF file, to a symbolic link or to a file with a second hard link, and one that
-  /// would take a classic TIFF past 4 GiB throw Failure and leave the file as it was.
-  void append(const std::wstring& path, const EncodedImage& image);
-
-  /// The same for a page that is encoded after the file is opened: `encode` gets the byte order of
-  /// the file, which 16-bit samples must have. If `encode` throws, the file stays as it was.
+  /// Adds a page at the end of `path`, which is created when it is missing. `encode` makes the page
+  /// when the file is open, and gets its byte order, which 16-bit samples must have. A file of
+  /// another program keeps its byte order and its kind (classic or BigTIFF). The bytes of the
+  /// earlier pages do not change, and the file is valid at every moment. A failed append, an append
+  /// to a file that is not a TIFF file, to a symbolic link or to a file with a second hard link,
+  /// and one that would take a classic TIFF past 4 GiB throw Failure and leave the file as it was;
+  /// so does a failure of `encode`.
   void append(const std::wstring& path, const std::function<EncodedImage(SampleOrder)>& encode);
 
   /// Removes page `page`, counted from 1, and its data. The file shrinks; the strips of the other
@@ -43,7 +41,7 @@ class TiffFile {
   struct End {  ///< the remembered end of a growing file
     std::wstring path;
     FileState stamp;
-    TiffForm form;
+    TiffVariant variant;
     std::uint64_t nextLink = 0;  ///< offset of the field that links to the next directory
     std::uint32_t pages = 0;
   };

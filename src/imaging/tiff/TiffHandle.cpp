@@ -1,59 +1,14 @@
 #include "imaging/tiff/TiffHandle.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <new>
 #include <string_view>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "foundation/Failure.h"
 #include "foundation/text_encoding.h"
 
 namespace orvane {
-namespace {
-
-// Covers a scanned page; a file with many pages is not read whole for each of them.
-constexpr std::uint64_t kWholeFileLimit = 4U << 20;
-
-std::uint64_t sizeOf(const FileDescriptor& descriptor, const std::wstring& path) {
-  struct stat status {};
-  if (fstat(descriptor.number(), &status) != 0) throw systemFailure(errno, path);
-  return static_cast<std::uint64_t>(status.st_size);
-}
-
-}  // namespace
-
-ImageFile::ImageFile(const std::wstring& path)
-    : descriptor_(FileDescriptor::openRegularFile(path)), size_(sizeOf(descriptor_, path)) {
-  if (size_ > kWholeFileLimit) return;
-  content_ = std::make_unique_for_overwrite<std::uint8_t[]>(size_);
-  size_ = readFromDisk(0, content_.get(), size_);
-}
-
-std::size_t ImageFile::readAt(std::uint64_t offset, std::uint8_t* to,
-                              std::size_t size) const noexcept {
-  if (!content_) return readFromDisk(offset, to, size);
-  if (offset >= size_) return 0;
-  const auto count = static_cast<std::size_t>(std::min<std::uint64_t>(size, size_ - offset));
-  std::copy_n(content_.get() + offset, count, to);
-  return count;
-}
-
-std::size_t ImageFile::readFromDisk(std::uint64_t offset, std::uint8_t* to,
-                                    std::size_t size) const noexcept {
-  if (offset >= size_) return 0;
-  std::size_t done = 0;
-  while (done < size) {
-    const ssize_t count =
-        pread(descriptor_.number(), to + done, size - done, static_cast<off_t>(offset + done));
-    if (count == 0 || (count < 0 && errno != EINTR)) break;
-    if (count > 0) done += static_cast<std::size_t>(count);
-  }
-  return done;
-}
-
 namespace {
 
 // Warnings of libtiff 4.5 and libjpeg while they decode that are about the manner of writing, not
@@ -132,8 +87,8 @@ TiffHandle::Source& sourceOf(thandle_t handle) {
 tmsize_t readProc(thandle_t handle, void* buffer, tmsize_t size) {
   TiffHandle::Source& source = sourceOf(handle);
   if (size <= 0) return 0;
-  const std::size_t count = source.file.readAt(source.position, static_cast<std::uint8_t*>(buffer),
-                                               static_cast<std::size_t>(size));
+  const std::size_t count = source.file.readAt(
+      source.position, {static_cast<std::uint8_t*>(buffer), static_cast<std::size_t>(size)});
   source.position += count;
   return static_cast<tmsize_t>(count);
 }
@@ -175,14 +130,14 @@ struct OptionsDeleter {
 
 }  // namespace
 
-TiffHandle::TiffHandle(const std::wstring& path) : name_(toUtf8(path)), source_{ImageFile(path)} {
+TiffHandle::TiffHandle(const std::wstring& path) : path_(path), source_{ImageFile(path)} {
   const std::unique_ptr<TIFFOpenOptions, OptionsDeleter> options(TIFFOpenOptionsAlloc());
   if (!options) throw std::bad_alloc();
   TIFFOpenOptionsSetErrorHandlerExtR(options.get(), TiffMessages::onError, &messages_);
   TIFFOpenOptionsSetWarningHandlerExtR(options.get(), TiffMessages::onWarning, &messages_);
   TIFFOpenOptionsSetMaxSingleMemAlloc(options.get(), kMaxLibtiffAllocation);
   // r: read, h: the header only, c: leave one big strip one strip.
-  tiff_ = TIFFClientOpenExt(name_.c_str(), "rhc", &source_, readProc, writeProc, seekProc,
+  tiff_ = TIFFClientOpenExt(toUtf8(path).c_str(), "rhc", &source_, readProc, writeProc, seekProc,
                             closeProc, sizeProc, mapProc, unmapProc, options.get());
   if (tiff_ == nullptr) throw failure(messages_.reason("not a TIFF file"));
 }
@@ -191,14 +146,18 @@ TiffHandle::~TiffHandle() {
   TIFFClose(tiff_);
 }
 
+TiffVariant TiffHandle::variant() const {
+  return {.bigEndian = TIFFIsBigEndian(tiff_) != 0, .bigTiff = TIFFIsBigTIFF(tiff_) != 0};
+}
+
 void TiffHandle::readDirectory(std::uint64_t offset) {
   const auto [result, messages] = listen([&] { return TIFFSetSubDirectory(tiff_, offset); });
   if (result != 1) throw failure(messages.reason("the page's directory cannot be read"));
 }
 
 Failure TiffHandle::failure(const std::string& reason) const {
-  const bool named = reason.starts_with(name_ + ": ");  // libtiff often names the file itself
-  return Failure(named ? reason : name_ + ": " + reason);
+  const bool isNamed = reason.starts_with(toUtf8(path_) + ": ");  // libtiff often does so itself
+  return isNamed ? Failure(reason) : fileFailure(path_, reason);
 }
 
 }  // namespace orvane

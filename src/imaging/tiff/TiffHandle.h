@@ -2,46 +2,19 @@
 
 #include <array>
 #include <cstdarg>
-#include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <tiffio.h>
 #include <utility>
 
-#include "foundation/Bytes.h"
 #include "foundation/Failure.h"
-#include "foundation/FileDescriptor.h"
+#include "imaging/tiff/ImageFile.h"
+#include "imaging/tiff/TiffVariant.h"
 
 struct tiff;  // libtiff's own name for TIFF
 
 namespace orvane {
-
-/// A regular file, opened once and read by position. A small file is read into memory at once. A
-/// larger one is read piece by piece; it is not mapped, so that a file that another process
-/// truncates gives a short read and not a crash.
-class ImageFile {
- public:
-  /// Throws Failure with path and reason.
-  explicit ImageFile(const std::wstring& path);
-
-  std::uint64_t size() const { return size_; }
-
-  /// All bytes of a small file; empty for a larger one.
-  ByteView wholeContent() const { return {content_.get(), content_ ? size_ : 0}; }
-
-  /// Copies up to `size` bytes from `offset` on and returns their number. A read that fails
-  /// counts as the end of the file.
-  std::size_t readAt(std::uint64_t offset, std::uint8_t* to, std::size_t size) const noexcept;
-
- private:
-  std::size_t readFromDisk(std::uint64_t offset, std::uint8_t* to, std::size_t size) const noexcept;
-
-  FileDescriptor descriptor_;
-  std::uint64_t size_ = 0;
-  std::unique_ptr<std::uint8_t[]> content_;
-};
 
 /// The messages of libtiff about one file. Only the first message of a kind is kept; it usually
 /// names the cause of the others. The handlers allocate nothing: an exception must not pass through
@@ -84,7 +57,9 @@ class TiffHandle {
   TiffHandle& operator=(const TiffHandle&) = delete;
 
   TIFF* get() const { return tiff_; }
+  const std::wstring& path() const { return path_; }
   const ImageFile& file() const { return source_.file; }
+  TiffVariant variant() const;
 
   /// Runs `work`, which calls libtiff for this file. Returns its value and the messages.
   template <typename Work>
@@ -107,7 +82,7 @@ class TiffHandle {
   };
 
  private:
-  std::string name_;  ///< the path in UTF-8
+  std::wstring path_;
   Source source_;
   TiffMessages messages_;  ///< since the last call of `listen`
   TIFF* tiff_ = nullptr;

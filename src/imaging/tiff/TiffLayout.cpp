@@ -1,7 +1,6 @@
 #include "imaging/tiff/TiffLayout.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -231,49 +230,6 @@ void readBlocks(const TiffHandle& tiff, TiffLayout& layout) {
   }
 }
 
-// Memory that libtiff needs to decode one pixel of a strip or tile, in addition to its output.
-std::uint64_t decoderBytesPerPixel(const TiffLayout& layout, std::uint64_t sampleBytes) {
-  switch (layout.compression) {
-    case COMPRESSION_SGILOG:
-    case COMPRESSION_SGILOG24:
-      return 4;
-    case COMPRESSION_WEBP:
-      return 5;  // a 32-bit pixel and its alpha
-    case COMPRESSION_PIXARLOG:
-      return std::uint64_t{2} * layout.samplesPerPixel;
-    case COMPRESSION_LERC:
-      return 2 * sampleBytes;  // and a mask
-    default:
-      return 0;
-  }
-}
-
-void requireMemory(const TiffHandle& tiff, const TiffLayout& layout) {
-  try {
-    requirePageMemory(layout.decodingBytes());
-  } catch (const Failure& failure) {
-    throw tiff.failure(failure.what());
-  }
-}
-
-// A JBIG stream begins with its own size (ITU-T T.82 section 6.2.2), and its decoder takes memory
-// for it. libtiff reads and writes it with its bits reversed in fill order 1.
-void requireHonestJbig(const TiffHandle& tiff, const TiffLayout& layout) {
-  if (layout.compression != COMPRESSION_JBIG) return;
-  std::array<std::uint8_t, 12> head{};
-  tiff.file().readAt(TIFFGetStrileOffset(tiff.get(), 0), head.data(), head.size());
-  if (fieldOr(tiff.get(), TIFFTAG_FILLORDER, std::uint16_t{FILLORDER_MSB2LSB}) ==
-      FILLORDER_MSB2LSB) {
-    TIFFReverseBits(head.data(), head.size());
-  }
-  const auto number = [&head](std::size_t at) {
-    return std::uint32_t{head[at]} << 24 | head[at + 1] << 16 | head[at + 2] << 8 | head[at + 3];
-  };
-  if (head[2] != 1 || number(4) != layout.width || number(8) != layout.height) {
-    throw tiff.failure("its JBIG stream is of another size");
-  }
-}
-
 // Strips that overlap would let a small file keep the decoder busy for hours.
 void readByteCounts(const TiffHandle& tiff, TiffLayout& layout) {
   constexpr std::uint64_t kAlwaysFine = 256U << 20;
@@ -301,28 +257,12 @@ TiffLayout readTiffLayout(const TiffHandle& tiff) {
   readColour(tiff, layout);
   readBlocks(tiff, layout);
   readByteCounts(tiff, layout);
-  requireMemory(tiff, layout);
-  requireHonestJbig(tiff, layout);
   return layout;
 }
 
 RasterForm TiffLayout::sampleForm() const {
   if (!isLab()) return form;
   return {.bitsPerSample = bitsPerSample, .samplesPerPixel = 3, .model = ColourModel::Rgb};
-}
-
-std::uint64_t TiffLayout::decodingBytes() const {
-  const std::uint64_t blockPixels = std::uint64_t{blockWidth} * blockHeight;
-  const std::uint64_t pixelBits = std::uint64_t{samplesPerPixel} * bitsPerSample;
-  std::uint64_t block = blockPixels * decoderBytesPerPixel(*this, (pixelBits + 7) / 8);
-  if (throughRgbaReader) {
-    block += blockPixels * (sizeof(std::uint32_t) + (pixelBits + 7) / 8);
-  } else if (tiled || !isStoredAsKept()) {
-    block += blockPixels * pixelBits / 8;
-  }
-  const std::uint64_t samples = std::uint64_t{sampleForm().rowBytes(width)} * height;
-  const std::uint64_t second = turnsSideways() || isLab() ? decodedBytes() : 0;
-  return samples + second + block;
 }
 
 namespace {

@@ -73,10 +73,6 @@ struct TiffLayout {
   std::uint64_t mostGroup4Bytes() const {
     return std::uint64_t{blockHeight} * (2 * std::uint64_t{width} + 16) + 16;
   }
-  /// The most memory that decoding takes, apart from encoded bytes: the raster, a second one when
-  /// the page has to be turned or its colours computed, the decoder of a strip or tile, and one
-  /// decoded aside where it cannot be decoded into the raster.
-  std::uint64_t decodingBytes() const;
   /// False when samples have to be picked out of what libtiff decodes.
   bool isStoredAsKept() const {
     return samplesPerPixel == form.samplesPerPixel && (!separatePlanes || samplesPerPixel == 1);
@@ -84,7 +80,7 @@ struct TiffLayout {
 };
 
 /// Reads the layout of the current directory. Throws Failure for an image that cannot be decoded
-/// here or would need more than 1 GiB.
+/// here.
 TiffLayout readTiffLayout(const TiffHandle& tiff);
 
 /// The resolution of the current directory (TIFF 6.0 XResolution, YResolution, ResolutionUnit) in

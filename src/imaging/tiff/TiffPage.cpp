@@ -6,6 +6,7 @@
 
 #include "imaging/tiff/TiffLayout.h"
 #include "imaging/tiff/TiffStructure.h"
+#include "imaging/tiff/tiff_cost.h"
 #include "imaging/tiff/tiff_decode.h"
 #include "imaging/tiff/tiff_profile.h"
 #include "imaging/tiff/tiff_strips.h"
@@ -57,11 +58,12 @@ PageInfo uprightInfo(const TiffHandle& tiff, const TiffLayout& layout) {
 
 struct TiffPage::Impl {
   Impl(const std::wstring& path, std::int32_t page) : tiff(path) {
-    const TiffStructure structure(tiff);
+    const TiffStructure structure(tiff.file(), path, tiff.variant());
     const TiffDirectoryPlace directory = directoryOfPage(tiff, structure, page);
     tiff.readDirectory(directory.offset);
     entries = structure.entries(directory);
     layout = readTiffLayout(tiff);
+    requireMemory(tiff, layout);
     requireWholeBlockTable(tiff, entries, layout);
     prepareDecoder(tiff, layout);
     info = uprightInfo(tiff, layout);
@@ -97,11 +99,11 @@ std::optional<StoredJpeg> TiffPage::storedJpeg() const {
 }
 
 std::uint64_t TiffPage::heldFileBytes() const {
-  return impl_->tiff.file().wholeContent().size();
+  return costOf(impl_->tiff, impl_->layout).file;
 }
 
 std::uint64_t TiffPage::memoryToDecode() const {
-  return heldFileBytes() + impl_->layout.encodedBytes + impl_->layout.decodingBytes();
+  return costOf(impl_->tiff, impl_->layout).total();
 }
 
 PageProfile TiffPage::iccProfile() const {
@@ -115,7 +117,9 @@ Examined<Raster> TiffPage::decode(const StripRows& codedRows) const {
 std::int32_t tiffPageCount(const std::wstring& path) {
   const TiffHandle tiff(path);
   std::int32_t pages = 0;
-  TiffStructure(tiff).forEachPage([&](const TiffDirectoryPlace&) { return ++pages > 0; });
+  TiffStructure(tiff.file(), path, tiff.variant()).forEachPage([&](const TiffDirectoryPlace&) {
+    return ++pages > 0;
+  });
   if (pages == 0) throw tiff.failure("the file has no page");
   return pages;
 }

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "foundation/OutputFile.h"
-#include "imaging/tiff/TiffForm.h"
-#include "imaging/tiff/TiffHandle.h"
+#include "foundation/ByteSource.h"
+#include "foundation/Failure.h"
+#include "imaging/tiff/TiffVariant.h"
 
 namespace orvane {
 
@@ -36,18 +36,20 @@ const TiffEntry* findEntry(const std::vector<TiffEntry>& entries, std::uint16_t 
 /// The most pages that a TIFF file can number (PageNumber is a 16-bit field).
 constexpr std::uint32_t kMostTiffPages = 65535;
 
+/// The variant that the header of a file states. Throws Failure, naming `path`, for a file that is
+/// no TIFF.
+TiffVariant readTiffVariant(const ByteSource& file, const std::wstring& path);
+
 /// Reads the structure of a TIFF file, classic or BigTIFF: its chain of directories, one a page
 /// (TIFF 6.0 section 2), and their entries. libtiff would read every directory whole, and ends a
 /// broken chain without a message. Positions are checked against the file before they are read;
-/// what does not fit throws Failure.
+/// what does not fit throws Failure, naming `path`.
 class TiffStructure {
  public:
-  /// Reads the header of a file that is written. Throws Failure for a file that is no TIFF.
-  explicit TiffStructure(const OutputFile& file);
-  /// The structure of a file that is open for reading.
-  explicit TiffStructure(const TiffHandle& tiff);
+  /// The structure of `file`, which outlives the object.
+  TiffStructure(const ByteSource& file, std::wstring path, TiffVariant variant);
 
-  TiffForm form() const { return form_; }
+  TiffVariant variant() const { return variant_; }
   std::uint64_t fileSize() const { return size_; }
 
   /// Visits the directories of the pages in their order until `visit` returns false. A chain that
@@ -56,7 +58,7 @@ class TiffStructure {
   /// The directories of all pages, of which there may be `kMostTiffPages`.
   std::vector<TiffDirectoryPlace> pages() const;
   TiffDirectoryPlace directory(std::uint64_t offset) const;
-  /// The entries of a directory. Their values are not checked.
+  /// The entries of a directory, of which there may be 4096. Their values are not checked.
   std::vector<TiffEntry> entries(const TiffDirectoryPlace& place) const;
 
   /// One unsigned number of the file, up to 8 bytes wide.
@@ -64,25 +66,21 @@ class TiffStructure {
   /// `count` such numbers in sequence.
   std::vector<std::uint64_t> numbers(std::uint64_t offset, std::uint64_t count,
                                      unsigned width) const;
-  bool isInside(std::uint64_t offset, std::uint64_t length) const;
   /// Throws Failure unless the range is inside the file.
   void requireInside(std::uint64_t offset, std::uint64_t length) const;
-  Failure damaged(const std::string& reason) const { return failure_(reason); }
+  /// A fault of the structure, apart from the chain of pages.
+  Failure damaged(const std::string& reason) const;
 
  private:
+  bool isInside(std::uint64_t offset, std::uint64_t length) const;
+  void read(std::uint64_t offset, std::span<std::uint8_t> into) const;
+  Failure damagedChain(const char* reason) const;
   TiffEntry entry(const std::uint8_t* bytes, std::uint64_t offset) const;
 
+  const ByteSource& file_;
+  std::wstring path_;
   std::uint64_t size_;
-  TiffForm form_;
-  std::uint64_t mostEntries_;
-  struct {
-    const char* linkOutside;
-    const char* directoryOutside;
-    const char* entryCount;
-    const char* circle;
-  } texts_;  ///< for a broken chain
-  std::function<void(std::uint64_t offset, std::span<std::uint8_t> into)> read_;
-  std::function<Failure(const std::string& reason)> failure_;
+  TiffVariant variant_;
 };
 
 }  // namespace orvane

@@ -1,6 +1,7 @@
 #include "imaging/tiff/tiff_decode.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <utility>
 #include <vector>
@@ -196,9 +197,25 @@ Decoding decodeRows(TiffHandle& tiff, const TiffLayout& layout, const StripRows&
   return {std::move(page), foundNothing};
 }
 
+// A JBIG stream begins with its own size (ITU-T T.82 section 6.2.2), and its decoder takes memory
+// for it. libtiff reads and writes it with its bits reversed in fill order 1.
+void requireHonestJbig(const TiffHandle& tiff, const TiffLayout& layout) {
+  if (layout.compression != COMPRESSION_JBIG) return;
+  std::array<std::uint8_t, 12> head{};
+  tiff.file().readAt(TIFFGetStrileOffset(tiff.get(), 0), head);
+  if (fillOrderOf(tiff) == FILLORDER_MSB2LSB) TIFFReverseBits(head.data(), head.size());
+  const auto number = [&head](std::size_t at) {
+    return std::uint32_t{head[at]} << 24 | head[at + 1] << 16 | head[at + 2] << 8 | head[at + 3];
+  };
+  if (head[2] != 1 || number(4) != layout.width || number(8) != layout.height) {
+    throw tiff.failure("its JBIG stream is of another size");
+  }
+}
+
 }  // namespace
 
 void prepareDecoder(TiffHandle& tiff, const TiffLayout& layout) {
+  requireHonestJbig(tiff, layout);
   TIFF* const handle = tiff.get();
   // A photometric interpretation that is not stated is missed by the decoders.
   TIFFSetField(handle, TIFFTAG_PHOTOMETRIC, layout.photometric);

@@ -6,7 +6,7 @@
 namespace orvane {
 
 /// Sets libtiff to decode the current directory, which has this layout. Throws Failure with
-/// libtiff's reason when it does not support the page.
+/// libtiff's reason when it does not support the page, and for a JBIG stream of another size.
 void prepareDecoder(TiffHandle& tiff, const TiffLayout& layout);
 
 /// Decodes the current directory, upright, after `prepareDecoder`. Damage is reported in the

@@ -1,10 +1,11 @@
 #include "imaging/tiff/tiff_profile.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <utility>
 #include <vector>
+
+#include "imaging/raster/jpeg_markers.h"
 
 namespace orvane {
 namespace {
@@ -64,29 +65,22 @@ Range firstJpegStream(TIFF* tiff, const TiffLayout& layout) {
   return stream;
 }
 
-// Walks the marker segments in front of the first scan (ITU-T T.81 annex B). The profile ends at
-// anything else, which the decoder will report.
+// Walks the marker segments before the first scan. The profile ends at anything else, which the
+// decoder will report.
 SegmentedProfile readSegments(const ImageFile& file, Range stream) {
-  constexpr std::uint8_t kStartOfScan = 0xDA;
   constexpr int kMostSegments = 2000;  // a hostile stream could have millions
   SegmentedProfile profile;
-  std::uint64_t at = stream.from + 2;  // after the start of the image
+  JpegMarkers markers(file, stream.from + 2);  // after the start of the image
   const std::uint64_t end = std::min(stream.from + stream.length, file.size());
-  for (int i = 0; i < kMostSegments && at < end; ++i) {
-    std::array<std::uint8_t, 4> front{};
-    if (file.readAt(at, front.data(), front.size()) != front.size() || front[0] != 0xFF) break;
-    if (front[1] == 0xFF) {  // a fill byte
-      ++at;
-      continue;
-    }
-    const std::size_t length = std::size_t{front[2]} << 8 | front[3];
-    if (front[1] == kStartOfScan || length < 2) break;
-    if (front[1] == kIccSegmentMarker) {
-      Bytes segment(length - 2);
-      segment.resize(file.readAt(at + front.size(), segment.data(), segment.size()));
-      profile.add(segment);
-    }
-    at += 2 + length;
+  for (int i = 0; i < kMostSegments && markers.position() < end; ++i) {
+    const std::optional<std::uint8_t> marker = markers.takeMarker();
+    if (!marker || marker == jpeg_marker::kStartOfScan) break;
+    const std::optional<JpegSegment> segment = markers.takeSegment();
+    if (!segment) break;
+    if (marker != kIccSegmentMarker) continue;
+    Bytes content(segment->length);
+    content.resize(file.readAt(segment->at, content));
+    profile.add(content);
   }
   return profile;
 }

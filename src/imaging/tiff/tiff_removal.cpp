@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "foundation/OutputFile.h"
 #include "foundation/durable_file.h"
 #include "imaging/raster/EncodedImage.h"
 #include "imaging/tiff/TiffStructure.h"
@@ -142,18 +143,18 @@ class PageCollector {
 };
 
 KeptPages PageCollector::collect(std::span<const TiffDirectoryPlace> pages) {
-  keep(0, structure_.form().headerBytes());
+  keep(0, structure_.variant().headerBytes());
   linkPages(pages);
   for (std::size_t i = 0; i < pages.size(); ++i) {
     numberPage(keepFields(pages[i]), i, pages.size());
   }
   keepSubdirectories();
-  kept_.bytes.arrange(structure_.form().bigTiff ? 8 : 2);
+  kept_.bytes.arrange(structure_.variant().bigTiff ? 8 : 2);
   return std::move(kept_);
 }
 
 void PageCollector::linkPages(std::span<const TiffDirectoryPlace> pages) {
-  std::uint64_t link = structure_.form().firstLink();
+  std::uint64_t link = structure_.variant().firstLink();
   for (const TiffDirectoryPlace& page : pages) {
     addLink(link, page.offset);
     link = page.nextLink;
@@ -174,7 +175,7 @@ bool leadsToDirectories(const TiffEntry& entry) {
 }
 
 PageCollector::Entries PageCollector::keepFields(const TiffDirectoryPlace& place) {
-  keep(place.offset, place.nextLink + structure_.form().offsetBytes() - place.offset);
+  keep(place.offset, place.nextLink + structure_.variant().offsetBytes() - place.offset);
   Entries entries = structure_.entries(place);
   for (const TiffEntry& entry : entries) {
     spend(1);
@@ -245,7 +246,8 @@ void PageCollector::keepSubdirectories() {
     waitingDirectories_.pop_back();
     if (offset == 0 || !seenDirectories_.insert(offset).second) continue;
     const TiffDirectoryPlace place = structure_.directory(offset);
-    const std::uint64_t next = structure_.number(place.nextLink, structure_.form().offsetBytes());
+    const std::uint64_t next =
+        structure_.number(place.nextLink, structure_.variant().offsetBytes());
     addLink(place.nextLink, next);
     waitingDirectories_.push_back(next);
     keepFields(place);
@@ -288,14 +290,14 @@ void PageCollector::spend(std::uint64_t references) {
 class PageWriter {
  public:
   PageWriter(const KeptPages& kept, const TiffStructure& structure, OutputFile& target)
-      : kept_(kept), structure_(structure), form_(structure.form()), target_(target) {}
+      : kept_(kept), structure_(structure), variant_(structure.variant()), target_(target) {}
 
   void write(const OutputFile& source) {
     for (const Relocation::Range& range : kept_.bytes.ranges()) {
       target_.copy(source, range.from, range.length, range.to);
     }
     for (const Link& link : kept_.links) {
-      writeNumbers(link.at, {moved(link.target)}, form_.offsetBytes());
+      writeNumbers(link.at, {moved(link.target)}, variant_.offsetBytes());
     }
     for (const OffsetList& list : kept_.lists) writeList(list);
     for (const PageNumber& page : kept_.pageNumbers) {
@@ -321,13 +323,13 @@ class PageWriter {
   // Writes numbers whose position was `at` before the move; it is inside a kept range.
   void writeNumbers(std::uint64_t at, const std::vector<std::uint64_t>& numbers, unsigned width) {
     Bytes bytes;
-    for (const std::uint64_t number : numbers) form_.put(bytes, number, width);
+    for (const std::uint64_t number : numbers) variant_.put(bytes, number, width);
     target_.write(kept_.bytes.moved(at).value(), bytes);
   }
 
   const KeptPages& kept_;
   const TiffStructure& structure_;
-  TiffForm form_;
+  TiffVariant variant_;
   OutputFile& target_;
 };
 
@@ -344,7 +346,7 @@ void writePages(const TiffStructure& structure, const OutputFile& source,
 
 void removeTiffPage(const std::wstring& path, std::int32_t page) {
   const OutputFile file = OutputFile::openToReplace(path);
-  const TiffStructure structure(file);
+  const TiffStructure structure(file, file.path(), readTiffVariant(file, file.path()));
   std::vector<TiffDirectoryPlace> pages = structure.pages();
   requireDeletablePage(path, page, pages.size());
   pages.erase(pages.begin() + (page - 1));
@@ -356,7 +358,7 @@ void removeTiffPage(const std::wstring& path, std::int32_t page) {
 
 void extractTiffPage(const std::wstring& path, std::int32_t page, const std::wstring& target) {
   const OutputFile file = OutputFile::openToRead(path);
-  const TiffStructure structure(file);
+  const TiffStructure structure(file, file.path(), readTiffVariant(file, file.path()));
   const std::vector<TiffDirectoryPlace> pages = structure.pages();
   if (page < 1 || static_cast<std::size_t>(page) > pages.size()) {
     throw fileFailure(path, "there is no page " + std::to_string(page));

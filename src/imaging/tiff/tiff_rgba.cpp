@@ -12,7 +12,7 @@ using AbgrPixels = std::vector<std::uint32_t>;
 /// upright later.
 class RgbaReader {
  public:
-  explicit RgbaReader(const TiffHandle& tiff) {
+  explicit RgbaReader(TiffHandle& tiff) {
     constexpr int kStopOnError = 1;
     char reason[1024] = "";
     if (TIFFRGBAImageBegin(&image_, tiff.get(), kStopOnError, reason) != 1) {

@@ -12,6 +12,12 @@ bool isWhole(const TiffHandle& tiff, std::uint32_t index, ByteView stored) {
 
 }  // namespace
 
+std::uint16_t fillOrderOf(const TiffHandle& tiff) {
+  std::uint16_t fillOrder = FILLORDER_MSB2LSB;
+  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_FILLORDER, &fillOrder);
+  return fillOrder;
+}
+
 ByteView storedBlock(const TiffHandle& tiff, std::uint32_t index, Bytes& buffer) {
   const std::uint64_t fileSize = tiff.file().size();
   const std::uint64_t offset = std::min(fileSize, TIFFGetStrileOffset(tiff.get(), index));
@@ -20,15 +26,13 @@ ByteView storedBlock(const TiffHandle& tiff, std::uint32_t index, Bytes& buffer)
   const ByteView content = tiff.file().wholeContent();
   if (!content.empty()) return content.subspan(offset, count);
   buffer.resize(count);
-  buffer.resize(tiff.file().readAt(offset, buffer.data(), buffer.size()));
+  buffer.resize(tiff.file().readAt(offset, buffer));
   return buffer;
 }
 
 ByteView storedBlockInFillOrder1(const TiffHandle& tiff, std::uint32_t index, Bytes& buffer) {
   const ByteView stored = storedBlock(tiff, index, buffer);
-  std::uint16_t fillOrder = FILLORDER_MSB2LSB;
-  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_FILLORDER, &fillOrder);
-  if (fillOrder != FILLORDER_LSB2MSB) return stored;
+  if (fillOrderOf(tiff) != FILLORDER_LSB2MSB) return stored;
   if (stored.data() != buffer.data()) buffer.assign(stored.begin(), stored.end());
   TIFFReverseBits(buffer.data(), static_cast<tmsize_t>(buffer.size()));
   return buffer;

@@ -12,11 +12,14 @@
 
 namespace orvane {
 
+/// The order of the bits in the bytes of strips and tiles (TIFF 6.0 FillOrder).
+std::uint16_t fillOrderOf(const TiffHandle& tiff);
+
 /// The bytes of a strip or tile that the file holds: fewer than its byte count says when the file
 /// ends before. They are in `buffer`, or in the memory of the file.
 ByteView storedBlock(const TiffHandle& tiff, std::uint32_t index, Bytes& buffer);
 
-/// The same with the bits of each byte in fill order 1 (TIFF 6.0 FillOrder).
+/// The same with the bits of each byte in fill order 1.
 ByteView storedBlockInFillOrder1(const TiffHandle& tiff, std::uint32_t index, Bytes& buffer);
 
 /// See TiffPage::group4Strips.

@@ -58,9 +58,9 @@ TEST(Group4, PagesAndTheirStripsAreReadByLibtiffAndJoinToTheSameStream) {
       const LibtiffReading reading = readWithLibtiff(read);
       ASSERT_EQ(reading.messages, "");
       ASSERT_EQ(reading.pixels, page.pixels);
-      ASSERT_EQ(copyGroup4(read, Group4Form::Strips).image.value().strips, read.strips);
+      ASSERT_EQ(copyGroup4(read, Group4Output::Strips).image.value().strips, read.strips);
     }
-    const EncodedImage joined = copyGroup4(strips, Group4Form::OneStream).image.value();
+    const EncodedImage joined = copyGroup4(strips, Group4Output::OneStream).image.value();
     ASSERT_EQ(joined.strips, image.strips);
     ASSERT_EQ(joined.rowsPerStrip, page.height);
   });
@@ -80,8 +80,8 @@ TEST(Group4, RowsThatWereNeverCodedArePaperUnlessOthersFollow) {
     }
     std::fill(page.row(codedRows), page.row(page.height), paperByte(page));
     clearPadding(page);
-    for (const Group4Form form : {Group4Form::Strips, Group4Form::OneStream}) {
-      const Group4Copy copy = copyGroup4(image, form);
+    for (const Group4Output output : {Group4Output::Strips, Group4Output::OneStream}) {
+      const Group4Copy copy = copyGroup4(image, output);
       ASSERT_EQ(copy.codedRows, coded);
       const LibtiffReading reading = readWithLibtiff(copy.image.value());
       ASSERT_EQ(reading.messages, "");
@@ -89,7 +89,7 @@ TEST(Group4, RowsThatWereNeverCodedArePaperUnlessOthersFollow) {
     }
     if (codedRows >= (coded.size() - 1) * image.rowsPerStrip) return;
     image.strips.back() = lastStrip;
-    ASSERT_THAT(copyGroup4(image, Group4Form::Strips).damage.value(),
+    ASSERT_THAT(copyGroup4(image, Group4Output::Strips).damage.value(),
                 HasSubstr("rows are missing"));
   });
 }
@@ -108,7 +108,7 @@ TEST(Group4, NoticesAllDamageThatLibtiffNotices) {
       if (strip.empty()) continue;
       const LibtiffReading reading = readWithLibtiff(image);
       noticedByLibtiff += reading.messages.empty() ? 0 : 1;
-      const Group4Copy copy = copyGroup4(image, Group4Form::OneStream);
+      const Group4Copy copy = copyGroup4(image, Group4Output::OneStream);
       if (copy.damage && copy.damage->find("other data") == std::string::npos) {
         ASSERT_NE(reading.messages, "") << *copy.damage << " in try " << i;
       }
@@ -193,7 +193,7 @@ TEST(Group4, CopiesRowsAndNotWhatFollowsOrNamesTheRowAndTheDamage) {
   for (const auto& [bits, outcome, rows] : cases) {
     EncodedImage image = encodeGroup4(kBlank);
     image.strips = {bytesOf(bits)};
-    const Group4Copy copy = copyGroup4(image, Group4Form::Strips);
+    const Group4Copy copy = copyGroup4(image, Group4Output::Strips);
     EXPECT_THAT(outcomeOf(copy), HasSubstr(outcome)) << bits;
     if (copy.image) {
       EXPECT_EQ(copy.image->strips[0], bytesOf(rows + eofb)) << bits;
@@ -218,9 +218,9 @@ TEST(Group4, RunsAroundTheirMakeUpCodesAreReadByLibtiff) {
 TEST(Group4, BlankRowsEndWithThePageOrWithTheirBits) {
   for (const std::uint32_t rows : {1, 55, 56, 57, 63, 64, 200}) {
     EncodedImage image = encodeGroup4(emptyRaster(RasterForm{}, 8, rows));
-    EXPECT_EQ(copyGroup4(image, Group4Form::Strips).image.value().strips, image.strips) << rows;
+    EXPECT_EQ(copyGroup4(image, Group4Output::Strips).image.value().strips, image.strips) << rows;
     ++image.height, ++image.rowsPerStrip;
-    const Group4Copy copy = copyGroup4(image, Group4Form::Strips);
+    const Group4Copy copy = copyGroup4(image, Group4Output::Strips);
     EXPECT_EQ(copy.codedRows, StripRows{rows}) << copy.damage.value_or("");
     EXPECT_EQ(copy.image.value().strips,
               encodeGroup4(emptyRaster(RasterForm{}, 8, rows + 1)).strips);
@@ -231,7 +231,7 @@ TEST(Group4, RefusesImpossibleImages) {
   EncodedImage wide = encodeGroup4(kBlank), shortOfStrips = wide;
   wide.width = 400'000'000;
   const auto damage = [](const EncodedImage& image) {
-    return copyGroup4(image, Group4Form::Strips).damage.value_or("none");
+    return copyGroup4(image, Group4Output::Strips).damage.value_or("none");
   };
   EXPECT_THAT(damage(wide), HasSubstr("400000000 pixels"));
   shortOfStrips.rowsPerStrip = 1;

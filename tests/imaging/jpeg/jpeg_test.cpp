@@ -207,7 +207,7 @@ TEST_F(JpegTranscode, CopiesAPageThatIsCoarseEnough) {
     EXPECT_EQ(density, (Bytes{1, 1, 0x2C, 1, 0x2C}));
 
     std::filesystem::remove(station.native("page.tif"));
-    TiffFile().append(station.path(L"page.tif"), *copy);
+    TiffFile().append(station.path(L"page.tif"), [&](SampleOrder) { return *copy; });
     EXPECT_THAT(station.shell("tiffinfo -d page.tif 2>&1"), HasSubstr(coloursOf(source)));
     EXPECT_EQ(station.shell("tiffinfo -d page.tif 2>&1 >/dev/null"), "");
     const TiffPage page(station.path(L"page.tif"), 1);

@@ -29,10 +29,10 @@ struct TiffFileTest : FileTest {
 
 TEST_F(TiffFileTest, AnAppendLeavesEarlierBytesAndNumbersThePages) {
   TiffFile remembering;
-  remembering.append(path, plainPage(0));
+  remembering.append(path, always(plainPage(0)));
   for (unsigned i = 1; i < 4; ++i) {
     const std::string before = bytes();
-    remembering.append(path, plainPage(i));
+    remembering.append(path, always(plainPage(i)));
     int changed = 0;
     for (std::size_t at = 0; at < before.size(); ++at) changed += bytes()[at] != before[at];
     EXPECT_LE(changed, 4) << "only the link to the new page";
@@ -41,23 +41,23 @@ TEST_F(TiffFileTest, AnAppendLeavesEarlierBytesAndNumbersThePages) {
   }
   const std::string grown = bytes();
   fs::remove(file);
-  for (unsigned i = 0; i < 4; ++i) TiffFile().append(path, plainPage(i));
+  for (unsigned i = 0; i < 4; ++i) TiffFile().append(path, always(plainPage(i)));
   EXPECT_EQ(bytes(), grown) << "whether the end was remembered or found";
-  remembering.append(path, plainPage(4));
+  remembering.append(path, always(plainPage(4)));
   expectPages(5);
   TiffFile().create(path, plainPage(5));  // another file under the old name
-  remembering.append(path, plainPage(6));
+  remembering.append(path, always(plainPage(6)));
   expectPages(2);
 }
 
-TEST_F(TiffFileTest, FilesOfOtherProgramsGrowInTheirOwnForm) {
+TEST_F(TiffFileTest, FilesOfOtherProgramsKeepTheirVariant) {
   writeTiff(station.native("base.tif"), {.bits = 16}, 3);
   const Raster last = TiffPage(station.path(L"base.tif"), 3).decode().value;
-  for (const std::string form : {"-L", "-B", "-8 -L", "-8 -B"}) {
-    SCOPED_TRACE(form);
-    judge("tiffcp -c none " + form + " base.tif,0 base.tif,1 out");
+  for (const std::string variant : {"-L", "-B", "-8 -L", "-8 -B"}) {
+    SCOPED_TRACE(variant);
+    judge("tiffcp -c none " + variant + " base.tif,0 base.tif,1 out");
     TiffFile().append(path, [&](SampleOrder order) {
-      EXPECT_EQ(order, form.ends_with("B") ? SampleOrder::BigEndian : SampleOrder::LittleEndian);
+      EXPECT_EQ(order, variant.ends_with("B") ? SampleOrder::BigEndian : SampleOrder::LittleEndian);
       return encodeUncompressed(last, order);
     });
     expectPages(3);
@@ -71,13 +71,14 @@ TEST_F(TiffFileTest, WhatIsNoGrowingTiffIsRefusedAndStays) {
   const std::pair<std::string, std::string> cases[] = {
       {"", "not a TIFF file"},
       {"just a text file", "not a TIFF file"},
-      {good.substr(0, 4) + std::string("\xF0\xFF\0\0", 4) + good.substr(8), "points past the end"},
-      {good.substr(0, good.size() / 2), "points past the end"},
-      {rawGrayPage(8, 8, std::string(64, 'x'), {}, 8), "run in a circle"},
-      {std::string("II*\0\x08\0\0\0\0\0\0\0\0\0", 14), "absurd number of entries"}};
+      {good.substr(0, 4) + std::string("\xF0\xFF\0\0", 4) + good.substr(8),
+       "list of pages is damaged"},
+      {good.substr(0, good.size() / 2), "list of pages is damaged"},
+      {rawGrayPage(8, 8, std::string(64, 'x'), {}, 8), "runs in a circle"},
+      {std::string("II*\0\x08\0\0\0\0\0\0\0\0\0", 14), "list of pages is damaged"}};
   for (const auto& [content, text] : cases) {
     writeBytes(file, content);
-    EXPECT_THAT(failureOf([&] { TiffFile().append(path, plainPage(1)); }),
+    EXPECT_THAT(failureOf([&] { TiffFile().append(path, always(plainPage(1))); }),
                 AllOf(HasSubstr("out: "), HasSubstr(text)));
     EXPECT_EQ(bytes(), content);
   }
@@ -88,11 +89,11 @@ TEST_F(TiffFileTest, AClassicFileNeverPasses4GiB) {
   tiff.create(path, plainPage(0));
   constexpr std::uint64_t kFull = (std::uint64_t{1} << 32) - 200;
   fs::resize_file(file, kFull);  // a hole, no disk space
-  EXPECT_THAT(failureOf([&] { tiff.append(path, plainPage(1)); }), HasSubstr("past 4 GiB"));
+  EXPECT_THAT(failureOf([&] { tiff.append(path, always(plainPage(1))); }), HasSubstr("past 4 GiB"));
   EXPECT_EQ(fs::file_size(file), kFull);
   writeTiff(station.native("base.tif"), TiffKind{});
   judge("tiffcp -8 base.tif out && truncate -s 4G out");
-  tiff.append(path, plainPage(1));
+  tiff.append(path, always(plainPage(1)));
   expectPages(2);
 }
 
@@ -150,10 +151,10 @@ TEST_F(TiffDeletePage, TheOtherPagesAreNumberedAgain) {
     info();
     return judge("tiffinfo out | sed -n 's/.*Page Number: //p' | xargs");
   };
-  for (unsigned i = 0; i < 4; ++i) TiffFile().append(path, plainPage(i));
+  for (unsigned i = 0; i < 4; ++i) TiffFile().append(path, always(plainPage(i)));
   for (const int page : {1, 2}) TiffFile::deletePage(path, page);
   EXPECT_EQ(numbers(), "0-0 1-0\n");
-  TiffFile().append(path, plainPage(4));
+  TiffFile().append(path, always(plainPage(4)));
   EXPECT_EQ(numbers(), "0-0 1-0 2-0\n");
   // Another program's file, which knows its number of pages.
   writeTiff(station.native("base.tif"), {.bits = 16}, 3);
@@ -213,6 +214,13 @@ TEST_F(TiffDeletePage, RefusalsLeaveTheFileAlone) {
   expectRefusal(1, "No such file or directory");
   writeTiff(file, {}, 1);
   expectRefusal(1, "the only page");
+  std::vector<RawEntry> many(5000);
+  for (std::uint16_t i = 0; i < many.size(); ++i) {
+    many[i] = {static_cast<std::uint16_t>(40000 + i), 3, 1, 0};
+  }
+  const std::string first = rawGrayPage(2, 2, "abcd", {}, 8 + 2 + 9 * 12 + 4 + 4);
+  writeBytes(file, rawGrayPage(2, 2, "page", many, 0, first));
+  expectRefusal(1, "absurd number of entries");
   writeTiff(file, {}, 2);
   for (const std::int32_t page : {-1, 0, 3}) expectRefusal(page, "there is no page");
   {

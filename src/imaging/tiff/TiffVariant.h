@@ -24,8 +24,8 @@ inline unsigned tiffTypeBytes(std::uint16_t type) {
   return type < std::size(kBytes) ? kBytes[type] : 0;
 }
 
-/// How numbers and offsets are stored in one TIFF file.
-struct TiffForm {
+/// The variant of TIFF that a file is: how its numbers and offsets are stored.
+struct TiffVariant {
   bool bigEndian = false;
   bool bigTiff = false;
 
