@@ -45,6 +45,21 @@ QString nearestFolder(std::wstring path) {
   }
 }
 
+// Without hidden ones, those that cannot be examined, and names that are not UTF-8, to which Qt has
+// no path: some versions of QDir list nothing in a folder with such a name.
+QStringList subFolders(const QString& folder) {
+  QStringList found;
+  try {
+    const std::wstring parent = fromQtPath(folder);
+    for (const std::wstring& name : mdlFolderAndFile::fileSystem().SubFolders(parent)) {
+      const QString path = toQtPath(mdlFolderAndFile::AppendBackslash(parent) + name);
+      if (!name.starts_with(L'.') && !path.isEmpty() && QFileInfo(path).isDir()) found += path;
+    }
+  } catch (const std::exception&) {  // a folder that cannot be listed shows none
+  }
+  return found;
+}
+
 /// The home folder, the volumes and the root folder, each with its sub-folders. The sub-folders of
 /// a folder are read when its item is expanded.
 class FolderTree : public QTreeWidget {
@@ -120,10 +135,7 @@ class FolderTree : public QTreeWidget {
 
   static void fill(QTreeWidgetItem* item) {
     if (item->childCount() > 0) return;
-    const QDir folder(folderOf(item));
-    // Without names that are not UTF-8, to which Qt has no path.
-    const auto names = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QString& name : names) addChild(item, folder.filePath(name));
+    for (const QString& folder : subFolders(folderOf(item))) addChild(item, folder);
     if (item->childCount() == 0)
       item->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);
   }
