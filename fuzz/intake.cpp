@@ -2,7 +2,7 @@
 // or is refused with a reason, and none takes more memory than its bytes and its pixels allow.
 #include "fuzz/Workshop.h"
 #include "imaging/tiff/TiffPage.h"
-#include "intake/SourceFile.h"
+#include "intake/open_source_file.h"
 #include "support/PeakMemory.h"
 
 using namespace orvane;

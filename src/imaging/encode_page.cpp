@@ -7,7 +7,7 @@
 #include "foundation/Failure.h"
 #include "imaging/group4/group4.h"
 #include "imaging/lzw/lossless.h"
-#include "imaging/pdf/PdfFile.h"
+#include "imaging/pdf/pdf_limits.h"
 #include "imaging/raster/conversion.h"
 
 namespace orvane {
@@ -99,9 +99,9 @@ void setPdfResolution(EncodedPage& page, Resolution stated, const SaveSettings& 
   unstated.y = settings.resolutionY.value_or(unstated.y);
   image.resolution = stated.isStated ? stated : unstated;
   const double points = longestSide(image, image.resolution);
-  if (points <= PdfFile::kMostPoints) return;
+  if (points <= kMostPdfPoints) return;
   image.resolution = unstated;
-  const double excess = longestSide(image, unstated) / PdfFile::kMostPoints;
+  const double excess = longestSide(image, unstated) / kMostPdfPoints;
   if (excess > 1) {
     image.resolution.x *= excess;
     image.resolution.y *= excess;

@@ -13,7 +13,7 @@
 #include "foundation/paths.h"
 #include "foundation/plain_text.h"
 #include "foundation/text_encoding.h"
-#include "intake/SourceFile.h"
+#include "intake/open_source_file.h"
 
 namespace orvane {
 namespace {

@@ -27,7 +27,7 @@
 #include "foundation/text_encoding.h"
 #include "imaging/LoadedPage.h"
 #include "imaging/PagesAhead.h"
-#include "intake/SourceFile.h"
+#include "intake/open_source_file.h"
 
 namespace orvane {
 namespace {

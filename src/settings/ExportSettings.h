@@ -6,8 +6,6 @@
 
 namespace orvane {
 
-class ExportForm;
-
 /// The options of an export. They belong to `frmMain` and are stored in `data.ini` in the program's
 /// folder.
 struct ExportSettings {
@@ -39,14 +37,5 @@ inline constexpr std::array kAllNamingPatterns{kNameOfDocument, kNameOfPage, kNa
 
 /// The entries of the list for one multi-page file per document.
 inline constexpr std::array kMultiPageNamingPatterns{kNameOfDocument, kNameOfBatchAndDocument};
-
-/// Reads `data.ini` into `form`. A missing or empty key gets its default, which is written to the
-/// file at once. A value that cannot be parsed ends the load with a box: the keys before it are
-/// loaded, those after it are not, and the bad value stays in the file.
-void LoadExportSettings(ExportForm& form);
-
-/// Writes the settings of `form` to the file that `LoadExportSettings` read. If the file cannot be
-/// written, they are lost and no error is reported.
-void SaveExportSettings(const ExportForm& form);
 
 }  // namespace orvane

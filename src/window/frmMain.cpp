@@ -14,7 +14,7 @@
 #include "foundation/text_encoding.h"
 #include "imaging/DocumentConversion.h"
 #include "imaging/PageCleanup.h"
-#include "settings/ExportSettings.h"
+#include "settings/stored_settings.h"
 #include "window/BrowseForFolder.h"
 #include "window/controls.h"
 #include "window/help.h"

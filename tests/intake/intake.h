@@ -6,7 +6,7 @@
 #include <string>
 
 #include "imaging/LoadedPage.h"
-#include "intake/SourceFile.h"
+#include "intake/open_source_file.h"
 #include "support/TempStation.h"
 #include "support/command.h"
 #include "support/failure_of.h"

@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <sstream>
 
-#include "settings/ExportSettings.h"
+#include "settings/stored_settings.h"
 #include "support/RecordingWindow.h"
 #include "support/TempStation.h"
 

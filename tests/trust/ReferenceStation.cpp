@@ -8,7 +8,7 @@
 #include "export/JournalHost.h"
 #include "export/RunOutPutBatch.h"
 #include "settings/ExportForm.h"
-#include "settings/ExportSettings.h"
+#include "settings/stored_settings.h"
 #include "trust/disk_journal.h"
 
 namespace orvane::test {

@@ -3,18 +3,11 @@
 #include <cstdint>
 #include <string>
 
+#include "imaging/jpeg/JpegFactors.h"
 #include "imaging/raster/EncodedImage.h"
 #include "imaging/raster/Raster.h"
 
 namespace orvane {
-
-/// The two factors of a JPEG save; a larger one compresses more.
-struct JpegFactors {
-  std::int16_t major = 20;  ///< luminance quality is 100 - major
-  std::int16_t minor = 16;  ///< chrominance quality is 100 - minor
-
-  bool operator==(const JpegFactors&) const = default;
-};
 
 /// Encodes an 8-bit gray (MinIsBlack) or RGB raster as one baseline JPEG stream (ITU-T T.81) with
 /// JFIF density; RGB is stored as YCbCr with 2 x 2 chroma subsampling. Qualities are held

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "imaging/jpeg/jpeg.h"
+#include "imaging/jpeg/JpegFactors.h"
 
 /// The quantisation and Huffman tables of JPEG streams, and the coders that Huffman tables make.
 

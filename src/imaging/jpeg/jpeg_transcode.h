@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "imaging/jpeg/jpeg.h"
+#include "imaging/jpeg/JpegFactors.h"
 #include "imaging/raster/EncodedImage.h"
 #include "imaging/raster/StoredJpeg.h"
 

@@ -15,9 +15,6 @@ namespace orvane {
 /// that it wrote last.
 class PdfFile {
  public:
-  /// The longest side that a page may have, in points (ISO 32000-1 annex C.2).
-  static constexpr double kMostPoints = 14400;
-
   PdfFile();
   PdfFile(PdfFile&&) noexcept;
   PdfFile& operator=(PdfFile&&) noexcept;

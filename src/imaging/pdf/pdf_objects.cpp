@@ -7,7 +7,7 @@
 #include <cmath>
 
 #include "foundation/OutputFile.h"
-#include "imaging/pdf/PdfFile.h"
+#include "imaging/pdf/pdf_limits.h"
 #include "imaging/raster/icc_profile.h"
 
 namespace orvane {
@@ -75,7 +75,7 @@ std::string number(double value) {
 
 std::string pageSide(const std::wstring& path, std::uint32_t pixels, double dotsPerInch) {
   const double points = pixels / dotsPerInch * kPointsPerInch;
-  if (points > PdfFile::kMostPoints) {
+  if (points > kMostPdfPoints) {
     throw fileFailure(path, "the page would be " + number(points) +
                                 " points long; a PDF page has at most 14400 (200 inches)");
   }

@@ -1,4 +1,4 @@
-#include "intake/SourceFile.h"
+#include "intake/open_source_file.h"
 
 #include "imaging/raster/icc_profile.h"
 #include "intake/intake.h"

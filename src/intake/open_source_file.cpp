@@ -1,4 +1,4 @@
-#include "intake/SourceFile.h"
+#include "intake/open_source_file.h"
 
 #include <algorithm>
 #include <array>
@@ -83,8 +83,6 @@ EncodedImage pageOfJpegFile(ByteView file) {
 }
 
 }  // namespace
-
-void SourceFile::requirePage(std::int32_t /*page*/) const {}
 
 std::unique_ptr<SourceFile> openSourceFile(const std::wstring& path) {
   const std::string front = frontOf(path);

@@ -1,4 +1,4 @@
-#include "settings/ExportSettings.h"
+#include "settings/stored_settings.h"
 
 #include <algorithm>
 #include <exception>
@@ -8,7 +8,6 @@
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/plain_text.h"
 #include "foundation/program.h"
-#include "settings/ExportForm.h"
 #include "settings/mdlINI.h"
 
 namespace orvane {
