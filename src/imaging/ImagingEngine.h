@@ -124,7 +124,7 @@ class ImagingEngine : public PageToSave {
   /// Scales the loaded page to a size in pixels. Throws for a width or height below 1.
   virtual void ResizeImage(std::int32_t width, std::int32_t height) = 0;
 
-  /// Removes a page, from 1, from a file on disk (TIFF, or a PDF file that this program wrote).
+  /// Removes a page, from 1, from a file on disk (TIFF or PDF).
   virtual void DeletePageFromFile(const std::wstring& path, std::int32_t page) = 0;
 };
 

@@ -5,11 +5,11 @@
 
 #include "foundation/Failure.h"
 #include "foundation/text_encoding.h"
+#include "imaging/pdf/qpdf.h"
 #include "intake/page_file.h"
 #include "intake/pdf_image.h"
 #include "intake/pdf_opening.h"
 #include "intake/pdf_page_image.h"
-#include "intake/qpdf.h"
 #include "intake/resolution.h"
 
 namespace orvane {

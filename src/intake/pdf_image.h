@@ -1,7 +1,7 @@
 #pragma once
 
+#include "imaging/pdf/qpdf.h"
 #include "imaging/raster/EncodedImage.h"
-#include "intake/qpdf.h"
 
 namespace orvane {
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "intake/qpdf.h"
+#include "imaging/pdf/qpdf.h"
 
 namespace orvane {
 

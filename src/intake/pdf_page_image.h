@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "intake/qpdf.h"
+#include "imaging/pdf/qpdf.h"
 
 namespace orvane {
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <qpdf/Pipeline.hh>
 #include <stdexcept>
 
 #include "foundation/Failure.h"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "foundation/Bytes.h"
-#include "intake/qpdf.h"
+#include "imaging/pdf/qpdf.h"
 
 namespace orvane {
 

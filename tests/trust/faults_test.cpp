@@ -127,7 +127,7 @@ class HostFaults : public testing::Test {
     station.addDocument("B/Old", {"x", "b"});
     station.shell(
         "cd Batchs/B; convert -size 130x510 gradient: -depth 8 -compress LZW p.tif; convert p.tif "
-        "\\( p.tif -negate \\) m.tif");
+        "\\( p.tif -negate \\) m.tif; tiff2pdf -z -o o.pdf m.tif");
     for (int page = 0; page < 2; ++page) {
       mdlImageProcess::SavePDF(engine, station.path(L"Batchs\\B\\p.tif"), 1,
                                station.path(L"Batchs\\B\\m.pdf"), false, 0, true);
@@ -192,6 +192,8 @@ class HostFaults : public testing::Test {
              [=] { return DocumentHelper().DeletePage(at(L"m.tif"), 1); }},
             {"delete a page of a PDF file",
              [=] { return DocumentHelper().DeletePage(at(L"m.pdf"), 1); }},
+            {"delete a page of another program's PDF file",
+             [=] { return DocumentHelper().DeletePage(at(L"o.pdf"), 1); }},
             {"save over the source",
              [=, this] {
                return mdlImageProcess::SaveImage(engine, at(L"p.tif"), 1, L"", false, 0, false);

@@ -13,6 +13,7 @@
 #include "foundation/FileState.h"
 #include "foundation/durable_file.h"
 #include "imaging/pdf/PdfLayout.h"
+#include "imaging/pdf/foreign_pdf.h"
 #include "imaging/pdf/pdf_objects.h"
 #include "imaging/pdf/pdf_reading.h"
 
@@ -224,11 +225,19 @@ class PageCopy {
   std::map<std::string, Profile> profiles_;  // by the object number, as it is written
 };
 
+// Replaces the content of a file by what `write` writes.
+template <typename Write>
+void replace(const OutputFile& file, Write write) {
+  FileReplacement replacement(file.path());
+  OutputFile content = OutputFile::createAnew(replacement.temporaryPath());
+  write(content);
+  content.close();
+  replacement.commit();
+}
+
 }  // namespace
 
 PdfFile::PdfFile() : state_(std::make_unique<State>()) {}
-PdfFile::PdfFile(PdfFile&&) noexcept = default;
-PdfFile& PdfFile::operator=(PdfFile&&) noexcept = default;
 PdfFile::~PdfFile() = default;
 
 void PdfFile::create(const std::wstring& path, const EncodedImage& image) {
@@ -272,21 +281,24 @@ void PdfFile::append(const std::wstring& path, const EncodedImage& image) {
 
 void PdfFile::deletePage(const std::wstring& path, std::int32_t page) {
   const OutputFile file = OutputFile::openToReplace(path);
-  const PdfLayout layout = readPdfLayout(file);
-  requireDeletablePage(path, page, layout.pages());
-  std::vector<PdfPagePlace> pages = readPdfPages(file, layout);
-  FileReplacement replacement(file.path());
-  OutputFile shorter = OutputFile::createAnew(replacement.temporaryPath());
-  PageCopy copy(file, shorter, layout.documentId, pages);
-  pages.erase(pages.begin() + (page - 1));
-  for (const PdfPagePlace& place : pages) copy.add(place);
-  copy.writeTail();
-  shorter.close();
-  replacement.commit();
+  if (const std::optional<PdfLayout> layout = readOwnPdfLayout(file)) {
+    requireDeletablePage(path, page, layout->pages());
+    const std::vector<PdfPagePlace> pages = readPdfPages(file, *layout);
+    replace(file, [&](OutputFile& shorter) {
+      PageCopy copy(file, shorter, layout->documentId, pages);
+      for (std::size_t i = 0; i < pages.size(); ++i) {
+        if (i + 1 != static_cast<std::size_t>(page)) copy.add(pages[i]);
+      }
+      copy.writeTail();
+    });
+  } else {
+    replace(file, [&](OutputFile& shorter) { copyForeignPdfWithout(file.path(), page, shorter); });
+  }
 }
 
 std::int32_t PdfFile::pageCount(const std::wstring& path) {
-  return static_cast<std::int32_t>(readPdfLayout(OutputFile::openToRead(path)).pages());
+  const std::optional<PdfLayout> layout = readOwnPdfLayout(OutputFile::openToRead(path));
+  return layout ? static_cast<std::int32_t>(layout->pages()) : foreignPdfPageCount(path);
 }
 
 bool PdfFile::isPdf(const std::wstring& path) {

@@ -16,8 +16,8 @@ namespace orvane {
 class PdfFile {
  public:
   PdfFile();
-  PdfFile(PdfFile&&) noexcept;
-  PdfFile& operator=(PdfFile&&) noexcept;
+  PdfFile(const PdfFile&) = delete;
+  PdfFile& operator=(const PdfFile&) = delete;
   ~PdfFile();
 
   /// Writes a new file with one page. An older file of that name is replaced, never written into.
@@ -30,12 +30,13 @@ class PdfFile {
   /// and when this program did not write the file.
   void append(const std::wstring& path, const EncodedImage& image);
 
-  /// Removes page `page`, from 1, and its data from a file that this program wrote. Written
-  /// through a FileReplacement. Throws Failure for a page that does not exist and for the only page
-  /// of a file.
+  /// Removes page `page`, from 1, and its data. A file that this program wrote is then as if it had
+  /// never had the page. In a file of another program, every stream stays as it is. Written through
+  /// a FileReplacement. Throws Failure for a page that does not exist, for the only page of a file,
+  /// and for a file of another program that is damaged, needs a password, is signed, or forbids it.
   static void deletePage(const std::wstring& path, std::int32_t page);
 
-  /// The number of pages of a PDF file that this program wrote. Throws Failure for another file.
+  /// The number of pages. Throws Failure for a damaged file and for one that needs a password.
   static std::int32_t pageCount(const std::wstring& path);
 
   /// True when the file begins as a PDF file does.

@@ -20,8 +20,15 @@ constexpr std::uint64_t kLongestProfileObject = (std::uint64_t{4} << 20) + 256;
 constexpr std::size_t kIdDigits = 32;
 constexpr std::size_t kOffsetDigits = 10;
 
-Failure foreign(const OutputFile& file) {
-  return fileFailure(file.path(), "not a PDF file that this program wrote, or a damaged one");
+/// The file is not exactly as this program writes it.
+class ForeignFile : public Failure {
+ public:
+  using Failure::Failure;
+};
+
+ForeignFile foreign(const OutputFile& file) {
+  return ForeignFile(
+      fileFailure(file.path(), "not a PDF file that this program wrote, or a damaged one").what());
 }
 
 std::string readText(const OutputFile& file, std::uint64_t offset, std::uint64_t length) {
@@ -179,8 +186,6 @@ PdfStoredProfile readProfile(const OutputFile& file, const PdfPagePlace& place) 
   return {PdfFingerprint().add(dictionary).add(content).hex(), place.profile()};
 }
 
-}  // namespace
-
 PdfLayout readPdfLayout(const OutputFile& file) {
   const std::string& head = pdfHead().text;
   const std::uint64_t size = file.size();
@@ -204,6 +209,16 @@ PdfLayout readPdfLayout(const OutputFile& file) {
   layout.end = size - length + leafAt;
   if (window.substr(leafAt) != layout.tail()) throw foreign(file);
   return layout;
+}
+
+}  // namespace
+
+std::optional<PdfLayout> readOwnPdfLayout(const OutputFile& file) {
+  try {
+    return readPdfLayout(file);
+  } catch (const ForeignFile&) {
+    return std::nullopt;
+  }
 }
 
 std::vector<PdfPagePlace> readPdfPages(const OutputFile& file, const PdfLayout& layout) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,8 +10,8 @@
 #include "imaging/pdf/pdf_objects.h"
 
 /// Reads PDF files of this program back. The few numbers that a layout consists of are looked for
-/// in the file; then the file must contain exactly the text that the layout gives. Another
-/// program's file and a damaged one throw Failure.
+/// in the file; then the file must contain exactly the text that the layout gives. Where nothing
+/// else is said, another program's file and a damaged one throw Failure.
 
 namespace orvane {
 
@@ -30,8 +31,9 @@ struct PdfPagePlace {
   std::uint64_t begin() const { return hasProfile() ? profileAt : imageAt; }
 };
 
-/// The layout of a file, without `profiles`. Reads the head and the tail only.
-PdfLayout readPdfLayout(const OutputFile& file);
+/// The layout of a file, without `profiles`; empty for a file that this program did not write, and
+/// for a damaged one. Reads the head and the tail only.
+std::optional<PdfLayout> readOwnPdfLayout(const OutputFile& file);
 
 /// The layout with `profiles`. The pages are only looked through when there are any.
 PdfLayout readPdfLayoutToAppend(const OutputFile& file);

@@ -121,7 +121,7 @@ TEST_F(PdfFileTest, DeletingGivesTheFileThatNeverHadThePage) {
   EXPECT_THAT(failureOf([&] { PdfFile::deletePage(path, 1); }), HasSubstr("the only page"));
 }
 
-TEST_F(PdfFileTest, OnlyWhatThisProgramWroteIsTouched) {
+TEST_F(PdfFileTest, PagesAreAppendedToWhatThisProgramWroteOnly) {
   const std::string good = write(profiledPage, 102);
   std::string brokenProfile = good;
   brokenProfile.replace(good.rfind("/N 1 /Alt"), 4, "/N 3");
@@ -130,15 +130,78 @@ TEST_F(PdfFileTest, OnlyWhatThisProgramWroteIsTouched) {
        {std::string(), std::string("a text"), good.substr(0, 3000), good + "\n",
         readBytes(station.native("foreign")), brokenProfile}) {
     writeBytes(file, content);
-    const auto told = HasSubstr("not a PDF file that this program wrote");
-    EXPECT_THAT(failureOf([&] { PdfFile().append(path, plainPage(1)); }), told);
-    EXPECT_EQ(bytes(), content);
-    if (content == brokenProfile) continue;  // only an append reads the profiles
-    EXPECT_THAT(failureOf([&] { PdfFile::deletePage(path, 1); }), told);
-    EXPECT_THAT(failureOf([&] { PdfFile::pageCount(path); }), told);
+    EXPECT_THAT(failureOf([&] { PdfFile().append(path, plainPage(1)); }),
+                HasSubstr("not a PDF file that this program wrote"));
     EXPECT_EQ(bytes(), content);
     EXPECT_EQ(PdfFile::isPdf(path), content.starts_with("%PDF"));
   }
+}
+
+TEST_F(PdfFileTest, PagesOfOtherProgramsFilesAreCountedAndRemoved) {
+  judge(
+      "convert -size 90x70 -depth 8 gradient:navy-orange -density 72 -compress None 1.tif && "
+      "convert 1.tif -negate 2.tif && convert 1.tif -rotate 180 3.tif && "
+      "tiffcp [123].tif all.tif && tiff2pdf -z -o plain all.tif && printf '\\n' >>plain && "
+      "qpdf --object-streams=generate plain streams && qpdf --linearize plain linearized && "
+      "qpdf --encrypt '' owner 256 -- plain encrypted");
+  for (const char* name : {"plain", "streams", "linearized", "encrypted"}) {
+    SCOPED_TRACE(name);
+    for (const int page : {1, 3}) {
+      judge("cp " + std::string(name) + " out && chmod 640 out && rm -f *.ppm");
+      EXPECT_EQ(PdfFile::pageCount(path), 3);
+      PdfFile::deletePage(path, page);
+      EXPECT_EQ(PdfFile::pageCount(path), 2);
+      expectSound();
+      judge("pdftoppm -r 72 " + std::string(name) +
+            " old && pdftoppm -r 72 out new && "
+            "cmp old-2.ppm new-" +
+            (page == 1 ? "1" : "2") + ".ppm && cmp old-" +
+            (page == 1 ? "3.ppm new-2" : "1.ppm new-1") + ".ppm");
+      EXPECT_LT(fs::file_size(file), fs::file_size(station.native(name)) * 5 / 6);
+      EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
+    }
+  }
+}
+
+TEST_F(PdfFileTest, FilesThatCannotBeChangedAreRefused) {
+  // Two pages, a bookmark on the second one, and perhaps a form.
+  const auto written = [&](const std::string& form, const std::string& options = {}) {
+    std::string text =
+        "%PDF-1.4\n1 0 obj\n<< /Type /Catalog /Pages 2 0 R /Outlines 6 0 R " + form +
+        " >>\nendobj\n2 0 obj\n<< /Type /Pages /Kids [3 0 R 4 0 R] /Count 2 /MediaBox "
+        "[0 0 9 9] >>\nendobj\n3 0 obj\n<< /Type /Page /Parent 2 0 R >>\nendobj\n4 0 obj\n<< "
+        "/Type /Page /Parent 2 0 R /Contents 5 0 R >>\nendobj\n5 0 obj\n<< /Length 8 >>\nstream\n"
+        "% secret\nendstream\nendobj\n6 0 obj\n<< /First 7 0 R /Last 7 0 R >>\nendobj\n7 0 obj\n"
+        "<< /Title (a) /Parent 6 0 R /Dest [4 0 R /Fit] >>\nendobj\ntrailer\n"
+        "<< /Root 1 0 R /Size 8 >>\n%%EOF\n";
+    station.write("raw", text);
+    judge("qpdf --no-warn --warning-exit-0 --stream-data=preserve " + options + " raw out");
+    return bytes();
+  };
+  const std::string good = written("");
+  const std::pair<std::string, std::string> cases[] = {
+      {written("/AcroForm << /Fields [] /SigFlags 1 >>"), "is signed"},
+      {written("", "--encrypt '' owner 256 --assemble=n --modify=none --"), "forbids"},
+      {written("", "--encrypt user owner 256 --"), "needs a password"},
+      {readBytes(station.native("raw")), "is damaged"},
+      {good.substr(0, 300), "is damaged"},
+      {"a text", "is damaged"},
+      {"", "is damaged"},
+  };
+  for (const auto& [content, reason] : cases) {
+    writeBytes(file, content);
+    EXPECT_THAT(failureOf([&] { PdfFile::deletePage(path, 1); }), HasSubstr(reason));
+    const bool isReadable = reason == "is signed" || reason == "forbids";
+    EXPECT_EQ(failureOf([&] { PdfFile::pageCount(path); }).empty(), isReadable) << reason;
+    EXPECT_EQ(bytes(), content);
+  }
+  writeBytes(file, good);
+  EXPECT_THAT(bytes(), HasSubstr("% secret"));
+  EXPECT_THAT(failureOf([&] { PdfFile::deletePage(path, 3); }), HasSubstr("no page"));
+  PdfFile::deletePage(path, 2);  // although the bookmark refers to it
+  expectSound();
+  EXPECT_THAT(bytes(), Not(HasSubstr("% secret")));
+  EXPECT_THAT(failureOf([&] { PdfFile::deletePage(path, 1); }), HasSubstr("the only page"));
 }
 
 }  // namespace
