@@ -8,7 +8,6 @@
 #include "foundation/Failure.h"
 #include "foundation/paths.h"
 #include "foundation/program.h"
-#include "foundation/text_encoding.h"
 
 namespace orvane {
 namespace {
@@ -19,10 +18,8 @@ constexpr std::int16_t kSamplePage = 2;
 constexpr std::size_t kLongestShown = 400;
 constexpr std::size_t kMostUnits = 255;  // of UTF-16 in a name, on the disks of Windows
 
-// The native form of a path.
 std::wstring shownPath(const std::wstring& path) {
-  const std::filesystem::path native = nativePath(path);
-  std::wstring shown = fromUtf8(native.lexically_normal().native());
+  std::wstring shown = nativeText(path);
   if (shown.size() > kLongestShown) shown.replace(kLongestShown, shown.npos, L"……");
   return shown;
 }

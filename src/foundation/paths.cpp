@@ -53,6 +53,10 @@ std::string nativePath(std::wstring_view pathText) {
   return native;
 }
 
+std::wstring nativeText(std::wstring_view pathText) {
+  return fromUtf8(std::filesystem::path(nativePath(pathText)).lexically_normal().native());
+}
+
 std::wstring entryText(std::string_view entryName) {
   std::wstring text = fromUtf8(entryName, escaped);
   for (wchar_t& character : text) {

@@ -21,6 +21,10 @@ namespace orvane {
 /// encoded.
 std::string nativePath(std::wstring_view pathText);
 
+/// The native path of a path text as people read it: without dots and doubled separators, and with
+/// U+FFFD for a byte that is not UTF-8. Throws as `nativePath` does.
+std::wstring nativeText(std::wstring_view pathText);
+
 /// The path text of a native path, such as the program's folder: `/` becomes `\`.
 std::wstring pathText(const std::filesystem::path& native);
 

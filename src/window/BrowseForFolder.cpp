@@ -16,6 +16,7 @@
 #include "foundation/WindowServices.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
+#include "window/qt_path.h"
 #include "window/qt_text.h"
 
 namespace orvane {
@@ -23,22 +24,10 @@ namespace {
 
 constexpr int kFolder = Qt::UserRole;  // the native path of an item
 
-std::wstring toPathText(const QString& native) {
-  return pathText(QFile::encodeName(native).toStdString());
-}
-
-QString fromPathText(const std::wstring& text) {
-  return QFile::decodeName(QByteArray::fromStdString(nativePath(text)));
-}
-
 // The window shows a path text, which begins with "\", and a native path begins with "/". Empty if
 // the text is no path.
 QString nativeFolder(const QString& typed) {
-  try {
-    return QDir::cleanPath(typed.startsWith(u'\\') ? fromPathText(fromQt(typed)) : typed);
-  } catch (const std::exception&) {
-    return {};
-  }
+  return QDir::cleanPath(typed.startsWith(u'\\') ? toQtPath(fromQt(typed)) : typed);
 }
 
 // A folder that cannot be entered is none.
@@ -46,18 +35,14 @@ bool isFolder(const QString& path) {
   return QDir::isAbsolutePath(path) && QFileInfo(path + QStringLiteral("/.")).isDir();
 }
 
-// A name that is not UTF-8 has no text that leads back to the folder.
-bool isReachable(const QDir& folder, const QString& name) {
-  return !name.contains(QChar::ReplacementCharacter) || folder.exists(name);
-}
-
-QString nearestFolder(QString path) {
-  while (!isFolder(path)) {
-    const qsizetype end = path.lastIndexOf(u'/');
-    if (end <= 0) return QDir::homePath();
-    path.truncate(end);
+QString nearestFolder(std::wstring path) {
+  for (;;) {
+    const QString folder = QDir::cleanPath(toQtPath(path));
+    if (isFolder(folder)) return folder;
+    const std::size_t end = path.find_last_of(L"\\/");
+    if (end == path.npos || end == 0) return QDir::homePath();
+    path.resize(end);
   }
-  return QDir::cleanPath(path);
 }
 
 /// The home folder, the volumes and the root folder, each with its sub-folders. The sub-folders of
@@ -136,10 +121,9 @@ class FolderTree : public QTreeWidget {
   static void fill(QTreeWidgetItem* item) {
     if (item->childCount() > 0) return;
     const QDir folder(folderOf(item));
+    // Without names that are not UTF-8, to which Qt has no path.
     const auto names = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QString& name : names) {
-      if (isReachable(folder, name)) addChild(item, folder.filePath(name));
-    }
+    for (const QString& name : names) addChild(item, folder.filePath(name));
     if (item->childCount() == 0)
       item->setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);
   }
@@ -206,7 +190,7 @@ class FolderChooser : public QDialog {
     if (asked.exec() != Accepted || asked.textValue().isEmpty()) return;
     const QString made = QDir::cleanPath(folder() + u'/' + asked.textValue());
     try {
-      mdlFolderAndFile::fileSystem().CreateFolder(toPathText(made));
+      mdlFolderAndFile::fileSystem().CreateFolder(fromQtPath(made));
       tree_->goTo(made);
     } catch (const std::exception& failure) {
       windowServices().showBox(L"新建文件夹失败：" + description(failure), L"新建文件夹",
@@ -224,9 +208,9 @@ class FolderChooser : public QDialog {
 std::wstring BrowseForFolder(QWidget* hOwner, const std::wstring& sTitle,
                              const std::wstring& sOpenAt) {
   try {
-    FolderChooser chooser(hOwner, toQt(sTitle), nearestFolder(fromPathText(sOpenAt)));
+    FolderChooser chooser(hOwner, toQt(sTitle), nearestFolder(sOpenAt));
     if (chooser.exec() != QDialog::Accepted) return {};
-    return toPathText(chooser.folder());
+    return fromQtPath(chooser.folder());
   } catch (const std::exception&) {
     return {};
   }
@@ -237,7 +221,7 @@ QStringList mountedVolumes(const char* table) {
   const std::unique_ptr<FILE, int (*)(FILE*)> mounts(setmntent(table, "re"), endmntent);
   if (mounts == nullptr) return volumes;
   while (const mntent* mount = getmntent(mounts.get())) {
-    const QString folder = QFile::decodeName(mount->mnt_dir);
+    const QString folder = toQtPath(pathText(mount->mnt_dir));
     for (const char* above : {"/media/", "/run/media/", "/mnt/"}) {
       if (folder.startsWith(QLatin1String(above))) volumes += folder;
     }

@@ -8,9 +8,9 @@
 #include <QUrl>
 
 #include "foundation/WindowServices.h"
-#include "foundation/paths.h"
 #include "foundation/program.h"
 #include "window/controls.h"
+#include "window/qt_path.h"
 #include "window/qt_text.h"
 
 namespace orvane {
@@ -124,16 +124,12 @@ namespace {
 
 constexpr const wchar_t* kGuide = L"operator-guide.zh.html";
 
-QString localName(const std::wstring& path) {
-  return QFile::decodeName(nativePath(path).c_str());
-}
-
 }  // namespace
 
 QString guideFile() {
   for (const std::wstring& folder :
        {programFolder() + L"\\doc\\", std::wstring(L"\\usr\\share\\doc\\orvane-export\\")}) {
-    QString file = localName(folder + kGuide);
+    QString file = toQtPath(folder + kGuide);
     if (QFileInfo(file).isReadable()) return file;
   }
   return {};

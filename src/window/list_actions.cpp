@@ -2,12 +2,10 @@
 
 #include <QAction>
 #include <QToolTip>
-#include <filesystem>
 
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
-#include "foundation/text_encoding.h"
 #include "window/LogWindow.h"
 #include "window/desktop.h"
 #include "window/help.h"
@@ -30,8 +28,7 @@ void open(QWidget& list, const QString& path) {
 void openOutputFolder(QWidget& list, const std::wstring& SavePath) {
   if (SavePath.empty()) return showTip(list, QStringLiteral("还没有选择成果输出文件夹。"));
   try {
-    const std::filesystem::path native = nativePath(SavePath);
-    const QString folder = toQt(fromUtf8(native.lexically_normal().native()));
+    const QString folder = toQt(nativeText(SavePath));
     if (mdlFolderAndFile::fileSystem().FolderExists(SavePath)) return open(list, folder);
     showTip(list,
             QStringLiteral("成果输出文件夹不在了（被移走或改名，或者磁盘没有接上）：") + folder);

@@ -332,9 +332,11 @@ TEST_F(FrmMain, TheFolderChooserListsTheMountedVolumes) {
                "/dev/sda1 / ext4 rw 0 0\nproc /proc proc rw 0 0\n/dev/sdc1 /media/user/二\\0401 "
                "exfat rw 0 0\n//nas/a /mnt cifs rw 0 0\nnas:/b /run/media/b nfs rw 0 0\n"
                "/dev/sdd1 /mnt/c ext4 rw 0 0\ntmpfs /run/user/0 tmpfs rw 0 0\n"
-               "none /mntx tmpfs rw 0 0\n/dev/sde1 /mnt/c ext4 rw 0 0\n");
+               "none /mntx tmpfs rw 0 0\n/dev/sdf1 /media/user/\xBA\xC3 vfat rw 0 0\n/dev/sde1 "
+               "/mnt/c ext4 rw 0 0\n");
   EXPECT_EQ(mountedVolumes(folder.native("mounts").c_str()).join("|").toStdString(),
-            "/media/user/二 1|/mnt|/run/media/b|/mnt/c");
+            "/media/user/二 1|/mnt|/run/media/b|/mnt/c")
+      << "no path of Qt leads to a name that is not UTF-8";
 }
 
 }  // namespace
