@@ -178,6 +178,21 @@ std::string takeName(std::string& path) {
   return name;
 }
 
+// The working directory may have been removed.
+fs::path currentFolder(const std::wstring& path) {
+  std::error_code error;
+  fs::path folder = fs::current_path(error);
+  if (error) throw systemFailure(error.value(), path);
+  return folder;
+}
+
+std::string targetOf(const std::string& link, const std::wstring& path) {
+  std::error_code error;
+  std::string target = fs::read_symlink(link, error);
+  if (error) throw systemFailure(error.value(), path);
+  return target;
+}
+
 }  // namespace
 
 /// Resolves the links in paths, and examines each name only once.
@@ -196,8 +211,7 @@ class LinkResolver {
 
   Place placeAsSpelled(const std::wstring& path) {
     std::string rest = nativePath(path);
-    // If the working directory was removed, `current_path` fails.
-    if (!rest.starts_with('/')) rest = fs::current_path() / rest;
+    if (!rest.starts_with('/')) rest = currentFolder(path) / rest;
     Place place = root(path);
     for (int links = 0; !rest.empty();) {
       const std::string name = takeName(rest);
@@ -211,7 +225,7 @@ class LinkResolver {
       place.levels_.push_back(entry.identity);
       if (!entry.isLink) continue;
       if (++links > kMaxLinks) throw systemFailure(ELOOP, path);
-      const std::string target = fs::read_symlink(place.path_);
+      const std::string target = targetOf(place.path_, path);
       rest = target + '/' + rest;
       if (target.starts_with('/')) {
         place = root(path);
