@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string>
 
-#include "foundation/text_encoding.h"
+#include "foundation/utf8.h"
 
 namespace orvane {
 namespace {

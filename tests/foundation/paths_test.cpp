@@ -6,8 +6,10 @@
 #include <gtest/gtest.h>
 
 #include "foundation/Failure.h"
+#include "foundation/Place.h"
 #include "foundation/letter_case.h"
 #include "foundation/mdlFolderAndFile.h"
+#include "support/AsOrdinaryUser.h"
 #include "support/TempStation.h"
 
 namespace orvane::test {
@@ -92,6 +94,28 @@ TEST(Paths, TheScanTreeIsFoundInAnyLetterCaseAndNothingElse) {
             "output/y.tif\noutput/X\n");
   station.shell("rm -r Batchs");
   EXPECT_EQ(existingPath(station.path(L"Batchs\\b3\\x.TIF")), station.path(L"BATCHS\\B3\\x.tif"));
+}
+
+TEST(Paths, APlaceThatCannotBeExaminedIsAFailureThatNamesThePath) {
+  const auto reason = [](const std::wstring& path) {
+    try {
+      return resolvedPlace(path).path();
+    } catch (const Failure& failure) {
+      return std::string(failure.what());
+    }
+  };
+  {
+    const AsOrdinaryUser user;
+    EXPECT_EQ(reason(L"\\proc\\1\\cwd\\a"), "\\proc\\1\\cwd\\a: Permission denied") << "a link";
+  }
+  const std::filesystem::path before = std::filesystem::current_path();
+  {
+    const TempStation station;
+    std::filesystem::current_path(station.native("."));
+    station.shell("rmdir \"$PWD\"");
+    EXPECT_EQ(reason(L"a"), "a: No such file or directory") << "the working directory is gone";
+    std::filesystem::current_path(before);
+  }
 }
 
 TEST(Paths, EveryNameOnTheDiskComesBackByteForByte) {
