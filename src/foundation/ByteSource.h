@@ -12,18 +12,14 @@ namespace orvane {
 /// Bytes that are read by position: those of a file, or some in memory.
 class ByteSource {
  public:
+  virtual ~ByteSource() = default;
+
   virtual std::uint64_t size() const = 0;
 
   /// Copies the bytes from `offset` on and returns their number, which is less than `into.size()`
   /// only at the end of the source. A read that fails throws Failure or counts as the end; the
   /// source says which.
   virtual std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const = 0;
-
- protected:
-  ByteSource() = default;
-  ByteSource(const ByteSource&) = default;
-  ByteSource& operator=(const ByteSource&) = default;
-  ~ByteSource() = default;
 };
 
 /// Bytes in memory, which outlive it.

@@ -31,6 +31,8 @@ using PageForecast = std::function<std::optional<ExpectedPage>()>;
 /// The loaded page as far as a save is concerned: its depth, and the codes that are set for it.
 class PageToSave {
  public:
+  virtual ~PageToSave() = default;
+
   /// Bits of one pixel of the loaded page, all samples together; 0 when nothing is loaded.
   virtual std::int16_t BitsPerPixel() const = 0;
   /// The form of the file: a `SaveType`.
@@ -43,9 +45,6 @@ class PageToSave {
   virtual void JpegFactorMajor(std::int16_t factor) = 0;
   /// Chrominance factor, 0 to 100: the chrominance quality is 100 minus the factor. Initially 16.
   virtual void JpegFactorMinor(std::int16_t factor) = 0;
-
- protected:
-  ~PageToSave() = default;
 };
 
 /// The interface of one imaging instance, used by one thread. An instance holds at most one loaded
@@ -58,8 +57,6 @@ class PageToSave {
 /// damaged: the missing rows are white, and a line is logged.
 class ImagingEngine : public PageToSave {
  public:
-  virtual ~ImagingEngine() = default;
-
   /// Loads page `PageNumber` of the file in place of the loaded page; "" unloads.
   virtual void SourceFile(const std::wstring& path) = 0;
   /// The path that was set last.

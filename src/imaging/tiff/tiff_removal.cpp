@@ -14,11 +14,11 @@
 #include "imaging/tiff/TiffStructure.h"
 
 // A page is removed by copying what the other pages need to a new file, and extracted by copying
-// what it needs itself, in two steps. PageCollector
-// walks the directories and collects the ranges of bytes that are kept and the positions of the
-// offsets in them. PageWriter writes the ranges closer together, then the offsets again. The bytes
-// themselves are not interpreted further, so strips and unknown or private fields are copied
-// unchanged. Only PageNumber (TIFF 6.0 section 12) is renumbered in pages that have it.
+// what it needs itself, in two steps. PageCollector walks the directories and collects the ranges
+// of bytes that are kept and the positions of the offsets in them. PageWriter writes the ranges
+// closer together, then the offsets again. The bytes themselves are not interpreted further, so
+// strips and unknown or private fields are copied unchanged. Only PageNumber (TIFF 6.0 section 12)
+// is renumbered in pages that have it.
 
 namespace orvane {
 namespace {

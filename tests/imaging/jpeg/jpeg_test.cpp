@@ -335,7 +335,9 @@ TEST_F(JpegTranscode, LeavesOtherKindsOfStreamsToTheirPixels) {
 // The first is a Huffman table with a code of all ones.
 TEST_F(JpegTranscode, RefusesWhatNoStreamMayHold) {
   const EncodedImage whole = encodedByCjpeg({1, 83, 45, kOneStrip, ""});
-  EXPECT_TRUE(transcoded(whole, {}));
+  EncodedImage filled = whole;  // before a marker there may be any number of fill bytes
+  filled.strips[0].insert(filled.strips[0].begin() + 2, 127, 0xFF);
+  EXPECT_EQ(transcoded(filled, {}).value().strips, transcoded(whole, {}).value().strips);
   for (const auto& [from, to] :
        {std::pair{"\1\5\1\1\1\1\1\1"s, "\1\5\1\1\1\1\2\0"s},
         {"\xFF\xD9"s, "\x55\xFF\xD9"s},                          // a byte too many
