@@ -75,17 +75,20 @@ function(orvane_use_headers target headers)
   target_precompile_headers(${target} REUSE_FROM ${headers})
 endfunction()
 
-# The library of a folder of src. Headers are included by their path below src/, for example
-# "foundation/paths.h". WITH_QT: it uses Qt Widgets.
+# The library of a folder of src: the target orvane_NAME, which others link as orvane::NAME. Headers
+# are included by their path below src/, for example "foundation/paths.h". WITH_QT: it uses Qt
+# Widgets.
 function(orvane_library name)
   cmake_parse_arguments(ARG "WITH_QT" "" "SOURCES;LINK" ${ARGN})
-  add_library(${name} STATIC ${ARG_SOURCES})
-  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
-  target_link_libraries(${name} PUBLIC ${ARG_LINK})
+  set(target orvane_${name})
+  add_library(${target} STATIC ${ARG_SOURCES})
+  add_library(orvane::${name} ALIAS ${target})
+  target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  target_link_libraries(${target} PUBLIC ${ARG_LINK})
   if(ARG_WITH_QT)
-    orvane_use_headers(${name} window_headers)
+    orvane_use_headers(${target} window_headers)
   else()
-    orvane_use_headers(${name} src_headers)
+    orvane_use_headers(${target} src_headers)
   endif()
 endfunction()
 

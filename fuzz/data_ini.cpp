@@ -2,8 +2,8 @@
 // were loaded completely and saved must load and save as the same bytes.
 #include "fuzz/Workshop.h"
 #include "settings/ExportForm.h"
-#include "settings/ExportSettings.h"
 #include "settings/mdlINI.h"
+#include "settings/stored_settings.h"
 
 using namespace orvane;
 using namespace orvane::mdlINI;

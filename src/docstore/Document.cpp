@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "docstore/ScanTree.h"
+#include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/durable_file.h"
 #include "foundation/letter_case.h"
@@ -20,6 +21,27 @@ using mdlFolderAndFile::FileDelete;
 using mdlFolderAndFile::FileExist;
 using mdlFolderAndFile::fileSystem;
 using mdlFolderAndFile::RenameFile;
+
+namespace {
+
+// Logs one line and returns false.
+bool failInLog(const std::wstring& text) {
+  mdlFolderAndFile::LogWrite(text, L"Document");
+  return false;
+}
+
+// The result of `operation`. A failure in it is logged as one line, `prefix` and its text, and
+// gives false.
+template <typename Operation>
+bool withFailuresLogged(const std::wstring& prefix, Operation operation) {
+  try {
+    return operation();
+  } catch (const std::exception& failure) {
+    return failInLog(prefix + description(failure));
+  }
+}
+
+}  // namespace
 
 bool Document::LoadDocument(const std::wstring& sDocName) {
   sDocFolder_ = GetDocumentPath(sDocName);

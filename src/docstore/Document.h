@@ -2,35 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "foundation/Failure.h"
-#include "foundation/mdlFolderAndFile.h"
-
 namespace orvane {
-
-// How the operations of a Document report a failure.
-
-/// Logs one line and returns false.
-inline bool failInLog(const std::wstring& text) {
-  mdlFolderAndFile::LogWrite(text, L"Document");
-  return false;
-}
-
-/// The result of `operation`. A failure in it is logged as one line, `prefix` and its text, and
-/// gives false.
-template <typename Operation>
-bool withFailuresLogged(const std::wstring& prefix, Operation operation) {
-  try {
-    return operation();
-  } catch (const std::exception& failure) {
-    return failInLog(prefix + description(failure));
-  }
-}
 
 /// One scanned document of the current batch: its name, its folder and the ordered list of its page
 /// names, which is stored in `Doc.dat`. Positions count from 1.
