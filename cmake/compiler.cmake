@@ -59,13 +59,16 @@ endfunction()
 set(headers <algorithm> <array> <cstdint> <filesystem> <functional> <map> <memory> <optional>
             <string> <string_view> <utility> <vector>)
 orvane_headers(src_headers HEADERS ${headers} OPTIONS ${fuzzOptions})
-orvane_headers(window_headers HEADERS ${headers} <QApplication> <QComboBox> <QLineEdit> <QPainter>
-               <QPlainTextEdit> <QPushButton> <QScreen> <QTreeWidget> <QWidget> LINK Qt6::Widgets)
+set(windowHeaders <QApplication> <QComboBox> <QLineEdit> <QPainter> <QPlainTextEdit> <QPushButton>
+                  <QScreen> <QTreeWidget> <QWidget>)
+orvane_headers(window_headers HEADERS ${headers} ${windowHeaders} LINK Qt6::Widgets)
 # Tests are compiled without optimisation in every preset, because compiling takes longer than running.
 set(testOptions -O0 -fPIC)
 if(ORVANE_SANITIZE AND BUILD_TESTING)  # ./test builds all tests in this preset
-  orvane_headers(test_headers HEADERS ${headers} <sstream> <gmock/gmock.h> <gtest/gtest.h>
-                 LINK GTest::gmock OPTIONS ${testOptions})
+  set(testHeaders ${headers} <sstream> <gmock/gmock.h> <gtest/gtest.h>)
+  orvane_headers(test_headers HEADERS ${testHeaders} LINK GTest::gmock OPTIONS ${testOptions})
+  orvane_headers(window_test_headers HEADERS ${testHeaders} ${windowHeaders}
+                 LINK Qt6::Widgets GTest::gmock OPTIONS ${testOptions})
 endif()
 
 # With the options that the headers were compiled with.
@@ -94,14 +97,16 @@ endfunction()
 
 # A GoogleTest program, registered with ctest as one test. ./test runs it under the sanitizers.
 # IN_RELEASE: ./test runs it in the release build too. This is for tests of the whole program and of
-# code that depends on the optimiser.
+# code that depends on the optimiser. WITH_QT: it tests the window.
 function(orvane_test name)
-  cmake_parse_arguments(ARG "IN_RELEASE" "" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(ARG "IN_RELEASE;WITH_QT" "" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE ${ARG_LINK} GTest::gmock_main)
   target_compile_options(${name} PRIVATE ${testOptions})
-  if(ORVANE_SANITIZE)
+  if(ORVANE_SANITIZE AND ARG_WITH_QT)
+    orvane_use_headers(${name} window_test_headers)
+  elseif(ORVANE_SANITIZE)
     orvane_use_headers(${name} test_headers)
   endif()
   add_test(NAME ${name} COMMAND ${name})

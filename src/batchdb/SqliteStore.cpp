@@ -1,8 +1,9 @@
 #include "batchdb/SqliteStore.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <regex>
 #include <sqlite3.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <thread>
 #include <utility>
@@ -48,13 +49,26 @@ namespace {
 
 constexpr int kLargestValue = 64 << 20;  // bytes; a larger one in the file fails the query
 
+constexpr std::wstring_view kSpace = L" \t\n\v\f\r";
+
+// Takes the next word from the front of `sql`.
+std::wstring_view takeWord(std::wstring_view& sql) {
+  sql.remove_prefix(std::min(sql.find_first_not_of(kSpace), sql.size()));
+  const std::wstring_view word = sql.substr(0, sql.find_first_of(kSpace));
+  sql.remove_prefix(word.size());
+  return word;
+}
+
 // SQLite has no "select top N": the clause becomes "limit N" at the end of the query.
 std::wstring withLimitForTop(const std::wstring& sql) {
-  static const std::wregex top(LR"(\s*select\s+top\s+(\d+)(?=\s))", std::regex::icase);
-  std::wsmatch match;
-  if (!std::regex_search(sql, match, top, std::regex_constants::match_continuous)) return sql;
-  const std::wstring rest = match.suffix();
-  return L"select " + std::wstring(trimmed(rest, L" \t\r\n;")) + L" limit " + match.str(1);
+  std::wstring_view rest = sql;
+  if (asciiLowerCase(takeWord(rest)) != L"select") return sql;
+  if (asciiLowerCase(takeWord(rest)) != L"top") return sql;
+  const std::wstring_view number = takeWord(rest);
+  if (number.empty() || number.find_first_not_of(L"0123456789") != number.npos || rest.empty()) {
+    return sql;
+  }
+  return L"select " + std::wstring(trimmed(rest, L" \t\r\n;")) + L" limit " + std::wstring(number);
 }
 
 Failure sqliteFailure(sqlite3* connection) {

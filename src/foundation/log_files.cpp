@@ -4,12 +4,14 @@
 #include <cerrno>
 #include <filesystem>
 #include <functional>
-#include <regex>
+#include <string_view>
 #include <unistd.h>
+#include <utility>
 
 #include "foundation/Failure.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/paths.h"
+#include "foundation/plain_text.h"
 #include "foundation/program.h"
 #include "foundation/text_encoding.h"
 
@@ -18,26 +20,36 @@ namespace {
 
 namespace fs = std::filesystem;
 
+bool isDay(std::wstring_view text) {
+  return hasShape(text, L"00000000");
+}
+
 // The second report of a second ends in "-2".
-std::vector<std::wstring> filesNamed(const std::wregex& form) {
+bool isDayAndTime(std::wstring_view text) {
+  constexpr std::wstring_view kShape = L"00000000-000000";
+  const std::wstring_view number = text.substr(std::min(text.size(), kShape.size()));
+  return hasShape(text.substr(0, kShape.size()), kShape) &&
+         (number.empty() ||
+          (number.size() > 1 && hasShape(number, L"-" + std::wstring(number.size() - 1, L'0'))));
+}
+
+std::vector<std::wstring> filesNamed(bool (*isName)(std::wstring_view),
+                                     std::wstring_view extension) {
   std::vector<std::wstring> names;
   std::error_code error;
   for (fs::directory_iterator entry(nativePath(logFolder()), error), end; !error && entry != end;
        entry.increment(error)) {
-    const std::wstring name = entryText(entry->path().filename().native());
-    if (std::regex_match(name, form)) names.push_back(name.substr(0, name.size() - 4));
+    std::wstring name = entryText(entry->path().filename().native());
+    if (!name.ends_with(extension)) continue;
+    name.resize(name.size() - extension.size());
+    if (isName(name)) names.push_back(std::move(name));
   }
   if (error && error != std::errc::no_such_file_or_directory) {
     throw systemFailure(error.value(), logFolder());
   }
   std::ranges::sort(names, std::greater());
+  for (std::wstring& name : names) name = logFolder() + L"\\" + name + std::wstring(extension);
   return names;
-}
-
-std::vector<std::wstring> filesNamed(const wchar_t* form, const std::wstring& extension) {
-  std::vector<std::wstring> files = filesNamed(std::wregex(form));
-  for (std::wstring& file : files) file = logFolder() + L"\\" + file + extension;
-  return files;
 }
 
 std::string lastBytes(const FileDescriptor& file, off_t start, std::size_t most) {
@@ -64,11 +76,11 @@ std::wstring logFileOfToday() {
 }
 
 std::vector<std::wstring> dailyLogs() {
-  return filesNamed(LR"(\d{8}\.log)", L".log");
+  return filesNamed(isDay, L".log");
 }
 
 std::vector<std::wstring> runReports() {
-  return filesNamed(LR"(\d{8}-\d{6}(-\d+)?\.txt)", L".txt");
+  return filesNamed(isDayAndTime, L".txt");
 }
 
 // Reads only the end of the file, which can have any size. In both encodings the byte 0x0A is

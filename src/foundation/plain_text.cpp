@@ -92,6 +92,12 @@ std::wstring upperCase(std::wstring text) {
   return text;
 }
 
+bool hasShape(std::wstring_view text, std::wstring_view shape) {
+  return std::ranges::equal(text, shape, [](wchar_t c, wchar_t expected) {
+    return expected == L'0' ? c >= L'0' && c <= L'9' : c == expected;
+  });
+}
+
 std::wstring zeroFilled(int number, std::size_t width) {
   const std::wstring digits = std::to_wstring(number);
   return std::wstring(width - std::min(width, digits.size()), L'0') + digits;

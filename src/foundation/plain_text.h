@@ -22,6 +22,9 @@ std::wstring asciiLowerCase(std::wstring_view text);
 wchar_t upperCase(wchar_t character);
 std::wstring upperCase(std::wstring text);
 
+/// True if `text` has a digit from 0 to 9 wherever `shape` has a "0", and is equal to it elsewhere.
+bool hasShape(std::wstring_view text, std::wstring_view shape);
+
 /// A number, at least 0, padded with "0" on the left to `width` digits. A longer number keeps all
 /// its digits.
 std::wstring zeroFilled(int number, std::size_t width);

@@ -7,11 +7,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
-#include <regex>
+#include <string_view>
 #include <unistd.h>
 
 #include "foundation/Failure.h"
 #include "foundation/paths.h"
+#include "foundation/plain_text.h"
 #include "foundation/program.h"
 #include "foundation/text_encoding.h"
 #include "intake/IntakePlan.h"
@@ -68,6 +69,12 @@ IntakeProgress withProgress(const IntakePlan& plan, Work work) {
   });
 }
 
+// With or without a time.
+bool isDate(std::wstring_view text) {
+  return hasShape(text, L"0000-00-00") || hasShape(text, L"0000-00-00 00:00") ||
+         hasShape(text, L"0000-00-00 00:00:00");
+}
+
 }  // namespace
 
 std::optional<AddRequest> addRequest(const std::vector<std::wstring>& words) {
@@ -85,8 +92,7 @@ std::optional<AddRequest> addRequest(const std::vector<std::wstring>& words) {
       request.folder = word;
     }
   }
-  static const std::wregex date(LR"(\d{4}-\d\d-\d\d( \d\d:\d\d(:\d\d)?)?)");
-  if (!request.date.empty() && !std::regex_match(request.date, date)) return std::nullopt;
+  if (!request.date.empty() && !isDate(request.date)) return std::nullopt;
   if (request.folder.empty()) return std::nullopt;
   return request;
 }

@@ -235,21 +235,24 @@ void expectStraightened(const Raster& drawn, int columns = 1) {
 }
 
 TEST(Skew, RemainsUnderATenthOfADegree) {
-  for (const double skew : {-5.0, -2.0, 0.0, 0.5, 3.5, 5.0}) {
-    SCOPED_TRACE(skew);
-    const Raster gray = drawnPage(Drawing::Text, skew);
-    expectStraightened(gray);
-    expectStraightened(toBilevel(gray));
-  }
-  for (const double skew : {-4.7, 0.4}) {
-    expectStraightened(drawnPage(Drawing::Text, skew), 2);
-    expectStraightened(toBilevel(drawnPage(Drawing::Text, skew)), 2);
-    for (const Drawing drawing :
-         {Drawing::VerticalText, Drawing::PhotoAndText, Drawing::FourLines}) {
-      SCOPED_TRACE(testing::Message() << skew << " " << static_cast<int>(drawing));
-      expectStraightened(drawnPage(drawing, skew, true));
-      expectStraightened(toBilevel(drawnPage(drawing, skew)));
-    }
+  struct Case {
+    Drawing drawing;
+    double skew;
+    bool isBilevel, hasDarkBed;
+    int columns;
+  };
+  const Case cases[] = {
+      {Drawing::Text, -5.0, false, false, 1},        {Drawing::Text, -2.0, true, false, 1},
+      {Drawing::Text, 0.0, false, false, 1},         {Drawing::Text, 0.5, true, false, 1},
+      {Drawing::Text, 3.5, false, false, 1},         {Drawing::Text, 5.0, true, false, 1},
+      {Drawing::Text, -4.7, false, false, 2},        {Drawing::Text, 0.4, true, false, 2},
+      {Drawing::VerticalText, -4.7, false, true, 1}, {Drawing::VerticalText, 0.4, true, false, 1},
+      {Drawing::PhotoAndText, 0.4, false, true, 1},  {Drawing::PhotoAndText, -4.7, true, false, 1},
+      {Drawing::FourLines, -4.7, false, true, 1},    {Drawing::FourLines, 0.4, true, false, 1}};
+  for (const auto& [drawing, skew, isBilevel, hasDarkBed, columns] : cases) {
+    SCOPED_TRACE(testing::Message() << static_cast<int>(drawing) << " " << skew);
+    const Raster gray = drawnPage(drawing, skew, hasDarkBed);
+    expectStraightened(isBilevel ? toBilevel(gray) : gray, columns);
   }
 }
 
