@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "foundation/Failure.h"
+#include "foundation/Outcome.h"
 #include "foundation/mdlFolderAndFile.h"
 
 namespace orvane {
@@ -44,6 +45,9 @@ class Document {
   /// which leaves the list as it was, and for one that has only spaces. A byte pair of the file
   /// that is no character becomes U+FFFD.
   bool LoadDocument(const std::wstring& sDocName);
+
+  /// `LoadDocument` with the reason of a failure.
+  Outcome load(const std::wstring& sDocName);
 
   /// Begins a document without pages. `SaveDocument` writes it to the disk.
   bool CreateDocument(const std::wstring& sDocName);

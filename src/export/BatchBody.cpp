@@ -9,9 +9,9 @@
 #include "export/sync_beside_window.h"
 #include "foundation/Failure.h"
 #include "foundation/FileState.h"
+#include "foundation/Outcome.h"
 #include "foundation/WindowServices.h"
 #include "foundation/durable_file.h"
-#include "foundation/log.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/program.h"
 
@@ -32,16 +32,18 @@ void reportDocument(RunHost& host, const std::wstring& DocumentID) {
   host.listProcessLog().refreshInTime();
 }
 
-// Runs `step`. Logs a failure and returns false.
+// Runs `step` and logs a failure.
 template <typename Step>
-bool succeeds(Step step) {
+Outcome outcomeOf(Step step) {
+  Outcome outcome;
   try {
     step();
-    return true;
   } catch (const std::exception& failure) {
-    mdlFolderAndFile::LogWrite(L"RunOutPutBatch-" + description(failure), kApplicationTitle);
-    return false;
+    const std::wstring message = L"RunOutPutBatch-" + description(failure);
+    mdlFolderAndFile::LogWrite(message, kApplicationTitle);
+    outcome.fail(message);
   }
+  return outcome;
 }
 
 bool scanFolderExists(const std::wstring& BatchID) {
@@ -73,18 +75,19 @@ class BatchExport : private ExportListener {
         [this] { host_.listProcessLog().refreshNow(); });
     const ScansOfBatch scans(subFolders);
     for (const std::wstring& name : subFolders) {
-      const LogCapture logged;
-      const SubFolder kind = examine(name);
-      if (kind == SubFolder::NoDocument) continue;
+      // A sub-folder that cannot be examined may be a document, so it must not be skipped.
+      bool isDocumentFolder = true;
+      Outcome outcome = outcomeOf([&] { isDocumentFolder = isDocument(name); });
+      if (!isDocumentFolder) continue;
       beginDocument(name);
-      const bool isExported = kind == SubFolder::Document && exportDocument(name);
-      const std::wstring reason = isExported ? L"" : logged.text();
-      endDocument(isExported, reason);
-      if (!isExported) {
+      if (outcome.ok) outcome = exportDocument(name);
+      endDocument(outcome);
+      if (!outcome.ok) {
         run_.checksums.dropBatch();
         logReplacedFiles();
         const std::wstring kept = deleteOutput(scans);
-        report(host_, name + L" 导出失败！", kept.empty() ? reason : reason + L"\n" + kept);
+        report(host_, name + L" 导出失败！",
+               kept.empty() ? outcome.reason : outcome.reason + L"\n" + kept);
         return false;
       }
       reportDocument(host_, name);
@@ -96,17 +99,17 @@ class BatchExport : private ExportListener {
   }
 
   bool recordSuccess() {
-    const LogCapture logged;
     host_.progress().beginSync();
-    sum_.isExported = succeeds([this] { bringToDisk(); }) &&
-                      mdlDataBase::UpdateBatchInfo(BatchID_, L"完成成果输出");
+    Outcome outcome = outcomeOf([this] { bringToDisk(); });
+    if (outcome.ok) outcome = mdlDataBase::updateBatchState(BatchID_, L"完成成果输出");
+    sum_.isExported = outcome.ok;
     if (sum_.isExported) {
       deliver();
       if (!findings_.empty()) host_.progress().noteFinding();
       report(host_, L"档案导出成果成功！", findings_);
     } else {
-      addReason(logged.text());
-      report(host_, L"档案导出数字化成果失败！", logged.text());
+      addReason(outcome.reason);
+      report(host_, L"档案导出数字化成果失败！", outcome.reason);
     }
     return sum_.isExported;
   }
@@ -120,15 +123,6 @@ class BatchExport : private ExportListener {
   }
 
  private:
-  enum class SubFolder { NoDocument, Document, Unclear };
-
-  // A sub-folder that cannot be examined may be a document, so it must not be skipped.
-  static SubFolder examine(const std::wstring& name) {
-    SubFolder kind = SubFolder::Unclear;
-    succeeds([&] { kind = isDocument(name) ? SubFolder::Document : SubFolder::NoDocument; });
-    return kind;
-  }
-
   void beginDocument(const std::wstring& DocumentID) {
     host_.progress().beginDocument(DocumentID);
     row_ = {.batch = BatchID_, .document = DocumentID};
@@ -160,16 +154,17 @@ class BatchExport : private ExportListener {
 
   void endPage() override { host_.progress().endPage(); }
 
-  void endDocument(bool isExported, const std::wstring& reason) {
+  void endDocument(const Outcome& outcome) {
     row_.time = Clock::now() - startOfDocument_;
-    row_.isExported = isExported;
-    row_.reason = reason;
+    row_.isExported = outcome.ok;
+    if (!outcome.ok) row_.reason = outcome.reason;
     run_.report.addDocument(row_);
-    if (!isExported) addReason(row_.document + L" 导出失败");
+    if (!outcome.ok) addReason(row_.document + L" 导出失败");
   }
 
-  bool exportDocument(const std::wstring& DocumentID) {
-    if (!succeeds([this] { requireOutputFolder(); })) return false;
+  Outcome exportDocument(const std::wstring& DocumentID) {
+    Outcome outcome = outcomeOf([this] { requireOutputFolder(); });
+    if (!outcome.ok) return outcome;
 
     const std::wstring DocOutputFolder =
         docOutputFolder(BatchOutputFolder_, settings_.IsCreateDocFolder, DocumentID);
@@ -187,11 +182,13 @@ class BatchExport : private ExportListener {
                                                   .SavePath = DocOutputFolder,
                                                   .SubFolderType = run_.PageNumberMask,
                                                   .NewDocumentID = NewDocumentID};
-    if (!mdlDocumentHelper::SaveAsDocument(order, *this)) return false;
-    return succeeds([&] {  // a folder that was created also changed the folder above it
+    outcome = mdlDocumentHelper::SaveAsDocument(order, *this);
+    if (!outcome.ok) return outcome;
+    outcome.take(outcomeOf([&] {  // a folder that was created also changed the folder above it
       run_.written.addFolder(settings_.SavePath);
       if (settings_.IsCreateBatchFolder) run_.written.addFolder(BatchOutputFolder_);
-    });
+    }));
+    return outcome;
   }
 
   // An exported batch is never exported again, so before the table is updated the files must
@@ -246,7 +243,7 @@ class BatchExport : private ExportListener {
 
   void logLeftovers() {
     if (!settings_.IsCreateBatchFolder) return;
-    succeeds([this] {
+    outcomeOf([this] {
       const auto leftovers = run_.written.notWrittenIn(BatchOutputFolder_);
       if (leftovers.count == 0) return;
       logFinding(L"的成果文件夹里有 " + std::to_wstring(leftovers.count) +

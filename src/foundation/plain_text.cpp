@@ -92,6 +92,13 @@ std::wstring upperCase(std::wstring text) {
   return text;
 }
 
+std::wstring inOneLine(std::wstring text) {
+  for (wchar_t& c : text) {
+    if (c == L'\r' || c == L'\n') c = L' ';
+  }
+  return text;
+}
+
 std::wstring zeroFilled(int number, std::size_t width) {
   const std::wstring digits = std::to_wstring(number);
   return std::wstring(width - std::min(width, digits.size()), L'0') + digits;

@@ -22,6 +22,9 @@ std::wstring asciiLowerCase(std::wstring_view text);
 wchar_t upperCase(wchar_t character);
 std::wstring upperCase(std::wstring text);
 
+/// `text` with a space in place of every character of a line end.
+std::wstring inOneLine(std::wstring text);
+
 /// A number, at least 0, padded with "0" on the left to `width` digits. A longer number keeps all
 /// its digits.
 std::wstring zeroFilled(int number, std::size_t width);
