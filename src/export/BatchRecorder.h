@@ -57,7 +57,9 @@ class BatchRecorder {
   void listEnd(const Outcome& outcome);
 
   /// Reports the batch. `left` is what is left of the files of this pass.
-  void endBatch(const OutputSum& left);
+  void reportBatch(const OutputSum& left);
+  /// The run continues with the next batch.
+  void endBatch(bool isExported);
 
  private:
   using Clock = std::chrono::steady_clock;

@@ -94,10 +94,15 @@ void BatchRecorder::listEnd(const Outcome& outcome) {
   }
 }
 
-void BatchRecorder::endBatch(const OutputSum& left) {
+void BatchRecorder::reportBatch(const OutputSum& left) {
   sum_.output = left;
   sum_.time = Clock::now() - start_;
   report_.endBatch(sum_);
+}
+
+void BatchRecorder::endBatch(bool isExported) {
+  host_.progress().endBatch(isExported);
+  host_.listProcessLog().addItem(L" ");
 }
 
 void BatchRecorder::addReason(const std::wstring& reason) {
