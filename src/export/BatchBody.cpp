@@ -5,7 +5,6 @@
 #include "export/BatchRecorder.h"
 #include "export/OutputNaming.h"
 #include "export/SaveAsDocument.h"
-#include "export/sync_beside_window.h"
 #include "foundation/Failure.h"
 #include "foundation/FileState.h"
 #include "foundation/Outcome.h"
@@ -41,11 +40,10 @@ class BatchExport : private ExportListener {
       : host_(host),
         settings_(host.settings()),
         BatchID_(BatchID),
-        BatchOutputFolder_(
-            batchOutputFolder(settings_.SavePath, settings_.IsCreateBatchFolder, BatchID)),
         run_(run),
+        place_(run.place),
         recorder_(recorder) {
-    run_.checksums.beginBatch(settings_.SavePath, run_.written.firstOfPass());
+    place_.beginFiles(settings_.SavePath, settings_.IsCreateBatchFolder);
   }
 
   // The first document that fails ends the export.
@@ -81,11 +79,7 @@ class BatchExport : private ExportListener {
   // survive a power failure and be in the folder that the operator chose.
   bool recordSuccess() {
     recorder_.beginSync();
-    Outcome outcome = outcomeOf([this] {
-      syncBesideWindow([this] { run_.written.bringToDisk(); },
-                       [this] { run_.checksums.complete(); });
-      requireOutputFolder();
-    });
+    Outcome outcome = outcomeOf([this] { place_.bringToDisk(); });
     if (outcome.ok) outcome = mdlDataBase::updateBatchState(BatchID_, L"完成成果输出");
     if (outcome.ok) deliver();
     recorder_.listEnd(outcome);
@@ -98,7 +92,7 @@ class BatchExport : private ExportListener {
     if (!outcome.ok) return outcome;
 
     const std::wstring DocOutputFolder =
-        docOutputFolder(BatchOutputFolder_, settings_.IsCreateDocFolder, DocumentID);
+        docOutputFolder(place_.batchFolder(), settings_.IsCreateDocFolder, DocumentID);
     const std::wstring NewDocumentID = host_.AutoMakeNewDocumentName(BatchID_, DocumentID);
     const ImagingInstances imaging = host_.imaging();
     ResetImagingControls(imaging);
@@ -115,79 +109,43 @@ class BatchExport : private ExportListener {
                                                   .NewDocumentID = NewDocumentID};
     outcome = mdlDocumentHelper::SaveAsDocument(order, *this);
     if (!outcome.ok) return outcome;
-    outcome.take(outcomeOf([&] {  // a folder that was created also changed the folder above it
-      run_.written.addFolder(settings_.SavePath);
-      if (settings_.IsCreateBatchFolder) run_.written.addFolder(BatchOutputFolder_);
-    }));
+    outcome.take(outcomeOf([this] { place_.addFolders(); }));
     return outcome;
   }
 
-  // The operator can have chosen another folder since the last batch.
-  void requireOutputFolder() override {
-    if (settings_.SavePath.empty()) throw Failure(L"成果输出文件夹不能为空！");
-    if (run_.SavePath != settings_.SavePath) {
-      run_.outputFolder = HeldFolder(settings_.SavePath);
-      run_.SavePath = settings_.SavePath;
-    }
-    run_.outputFolder.requireAt(settings_.SavePath);
-  }
+  void requireOutputFolder() override { place_.requireFolder(); }
 
   void beginPage(int page, int pageCount) override { recorder_.beginPage(page, pageCount); }
 
   void replace(const FileIdentity& older, const std::wstring& path) override {
-    const auto number = run_.written.replace(older, path);
-    if (number) run_.checksums.takeOut(*number);
+    place_.replace(older, path);
   }
 
   void addFile(const std::wstring& file, int pages) override {
-    const std::uint64_t bytes = run_.written.addFile(file, pages);
-    run_.checksums.add(file, bytes);
-    recorder_.addFile(pages, bytes);
+    recorder_.addFile(pages, place_.addFile(file, pages));
   }
 
   void endPage() override { recorder_.endPage(); }
 
   void abandonBatch(const ScansOfBatch& scans) {
-    run_.checksums.dropBatch();
     findReplacedFiles();
-    recorder_.listFailedDocument(deleteOutput(scans));
+    std::wstring kept;
+    try {
+      if (place_.abandonBatch(scans)) recorder_.outputDeleted();
+    } catch (const std::exception& refusal) {
+      kept = description(refusal);
+      recorder_.outputKept(kept);
+    }
+    recorder_.listFailedDocument(kept);
   }
 
   void deliver() {
-    const std::wstring problem = run_.checksums.deliverBatch(run_.report.file());
+    const std::wstring problem = place_.deliverBatch(run_.report.file());
     if (!problem.empty()) recorder_.addFinding(L"的校验清单缺少文件：" + problem);
   }
 
-  // Deletes nothing if another folder has replaced the output folder of the run. Returns why the
-  // folder of the batch is kept, if it is.
-  std::wstring deleteOutput(const ScansOfBatch& scans) {
-    if (!settings_.IsCreateBatchFolder || !run_.outputFolder.isAt(settings_.SavePath)) return {};
-    try {
-      requireNoFileOfAnotherBatch();
-      bool isDeleted = false;
-      const auto gone = run_.written.forgetDeleted(BatchOutputFolder_, [&] {
-        isDeleted = deleteBatchOutputFolder(settings_.SavePath, BatchID_, scans);
-      });
-      for (const WrittenFiles::Number number : gone) run_.checksums.takeOut(number);
-      if (isDeleted) recorder_.outputDeleted();
-      return {};
-    } catch (const std::exception& refusal) {
-      std::wstring kept = description(refusal);
-      recorder_.outputKept(kept);
-      return kept;
-    }
-  }
-
-  // On a disk that ignores letter case, two batches can have the same folder.
-  void requireNoFileOfAnotherBatch() const {
-    const WrittenFiles::Finding others = run_.written.ofOtherBatchesIn(BatchOutputFolder_);
-    if (others.count == 0) return;
-    throw Failure(L"输出文件夹里有本次导出的档案【" + others.batch + L"】的文件，不删除：" +
-                  BatchOutputFolder_);
-  }
-
   void findReplacedFiles() {
-    const WrittenFiles::Finding& replaced = run_.written.replaced();
+    const WrittenFiles::Finding& replaced = place_.replaced();
     if (replaced.count == 0) return;
     recorder_.addFinding(L"替换了本次导出中已写出的 " + std::to_wstring(replaced.count) +
                          L" 个同名文件，第一个原是档案【" + replaced.batch + L"】的：" +
@@ -196,9 +154,8 @@ class BatchExport : private ExportListener {
   }
 
   void findLeftovers() {
-    if (!settings_.IsCreateBatchFolder) return;
     outcomeOf([this] {
-      const auto leftovers = run_.written.notWrittenIn(BatchOutputFolder_);
+      const WrittenFiles::Finding leftovers = place_.leftovers();
       if (leftovers.count == 0) return;
       recorder_.addFinding(L"的成果文件夹里有 " + std::to_wstring(leftovers.count) +
                            L" 个文件不是这次写出的，第一个：" + leftovers.first);
@@ -208,8 +165,8 @@ class BatchExport : private ExportListener {
   RunHost& host_;
   const ExportSettings settings_;  // a batch keeps to those that it began with
   const std::wstring BatchID_;
-  const std::wstring BatchOutputFolder_;
   Run& run_;
+  OutputPlace& place_;
   BatchRecorder& recorder_;
 };
 
@@ -223,7 +180,7 @@ bool exportFolder(RunHost& host, const std::wstring& BatchID, Run& run, BatchRec
   }
   BatchExport batch(host, BatchID, run, recorder);
   const bool isExported = batch.exportDocuments() && batch.recordSuccess();
-  recorder.reportBatch(run.written.ofPass());
+  recorder.reportBatch(run.place.ofPass());
   if (!isExported) mdlDataBase::AddBatchRemark(BatchID, L"成果输出失败！");
   return isExported;
 }
@@ -234,7 +191,7 @@ void exportBatch(RunHost& host, const Recordset& record, Run& run) {
   const Field& batchField = record.Fields(L"BatchID");
   const std::wstring title = batchField.isNull() ? L"" : batchField.text();
   BatchRecorder recorder(host, run.report, run.loggedFindings, title);
-  run.written.beginBatch(title);
+  run.place.beginBatch(title);
   try {
     const std::wstring BatchID = batchField.text();
     // `PaperNum` only serves to estimate the remaining time, but a record without it ends the run.
@@ -242,7 +199,7 @@ void exportBatch(RunHost& host, const Recordset& record, Run& run) {
     gBatchFolder = programFolder() + L"\\Batchs\\" + BatchID;
     recorder.endBatch(exportFolder(host, BatchID, run, recorder));
   } catch (const std::exception& failure) {
-    recorder.endWithRun(run.written.ofPass(), description(failure));
+    recorder.endWithRun(run.place.ofPass(), description(failure));
     throw;
   }
 }
