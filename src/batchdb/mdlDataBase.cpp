@@ -36,36 +36,46 @@ void makeConnectionIfAbsent() {
           : std::make_unique<SqliteStore>(LockPatience{.isStopRequested = isStopRequested});
 }
 
-bool failInLog(const std::wstring& prefix, const std::exception& failure, bool bShowBox) {
-  mdlFolderAndFile::LogWrite(prefix + description(failure),
-                             std::wstring(kApplicationTitle) + L"[mdlDataBase]", bShowBox);
-  return false;
+Outcome failInLog(const std::wstring& prefix, const std::exception& failure, bool bShowBox) {
+  const std::wstring message = prefix + description(failure);
+  mdlFolderAndFile::LogWrite(message, std::wstring(kApplicationTitle) + L"[mdlDataBase]", bShowBox);
+  Outcome failed;
+  failed.fail(message);
+  return failed;
 }
 
-}  // namespace
+Outcome openConnection() {
+  try {
+    makeConnectionIfAbsent();
+    gConnection->open(databaseFile());
+    return {};
+  } catch (const std::exception& failure) {
+    return failInLog(L"OpenConnection Err:", failure, true);
+  }
+}
 
-bool EnsureConnection(bool bRetrying) {
+Outcome ensureConnection(bool bRetrying) {
   bool bProving = true;
   try {
     makeConnectionIfAbsent();
     if (gConnection->isOpen()) gConnection->execute(L"Select '1'");
     bProving = false;
-    return gConnection->isOpen() || OpenConnection();
+    return gConnection->isOpen() ? Outcome{} : openConnection();
   } catch (const std::exception&) {
-    if (bRetrying || !bProving) return false;
+    if (bRetrying || !bProving) return {.ok = false};
   }
   gConnection.reset();  // the retry makes a new one
-  return EnsureConnection(true);
+  return ensureConnection(true);
+}
+
+}  // namespace
+
+bool EnsureConnection(bool bRetrying) {
+  return ensureConnection(bRetrying).ok;
 }
 
 bool OpenConnection() {
-  try {
-    makeConnectionIfAbsent();
-    gConnection->open(databaseFile());
-    return true;
-  } catch (const std::exception& failure) {
-    return failInLog(L"OpenConnection Err:", failure, true);
-  }
+  return openConnection().ok;
 }
 
 bool OpenRecordset(Recordset& rs, const std::wstring& sSql, bool bReadOnly) {
@@ -79,16 +89,21 @@ bool OpenRecordset(Recordset& rs, const std::wstring& sSql, bool bReadOnly) {
     rs.Open(activeConnection, sSql, bReadOnly);
     return true;
   } catch (const std::exception& failure) {
-    return failInLog(L"Error on opening database:", failure, true);
+    return failInLog(L"Error on opening database:", failure, true).ok;
   }
 }
 
 bool UpdateBatchInfo(const std::wstring& sBatchID, const std::wstring& sBatchState) {
+  return updateBatchState(sBatchID, sBatchState).ok;
+}
+
+Outcome updateBatchState(const std::wstring& sBatchID, const std::wstring& sBatchState) {
   try {
-    if (!EnsureConnection(false)) return false;
+    Outcome connection = ensureConnection(false);
+    if (!connection.ok) return connection;
     gConnection->execute(L" Update T_BatchInfo Set  BatchState=?  Where BatchID=?",
                          {sBatchState, sBatchID});
-    return true;
+    return {};
   } catch (const std::exception& failure) {
     return failInLog(L"UpdateBatchInfo :", failure, false);
   }
@@ -105,7 +120,7 @@ bool AddBatchRemark(const std::wstring& sBatchID, const std::wstring& sRemark) {
     gConnection->execute(L"update T_BatchInfo set Remark =? where BatchId =?", {sRemark, sBatchID});
     return true;
   } catch (const std::exception& failure) {
-    return failInLog(L"AddBatchRemark :", failure, false);
+    return failInLog(L"AddBatchRemark :", failure, false).ok;
   }
 }
 

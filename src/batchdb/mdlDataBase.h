@@ -7,6 +7,7 @@
 #include <string>
 
 #include "batchdb/BatchStore.h"
+#include "foundation/Outcome.h"
 
 namespace orvane {
 
@@ -36,6 +37,9 @@ bool OpenRecordset(Recordset& rs, const std::wstring& sSql, bool bReadOnly);
 
 /// Sets the state of a batch. True when the statement ran, also when no row has that ID.
 bool UpdateBatchInfo(const std::wstring& sBatchID, const std::wstring& sBatchState);
+
+/// `UpdateBatchInfo` with the reason of a failure.
+Outcome updateBatchState(const std::wstring& sBatchID, const std::wstring& sBatchState);
 
 /// Sets the remark of a batch, unless it has that remark already. True when the statement ran, also
 /// when no row has that ID.

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "docstore/ScanTree.h"
-#include "export/ScanTreeGuard.h"
 #include "foundation/Failure.h"
 #include "foundation/WindowServices.h"
 #include "foundation/durable_file.h"
@@ -60,8 +59,8 @@ std::wstring nameThatFits(std::wstring front, const std::wstring& end,
 
 /// The document that a merge creates. Only a folder with a `Doc.dat` is a document. The pages are
 /// therefore written first, under free names, and the page list last, in one step: a run sees
-/// either the older document of that name, or none, or the whole new one. After a failure, the
-/// destructor removes what was added.
+/// either the older document of that name, or none, or the whole new one. After a failure,
+/// `remove` leaves what was there before.
 class MergedDocument {
  public:
   explicit MergedDocument(const std::wstring& sNewDocumentID)
@@ -74,12 +73,6 @@ class MergedDocument {
       noteOldPages(pagesOf(sNewDocumentID));
     }
   }
-  ~MergedDocument() {
-    for (const std::wstring& file : unlistedFiles_) deleteSilently(file);
-    if (isNewFolder_ && !isListed_) mdlFolderAndFile::FolderDelete(folder_);
-  }
-  MergedDocument(const MergedDocument&) = delete;
-  MergedDocument& operator=(const MergedDocument&) = delete;
 
   /// Appends the pages of a document. A page that is listed twice becomes one file, listed twice.
   void add(const std::wstring& sDocumentID, const std::vector<std::wstring>& pages) {
@@ -94,12 +87,17 @@ class MergedDocument {
 
   /// Syncs the pages to the disk and lists them. The pages of an older document are deleted.
   void finish() {
-    for (const std::wstring& file : unlistedFiles_) syncEntry(file);
+    for (const std::wstring& file : newFiles_) syncEntry(file);
     syncEntry(folder_);
     syncEntry(gBatchFolder);
     files().WriteFile(list_, toAnsiStrict(pageListText(pages_)));
-    isListed_ = true;
-    unlistedFiles_.swap(oldFiles_);
+    for (const std::wstring& file : oldFiles_) deleteSilently(file);
+  }
+
+  /// Removes what was added, of a document that was not finished.
+  void remove() const {
+    for (const std::wstring& file : newFiles_) deleteSilently(file);
+    if (isNewFolder_) mdlFolderAndFile::FolderDelete(folder_);
   }
 
  private:
@@ -137,19 +135,19 @@ class MergedDocument {
 
   std::wstring copyPage(const std::wstring& source, const std::wstring& page) {
     std::wstring name = freePageName(page);
-    unlistedFiles_.push_back(folder_ + name + L".tif");
-    if (!mdlFolderAndFile::DialogFileCopy(source, unlistedFiles_.back())) {
-      unlistedFiles_.pop_back();
+    newFiles_.push_back(folder_ + name + L".tif");
+    if (!mdlFolderAndFile::DialogFileCopy(source, newFiles_.back())) {
+      newFiles_.pop_back();
       throw Failure(source + L": the page cannot be copied");
     }
     return name;
   }
 
   std::wstring folder_, list_;  ///< as spelled on the disk
-  bool isNewFolder_, isListed_ = false;
+  bool isNewFolder_;
   std::vector<std::wstring> pages_;
-  std::vector<std::wstring> oldFiles_;       ///< the pages of the older document
-  std::vector<std::wstring> unlistedFiles_;  ///< to be deleted at the end
+  std::vector<std::wstring> oldFiles_;  ///< the pages of the older document
+  std::vector<std::wstring> newFiles_;  ///< the copies of the pages
 };
 
 void merge(const std::wstring& sNewDocumentID, const std::wstring& sFirstID,
@@ -164,9 +162,14 @@ void merge(const std::wstring& sNewDocumentID, const std::wstring& sFirstID,
   const std::vector<std::wstring> first = pagesOf(sFirstID), second = pagesOf(sSecondID);
   toInt16(static_cast<double>(first.size() + second.size()));  // a longer list could not be loaded
   MergedDocument merged(sNewDocumentID);
-  merged.add(sFirstID, first);
-  merged.add(sSecondID, second);
-  merged.finish();
+  try {
+    merged.add(sFirstID, first);
+    merged.add(sSecondID, second);
+    merged.finish();
+  } catch (const std::exception&) {
+    merged.remove();
+    throw;
+  }
 }
 
 }  // namespace

@@ -44,12 +44,21 @@ bool withFailuresLogged(const std::wstring& prefix, Operation operation) {
 }  // namespace
 
 bool Document::LoadDocument(const std::wstring& sDocName) {
+  return load(sDocName).ok;
+}
+
+Outcome Document::load(const std::wstring& sDocName) {
   sDocFolder_ = GetDocumentPath(sDocName);
   sDocName_ = sDocName;
-  return withFailuresLogged(L"InitDocument-", [this] {
+  Outcome outcome;
+  try {
     readPageList(sDocName_, pages_);
-    return true;
-  });
+  } catch (const std::exception& failure) {
+    const std::wstring message = L"InitDocument-" + description(failure);
+    failInLog(message);
+    outcome.fail(message);
+  }
+  return outcome;
 }
 
 bool Document::CreateDocument(const std::wstring& sDocName) {

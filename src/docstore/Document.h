@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/Outcome.h"
+
 namespace orvane {
 
 /// One scanned document of the current batch: its name, its folder and the ordered list of its page
@@ -21,6 +23,9 @@ class Document {
   /// which leaves the list as it was, and for one that has only spaces. A byte pair of the file
   /// that is no character becomes U+FFFD.
   bool LoadDocument(const std::wstring& sDocName);
+
+  /// `LoadDocument` with the reason of a failure.
+  Outcome load(const std::wstring& sDocName);
 
   /// Begins a document without pages. `SaveDocument` writes it to the disk.
   bool CreateDocument(const std::wstring& sDocName);

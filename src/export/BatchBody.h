@@ -4,23 +4,18 @@
 #include <string>
 
 #include "batchdb/BatchStore.h"
-#include "export/ChecksumList.h"
+#include "export/OutputPlace.h"
 #include "export/RunHost.h"
 #include "export/RunReport.h"
-#include "export/ScanTreeGuard.h"
-#include "export/WrittenFiles.h"
 
 namespace orvane {
 
 /// The state of one run.
 struct Run {
   std::wstring PageNumberMask;
-  std::wstring SavePath;    ///< the output folder of the current batch
-  HeldFolder outputFolder;  ///< the folder that `SavePath` named when it was first used
-  WrittenFiles written{};
+  OutputPlace place;
   std::set<std::wstring> loggedFindings{};  ///< log lines about replaced or leftover files
   RunReport report{};
-  ChecksumList checksums{};
 };
 
 /// Exports the batch in `record`: all of its documents, then sets its new state. If a document

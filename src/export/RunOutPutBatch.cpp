@@ -78,8 +78,8 @@ RunEnd runRecorded(RunHost& host, Run& run) {
   } catch (const std::exception& failure) {
     logRunFailure(failure);
   }
-  run.report.endRun(run.written.left());
-  run.checksums.endRun();
+  run.report.endRun(run.place.left());
+  run.place.endRun();
   return end;
 }
 
@@ -90,8 +90,7 @@ void RunOutPutBatch(RunHost& host) {
   RunEnd end = RunEnd::Failed;
   try {
     if (!checkOutputFolder(host.settings().SavePath)) return;
-    const std::wstring SavePath = host.settings().SavePath;
-    Run run{pageNumberMask(host.txtLiuShui()), SavePath, HeldFolder(SavePath)};
+    Run run{pageNumberMask(host.txtLiuShui()), OutputPlace(host.settings().SavePath)};
     running = true;
     host.setIsStopRequested(false);
     showRunning(host, true);

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <exception>
-#include <functional>
 #include <optional>
 #include <utility>
 
@@ -21,8 +20,10 @@ namespace orvane {
 namespace mdlDocumentHelper {
 namespace {
 
-void logFailure(const std::wstring& text) {
-  mdlFolderAndFile::LogWrite(L"DocumentHelper-SaveAsDocument-" + text, kApplicationTitle);
+void logFailure(Outcome& document, const std::wstring& text) {
+  const std::wstring message = L"DocumentHelper-SaveAsDocument-" + text;
+  mdlFolderAndFile::LogWrite(message, kApplicationTitle);
+  document.fail(message);
 }
 
 void clearAfterError(ImagingEngine& instance) {
@@ -32,29 +33,6 @@ void clearAfterError(ImagingEngine& instance) {
 /// Throws Failure if the output folders are no longer in their place.
 using RequireOutput = std::function<void()>;
 
-/// Deletes the file that is being written, unless it was completed or is in another folder now.
-class UnfinishedFile {
- public:
-  UnfinishedFile(std::wstring path, const RequireOutput& requireOutput)
-      : path_(std::move(path)), requireOutput_(requireOutput) {}
-  ~UnfinishedFile() {
-    if (path_.empty()) return;
-    try {
-      requireOutput_();
-      mdlFolderAndFile::FileDelete(path_);
-    } catch (const std::exception&) {
-    }
-  }
-  UnfinishedFile(const UnfinishedFile&) = delete;
-  UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-
-  void complete() { path_.clear(); }
-
- private:
-  std::wstring path_;
-  const RequireOutput& requireOutput_;
-};
-
 std::wstring outputFile(const DocumentExport& order, std::int16_t page) {
   return order.IsPageFile
              ? pageFilePath(order.SavePath, order.NewDocumentID, page, order.SubFolderType,
@@ -62,71 +40,112 @@ std::wstring outputFile(const DocumentExport& order, std::int16_t page) {
              : multiPageFilePath(order.SavePath, order.NewDocumentID, order.SaveFileType);
 }
 
-void exportPage(const DocumentExport& order, const std::wstring& source, const std::wstring& target,
-                std::int16_t page, bool append, const RequireOutput& requireOutput) {
-  const SaveChoice choice = saveChoice(order.SaveFileType, order.IsPageFile, order.CompressionType,
-                                       order.CompressionRatios);
-  if (savePage(order.ImgControl, source, 1, target, choice, append, requireOutput)) return;
-  // The saver has logged what it caught. Damage in the page's data is logged here.
-  const std::wstring damage = order.ImgControl.damage();
-  if (!damage.empty()) logFailure(source + L": " + damage);
-  throw Failure((order.IsPageFile ? L"按页保存时出错。页码：" : L"按多页文件保存时出错。页码：") +
-                std::to_wstring(page));
-}
+/// The export of the pages of one document.
+class PagesToExport {
+ public:
+  PagesToExport(const DocumentExport& order, const Document& document, const OutputGuard& guard,
+                ExportListener& listener, Outcome& outcome)
+      : order_(order),
+        document_(document),
+        pageCount_(document.PageCount()),
+        guard_(guard),
+        listener_(listener),
+        outcome_(outcome) {}
 
-void exportPages(const DocumentExport& order, const Document& document, const OutputGuard& guard,
-                 ExportListener& listener) {
-  const RequireOutput requireOutput = [&] {
-    listener.requireOutputFolder();
-    guard.requireFolder();
-  };
-  const std::int16_t pageCount = document.PageCount();
-  std::optional<StagedFile> staged;  // for a share on which the file cannot grow
-  for (int index = 1; index <= pageCount; ++index) {
-    listener.beginPage(index, pageCount);
-    const auto page = static_cast<std::int16_t>(index);
-    const std::wstring target = outputFile(order, page);
-    const bool append = !order.IsPageFile && page > 1;
-    // A target that fails the check may belong to somebody else and is not deleted.
-    const std::optional<FileIdentity> older = guard.check(target);
-    UnfinishedFile file(target, requireOutput);
-    if (append && !older) throw systemFailure(ENOENT, target);  // the first pages are lost
-    if (older && !append) listener.replace(*older, target);
-    if (append && page == 2 && StagedFile::isNeededFor(target)) staged.emplace(target);
-    exportPage(order, GetPagePath(document.DocName(), document.GetPage(page)),
-               staged ? staged->path() : target, page, append, requireOutput);
-    if (staged && page == pageCount) {
-      requireOutput();
-      staged->copyToTarget();
+  void exportAll() {
+    for (int index = 1; index <= pageCount_; ++index) {
+      listener_.beginPage(index, pageCount_);
+      const auto page = static_cast<std::int16_t>(index);
+      const std::wstring target = outputFile(order_, page);
+      // A target that fails the check may belong to somebody else and is not deleted.
+      const std::optional<FileIdentity> older = guard_.check(target);
+      try {
+        exportTo(target, older, page);
+      } catch (const std::exception&) {
+        removeUnfinished(target);
+        throw;
+      }
+      listener_.endPage();
+      windowServices().yield();
     }
-    if (order.IsPageFile || page == pageCount) {
-      listener.addFile(target, order.IsPageFile ? 1 : pageCount);
-    }
-    file.complete();
-    listener.endPage();
-    windowServices().yield();
   }
-}
+
+ private:
+  void exportTo(const std::wstring& target, const std::optional<FileIdentity>& older,
+                std::int16_t page) {
+    const bool append = !order_.IsPageFile && page > 1;
+    if (append && !older) throw systemFailure(ENOENT, target);  // the first pages are lost
+    if (older && !append) listener_.replace(*older, target);
+    if (append && page == 2 && StagedFile::isNeededFor(target)) staged_.emplace(target);
+    save(page, staged_ ? staged_->path() : target, append);
+    if (staged_ && page == pageCount_) {
+      requireOutput();
+      staged_->copyToTarget();
+    }
+    if (order_.IsPageFile || page == pageCount_) {
+      listener_.addFile(target, order_.IsPageFile ? 1 : pageCount_);
+    }
+  }
+
+  void save(std::int16_t page, const std::wstring& target, bool append) {
+    const std::wstring source = GetPagePath(document_.DocName(), document_.GetPage(page));
+    const SaveChoice choice = saveChoice(order_.SaveFileType, order_.IsPageFile,
+                                         order_.CompressionType, order_.CompressionRatios);
+    outcome_.take(savePage(order_.ImgControl, source, 1, target, choice, append,
+                           [this] { requireOutput(); }));
+    if (outcome_.ok) return;
+    // The saver has logged what it caught. Damage in the page's data is logged here.
+    const std::wstring damage = order_.ImgControl.damage();
+    if (!damage.empty()) logFailure(outcome_, source + L": " + damage);
+    throw Failure(
+        (order_.IsPageFile ? L"按页保存时出错。页码：" : L"按多页文件保存时出错。页码：") +
+        std::to_wstring(page));
+  }
+
+  // Throws Failure if the output folders are no longer in their place.
+  void requireOutput() const {
+    listener_.requireOutputFolder();
+    guard_.requireFolder();
+  }
+
+  // Unless the file is in another folder now.
+  void removeUnfinished(const std::wstring& target) const {
+    try {
+      requireOutput();
+      mdlFolderAndFile::FileDelete(target);
+    } catch (const std::exception&) {  // the failure that led here is the one to report
+    }
+  }
+
+  const DocumentExport& order_;
+  const Document& document_;
+  const std::int16_t pageCount_;
+  const OutputGuard& guard_;
+  ExportListener& listener_;
+  Outcome& outcome_;
+  std::optional<StagedFile> staged_;  // for a share on which the file cannot grow
+};
 
 }  // namespace
 
-bool SaveAsDocument(const DocumentExport& order, ExportListener& listener) {
+Outcome SaveAsDocument(const DocumentExport& order, ExportListener& listener) {
+  Outcome outcome;
   try {
     clearAfterError(order.ImgPageCount);
     clearAfterError(order.ImgMerge);
     Document document;
-    if (!document.LoadDocument(order.DocumentID)) return false;
+    outcome = document.load(order.DocumentID);
+    if (!outcome.ok) return outcome;
 
     OutputGuard guard(order.SavePath, order.DocumentID);
     listener.requireOutputFolder();
     mdlFolderAndFile::MakeFolderPath(mdlFolderAndFile::AppendBackslash(order.SavePath));
     guard.enterFolder();
-    exportPages(order, document, guard, listener);
-    return true;
+    PagesToExport(order, document, guard, listener, outcome).exportAll();
   } catch (const std::exception& failure) {
-    logFailure(description(failure));
-    return false;
+    logFailure(outcome, description(failure));
   }
+  return outcome;
 }
 
 bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingEngine& ImgPageCount,
@@ -136,9 +155,10 @@ bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingE
                     const std::wstring& NewDocumentID) {
   ExportListener nobody;
   return SaveAsDocument(
-      {ImgMerge, ImgControl, ImgPageCount, DocumentID, SaveFileType, IsPageFile, CompressionType,
-       CompressionRatios, SavePath, SubFolderType, NewDocumentID},
-      nobody);
+             {ImgMerge, ImgControl, ImgPageCount, DocumentID, SaveFileType, IsPageFile,
+              CompressionType, CompressionRatios, SavePath, SubFolderType, NewDocumentID},
+             nobody)
+      .ok;
 }
 
 }  // namespace mdlDocumentHelper

@@ -8,6 +8,7 @@
 
 #include "export/ScanTreeGuard.h"
 #include "foundation/FileState.h"
+#include "foundation/Outcome.h"
 #include "imaging/ImagingEngine.h"
 
 namespace orvane {
@@ -53,10 +54,10 @@ struct DocumentExport {
 /// export, is logged, and removes the file that is being written; page files completed before it
 /// stay. An output file inside the scan tree or outside `SavePath` is refused before anything is
 /// created or deleted, and so is every page after another folder has replaced the output folder.
-/// Returns true if every page was written; a document without pages counts as written.
-bool SaveAsDocument(const DocumentExport& order, ExportListener& listener);
+/// Succeeds if every page was written; a document without pages counts as written.
+Outcome SaveAsDocument(const DocumentExport& order, ExportListener& listener);
 
-/// The same operation with the parameters that hosts pass.
+/// The same operation with the parameters that hosts pass. Returns true if it succeeds.
 bool SaveAsDocument(ImagingEngine& ImgMerge, ImagingEngine& ImgControl, ImagingEngine& ImgPageCount,
                     const std::wstring& DocumentID, std::int16_t SaveFileType, bool IsPageFile,
                     std::int16_t CompressionType, std::int16_t CompressionRatios,

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "docstore/ScanTree.h"
-#include "export/OutputNaming.h"
 #include "foundation/Failure.h"
 #include "foundation/mdlFolderAndFile.h"
 #include "foundation/paths.h"
@@ -125,30 +124,6 @@ void ScansOfBatch::requireDeletable(const std::wstring& folder) const {
       resolvedPlace(programFolder()).isWithin(place)) {
     throw Failure(L"输出文件夹含有程序或扫描件，不删除：" + folder);
   }
-}
-
-namespace {
-
-// Only a listing has the stored spelling.
-void requireStoredUnder(const std::wstring& name, const std::wstring& SavePath,
-                        const std::wstring& folder) {
-  FileSystemObject& files = mdlFolderAndFile::fileSystem();
-  if (!files.FolderExists(folder)) return;
-  const std::vector<std::wstring> stored = files.SubFolders(SavePath);
-  if (!std::binary_search(stored.begin(), stored.end(), name)) {
-    throw Failure(L"输出文件夹在磁盘上的名字与批次名写法不同，可能是另一批的，不删除：" + folder);
-  }
-}
-
-}  // namespace
-
-bool deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID,
-                             const ScansOfBatch& scans) {
-  if (!isFolderName(BatchID)) throw Failure(L"批次名不能作文件夹名，不删除：" + BatchID);
-  const std::wstring folder = batchOutputFolder(SavePath, true, BatchID);
-  scans.requireDeletable(folder);
-  requireStoredUnder(BatchID, SavePath, folder);
-  return mdlFolderAndFile::FolderDelete(folder);
 }
 
 }  // namespace orvane

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "export/WrittenFiles.h"
 #include "foundation/FileDescriptor.h"
 #include "foundation/FileState.h"
 #include "foundation/Place.h"
@@ -78,13 +77,5 @@ class ScansOfBatch {
   std::vector<Place> roots_;
   std::wstring unknown_;  // why the roots are not known; empty if they are
 };
-
-/// Deletes `SavePath\BatchID` with all its contents, after a document of the current batch has
-/// failed. Throws Failure, with a reason for the operator, for a folder that is kept: one that
-/// `scans` refuses, and one that the disk stores under another spelling of the name, because on a
-/// disk that ignores letter case it is the folder of another batch. A failure of the deletion
-/// itself is silent. Returns true if the folder existed and was deleted.
-bool deleteBatchOutputFolder(const std::wstring& SavePath, const std::wstring& BatchID,
-                             const ScansOfBatch& scans);
 
 }  // namespace orvane

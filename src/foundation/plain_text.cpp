@@ -98,6 +98,13 @@ bool hasShape(std::wstring_view text, std::wstring_view shape) {
   });
 }
 
+std::wstring inOneLine(std::wstring text) {
+  for (wchar_t& c : text) {
+    if (c == L'\r' || c == L'\n') c = L' ';
+  }
+  return text;
+}
+
 std::wstring zeroFilled(int number, std::size_t width) {
   const std::wstring digits = std::to_wstring(number);
   return std::wstring(width - std::min(width, digits.size()), L'0') + digits;

@@ -25,6 +25,9 @@ std::wstring upperCase(std::wstring text);
 /// True if `text` has a digit from 0 to 9 wherever `shape` has a "0", and is equal to it elsewhere.
 bool hasShape(std::wstring_view text, std::wstring_view shape);
 
+/// `text` with a space in place of every character of a line end.
+std::wstring inOneLine(std::wstring text);
+
 /// A number, at least 0, padded with "0" on the left to `width` digits. A longer number keeps all
 /// its digits.
 std::wstring zeroFilled(int number, std::size_t width);

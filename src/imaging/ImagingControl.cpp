@@ -109,11 +109,11 @@ void ImagingControl::logEarlyEnd(const EarlyEnd& earlyEnd) {
 }
 
 // A bitmap of another instance has no file to name.
-void ImagingControl::logOfPage(const std::wstring& what, const std::wstring& reason) const {
+void ImagingControl::logOfPage(const std::wstring& what, const std::wstring& reason) {
   if (reason.empty() || page_->number() == 0) return;
-  mdlFolderAndFile::LogWrite(
-      what + L":" + sourceFile_ + L"--第" + std::to_wstring(page_->number()) + L"页--" + reason,
-      kApplicationTitle);
+  remarks_.push_back(what + L":" + sourceFile_ + L"--第" + std::to_wstring(page_->number()) +
+                     L"页--" + reason);
+  mdlFolderAndFile::LogWrite(remarks_.back(), kApplicationTitle);
 }
 
 void ImagingControl::expectPages(PageForecast forecast, std::function<void()> beforeWork) {
@@ -136,6 +136,7 @@ void ImagingControl::SourceFile(const std::wstring& path) {
   sourceFile_ = path;
   if (path.empty()) return;
   damage_.clear();
+  remarks_.clear();
   guarded([&] { load(path); });
 }
 

@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "imaging/ImagingEngine.h"
 #include "imaging/LoadedPage.h"
@@ -56,6 +57,7 @@ class ImagingControl final : public ImagingEngine {
 
   std::int32_t ImagError() const override { return imagError_; }
   std::wstring damage() const override { return damage_; }
+  std::vector<std::wstring> remarks() const override { return remarks_; }
   void Refresh() override {}
   void Picture(ImagePicture* picture) override;
 
@@ -99,7 +101,7 @@ class ImagingControl final : public ImagingEngine {
   EncodedPage encode(SampleOrder order);
   void note(const DataState& data);
   void logEarlyEnd(const EarlyEnd& earlyEnd);
-  void logOfPage(const std::wstring& what, const std::wstring& reason) const;
+  void logOfPage(const std::wstring& what, const std::wstring& reason);
   Findings saveTo(const std::wstring& path);
   Findings saveOverSource();
   std::wstring pathToWrite() const;
@@ -120,6 +122,7 @@ class ImagingControl final : public ImagingEngine {
   double skew_ = 0;  ///< degrees, from DeskewFirstStep to DeskewSecondStep
   std::int32_t imagError_ = kNoImagError;
   std::wstring damage_;
+  std::vector<std::wstring> remarks_;
   bool earlyEndIsLogged_ = false;
   TiffFile tiffFile_;
   PdfFile pdfFile_;

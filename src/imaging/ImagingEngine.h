@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace orvane {
 
@@ -96,6 +97,9 @@ class ImagingEngine : public PageToSave {
   /// Why the image data of the page that was loaded last is damaged; empty if no damage has been
   /// found. It can still be read after the instance has been cleared.
   virtual std::wstring damage() const { return {}; }
+  /// What has been logged of the page that was loaded last, although it was saved. It can still be
+  /// read after the instance has been cleared.
+  virtual std::vector<std::wstring> remarks() const { return {}; }
   /// Repaints the control; no effect on data.
   virtual void Refresh() = 0;
   /// nullptr removes the picture and the loaded page.

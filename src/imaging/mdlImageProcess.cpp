@@ -91,30 +91,31 @@ void loadPage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int
 
 }  // namespace
 
-bool savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
-              const std::wstring& sSaveFilePath, const SaveChoice& choice, bool bSaveMultiPage,
-              const std::function<void()>& beforeWriting) {
+Outcome savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
+                 const std::wstring& sSaveFilePath, const SaveChoice& choice, bool bSaveMultiPage,
+                 const std::function<void()>& beforeWriting) {
+  Outcome outcome;
   try {
     loadPage(ImgControl, ImagePath, PageNum, bSaveMultiPage);
     if (beforeWriting) beforeWriting();
     setTarget(ImgControl, sSaveFilePath);
     setCodes(ImgControl, choice);
     ImgControl.SaveFile();
+    for (const std::wstring& remark : ImgControl.remarks()) outcome.add(remark);
     windowServices().yield();
-    const bool saved = ImgControl.ImagError() == 0;
+    outcome.ok = ImgControl.ImagError() == 0;
     ClearControl(ImgControl);
-    return saved;
   } catch (const std::exception& failure) {
     ImgControl.SaveMultiPage(false);
     ClearControl(ImgControl);
     // The error number is read after the clear, so it is that of the clear itself.
-    mdlFolderAndFile::LogWrite(
+    const std::wstring message =
         std::wstring(choice.asPdf ? L"mdlImageProcess-SavePDF-" : L"mdlImageProcess-SaveImage-") +
-            description(failure) + L" ImgControl.ImagError =" +
-            std::to_wstring(ImgControl.ImagError()),
-        kApplicationTitle);
-    return false;
+        description(failure) + L" ImgControl.ImagError =" + std::to_wstring(ImgControl.ImagError());
+    mdlFolderAndFile::LogWrite(message, kApplicationTitle);
+    outcome.fail(message);
   }
+  return outcome;
 }
 
 }  // namespace orvane
@@ -136,14 +137,14 @@ bool SaveImage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::in
                const std::wstring& sSaveFilePath, bool bCompression, std::int16_t CompressionRatios,
                bool bSaveMultiPage) {
   const SaveChoice choice{false, isJpgName(sSaveFilePath), bCompression, CompressionRatios};
-  return savePage(ImgControl, ImagePath, PageNum, sSaveFilePath, choice, bSaveMultiPage, {});
+  return savePage(ImgControl, ImagePath, PageNum, sSaveFilePath, choice, bSaveMultiPage, {}).ok;
 }
 
 bool SavePDF(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
              const std::wstring& sSaveFilePath, bool bCompression, std::int16_t CompressionRatios,
              bool bSaveMultiPage) {
   const SaveChoice choice{true, isJpgName(sSaveFilePath), bCompression, CompressionRatios};
-  return savePage(ImgControl, ImagePath, PageNum, sSaveFilePath, choice, bSaveMultiPage, {});
+  return savePage(ImgControl, ImagePath, PageNum, sSaveFilePath, choice, bSaveMultiPage, {}).ok;
 }
 
 bool SaveImageEx(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath, bool bCompression,

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "foundation/Outcome.h"
 #include "imaging/ImagingEngine.h"
 
 namespace orvane {
@@ -18,9 +19,9 @@ void setTiffCodesByDepth(PageToSave& page, bool bCompression);
 /// Saves a page as `SavePDF` or `SaveImage` does (see below), according to `choice.asPdf`.
 /// @param beforeWriting  called when the page has been loaded, which can take long. If it throws,
 /// nothing is created and the save fails.
-bool savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
-              const std::wstring& sSaveFilePath, const SaveChoice& choice, bool bSaveMultiPage,
-              const std::function<void()>& beforeWriting);
+Outcome savePage(ImagingEngine& ImgControl, const std::wstring& ImagePath, std::int16_t PageNum,
+                 const std::wstring& sSaveFilePath, const SaveChoice& choice, bool bSaveMultiPage,
+                 const std::function<void()>& beforeWriting);
 
 /// Sets the target and creates its folder; an empty path is the source file itself.
 void setTarget(ImagingEngine& ImgControl, const std::wstring& sSaveFilePath);

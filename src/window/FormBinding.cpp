@@ -15,26 +15,41 @@
 namespace orvane {
 namespace {
 
-constexpr std::pair<OptionGroup, const char*> kOptionGroups[] = {
-    {OptionGroup::SaveFileType, "optSaveFileType"},
-    {OptionGroup::MutiPage, "optMutiPage"},
-    {OptionGroup::CompressionType, "optCompressionType"},
-    {OptionGroup::CompressionRatios, "optCompressionRatios"}};
+struct OptionButton {
+  OptionGroup group;
+  int number;
+  ControlName<QRadioButton> name;
+};
 
-constexpr std::pair<CheckBox, const char*> kCheckBoxes[] = {
-    {CheckBox::CreateBatchFolder, "chkCreateBatchFolder"},
-    {CheckBox::CreateDocFolder, "chkCreateDocFolder"}};
+constexpr OptionButton kOptions[] = {{OptionGroup::SaveFileType, 0, "optSaveFileType_0"},
+                                     {OptionGroup::SaveFileType, 1, "optSaveFileType_1"},
+                                     {OptionGroup::SaveFileType, 2, "optSaveFileType_2"},
+                                     {OptionGroup::MutiPage, 0, "optMutiPage_0"},
+                                     {OptionGroup::MutiPage, 1, "optMutiPage_1"},
+                                     {OptionGroup::CompressionType, 0, "optCompressionType_0"},
+                                     {OptionGroup::CompressionType, 1, "optCompressionType_1"},
+                                     {OptionGroup::CompressionRatios, 0, "optCompressionRatios_0"},
+                                     {OptionGroup::CompressionRatios, 1, "optCompressionRatios_1"},
+                                     {OptionGroup::CompressionRatios, 2, "optCompressionRatios_2"}};
 
-constexpr std::pair<TextBox, const char*> kTextBoxes[] = {
+constexpr struct {
+  CheckBox box;
+  ControlName<QCheckBox> name;
+} kCheckBoxes[] = {{CheckBox::CreateBatchFolder, "chkCreateBatchFolder"},
+                   {CheckBox::CreateDocFolder, "chkCreateDocFolder"}};
+
+constexpr struct {
+  TextBox box;
+  ControlName<QLineEdit> name;
+} kTextBoxes[] = {
     {TextBox::Sp1, "txtSp1"}, {TextBox::Sp2, "txtSp2"}, {TextBox::LiuShui, "txtLiuShui"}};
+
+constexpr ControlName<QWidget> kFrames[kOptionFrames] = {"Frame1", "Frame2", "Frame3",
+                                                         "Frame4", "Frame5", "Frame6"};
 
 // Calls `visit(group, button number, widget)` for each option button.
 void forEachOption(const QWidget& window, const auto& visit) {
-  for (const auto& [group, name] : kOptionGroups) {
-    for (int i = 0; i < kOptionButtons[static_cast<std::size_t>(group)]; ++i) {
-      visit(group, i, control<QRadioButton>(window, QStringLiteral("%1_%2").arg(name).arg(i)));
-    }
-  }
+  for (const auto& [group, number, name] : kOptions) visit(group, number, control(window, name));
 }
 
 // The button of an exclusive group cannot be cleared. Tab stops at the selected button of a group;
@@ -68,7 +83,7 @@ void FormBinding::connectOptions() {
     });
   });
   for (const auto& [box, name] : kCheckBoxes) {
-    QObject::connect(&control<QCheckBox>(window_, name), &QCheckBox::clicked, &window_,
+    QObject::connect(&control(window_, name), &QCheckBox::clicked, &window_,
                      [this, checkBox = box](bool checked) {
                        form_.setChecked(checkBox, checked);
                        changed_();
@@ -83,7 +98,7 @@ void FormBinding::connectOptions() {
 
 void FormBinding::connectTexts() {
   for (const auto& [box, name] : kTextBoxes) {
-    QObject::connect(&control<QLineEdit>(window_, name), &QLineEdit::textChanged, &window_,
+    QObject::connect(&control(window_, name), &QLineEdit::textChanged, &window_,
                      [this, textBox = box](const QString& text) {
                        form_.setText(textBox, fromQt(text));
                        changed_();
@@ -96,8 +111,7 @@ void FormBinding::show() {
   showTexts();
   showRenameTypes();
   for (int frame = 1; frame <= kOptionFrames; ++frame) {
-    control<QWidget>(window_, QStringLiteral("Frame%1").arg(frame))
-        .setEnabled(form_.isFrameEnabled(frame));
+    control(window_, kFrames[frame - 1]).setEnabled(form_.isFrameEnabled(frame));
   }
   changed_();
 }
@@ -108,13 +122,13 @@ void FormBinding::showOptions() {
     setOption(button, selected == i, selected == i || selected < 0);
   });
   for (const auto& [box, name] : kCheckBoxes) {
-    control<QCheckBox>(window_, name).setChecked(form_.isChecked(box));
+    control(window_, name).setChecked(form_.isChecked(box));
   }
 }
 
 void FormBinding::showTexts() {
   for (const auto& [box, name] : kTextBoxes) {
-    QLineEdit& edit = control<QLineEdit>(window_, name);
+    QLineEdit& edit = control(window_, name);
     const QSignalBlocker blocker(edit);
     if (const QString text = toQt(form_.text(box)); edit.text() != text) edit.setText(text);
   }

@@ -3,64 +3,24 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QSize>
 #include <QWidget>
-#include <span>
 
-/// The controls of `frmMain`: their kinds, captions and positions in a table, the widgets that they
-/// need, and their construction.
+#include "window/control_table.h"
+
+/// The controls of `frmMain`: their construction, and the widgets that they need.
 namespace orvane {
-
-enum class ControlKind {
-  List,
-  Frame,
-  Option,
-  Check,
-  Label,
-  GapLabel,  ///< another control is placed in the blanks of its caption
-  Text,
-  TallText,  ///< wraps long text
-  DropDown,
-  Button,
-  WrapButton,  ///< wraps its caption
-};
-
-constexpr bool takesFocus(ControlKind kind) {
-  return kind != ControlKind::Frame && kind != ControlKind::Label && kind != ControlKind::GapLabel;
-}
-
-/// One control. Positions and sizes are in twips, relative to the upper left corner of the parent.
-struct ControlRow {
-  const char* name;    ///< the object name; for a button of a group it ends in `_<index>`
-  const char* parent;  ///< the name of the parent control; empty for the window itself
-  ControlKind kind;
-  const wchar_t* caption;
-  int left, top, width, height;
-  int tab;  ///< the position in the tab order
-};
-
-/// A twip is 1/1440 inch, so that a pixel at 96 dpi has 15.
-inline constexpr int kTwipsPerPixel = 15;
-
-/// The client area of the window, in pixels.
-inline constexpr QSize kClientSize(13995 / kTwipsPerPixel, 9675 / kTwipsPerPixel);
-
-/// The left edge of the progress list, in twips.
-inline constexpr int kListLeft = 6120;
-
-/// All controls. A control comes after its parent and after any control that it covers.
-std::span<const ControlRow> controlTable();
 
 /// Creates the controls of the table inside `window`, each with its object name, and sets the tab
 /// order.
 void buildControls(QWidget& window);
 
-/// Returns the control with an object name. It must exist and have this type.
+/// Returns the control with an object name. Throws Failure until the controls have been created.
+QWidget& widgetNamed(const QWidget& window, const char* name);
+
+/// The same as what it was made as.
 template <typename Control>
-Control& control(const QWidget& window, const QString& name) {
-  auto* found = dynamic_cast<Control*>(window.findChild<QWidget*>(name));
-  Q_ASSERT(found != nullptr);
-  return *found;
+Control& control(const QWidget& window, ControlName<Control> name) {
+  return static_cast<Control&>(widgetNamed(window, name.text()));
 }
 
 // Widgets with special captions.

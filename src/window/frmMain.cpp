@@ -59,8 +59,8 @@ frmMain::frmMain(std::function<void(RunHost&)> run, std::function<void()> endPro
 }
 
 void frmMain::connectButtons() {
-  const auto connectClick = [this](const char* name, void (frmMain::*handler)()) {
-    connect(&control<QPushButton>(*this, name), &QPushButton::clicked, this,
+  const auto connectClick = [this](ControlName<QPushButton> name, void (frmMain::*handler)()) {
+    connect(&control(*this, name), &QPushButton::clicked, this,
             [this, handler] { (this->*handler)(); });
   };
   connectClick("btnRun", &frmMain::btnRun_Click);
@@ -244,8 +244,8 @@ ImagingInstances frmMain::imaging() {
 
 // When a button with the focus is disabled, Qt moves the focus to the next button, which the next
 // Enter would press.
-void frmMain::enableButton(const char* name, bool enabled) {
-  QPushButton& button = control<QPushButton>(*this, name);
+void frmMain::enableButton(ControlName<QPushButton> name, bool enabled) {
+  QPushButton& button = control(*this, name);
   if (!enabled && button.hasFocus()) listProcessLog_->setFocus();
   button.setEnabled(enabled);
 }

@@ -10,6 +10,7 @@
 #include "window/NamingPreview.h"
 #include "window/ProgressListView.h"
 #include "window/RunTips.h"
+#include "window/control_table.h"
 
 namespace orvane {
 
@@ -85,7 +86,7 @@ class frmMain final : public QWidget, public RunHost {
 
   void connectButtons();
   void openInTheCentre();
-  void enableButton(const char* name, bool enabled);
+  void enableButton(ControlName<QPushButton> name, bool enabled);
   /// Clears the list and runs with `Frame1` to `Frame<lastFrame>` disabled.
   void runWithOptionsLocked(int lastFrame);
 

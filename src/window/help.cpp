@@ -17,7 +17,7 @@ namespace orvane {
 namespace {
 
 struct HelpRow {
-  const char* name;
+  ControlName<QWidget> name;
   Qt::Key key;  ///< with Alt
   const char* accessibleName;
   const char* toolTip;
@@ -106,7 +106,7 @@ void addKey(QWidget& window, QWidget& target, Qt::Key key) {
 
 void addControlHelp(QWidget& window) {
   for (const HelpRow& row : kHelp) {
-    QWidget& target = control<QWidget>(window, row.name);
+    QWidget& target = control(window, row.name);
     const QString text = QString::fromUtf8(row.toolTip);
     const QString keyLine = QStringLiteral("快捷键 %1").arg(keyName(row.key));
     target.setToolTip(text.isEmpty() ? keyLine : text + u'\n' + keyLine);

@@ -48,7 +48,7 @@ class RunWithWorkers : public testing::Test {
       document Good/D3 palette early
       document Good/D4 cmyk g4 jpeg
       document Damaged/D1 lzw1 jpeg
-      document Damaged/D2 g4 bad gray jpeg
+      document Damaged/D2 g4 early bad gray jpeg
       document Damaged/D3 g4
       document Missing/D1 gray
       document Missing/D2 g4 jpeg missing lzw1
@@ -107,6 +107,8 @@ TEST_F(RunWithWorkers, LeavesWhatARunWithoutThemLeaves) {
     const Trace alone = run(options, 0);
     EXPECT_EQ(alone.states, "完成成果输出|\n完成扫描|成果输出失败！\n完成扫描|成果输出失败！\n");
     EXPECT_NE(alone.log.find("图像数据提前结束"), std::string::npos) << alone.log;
+    const std::size_t early = alone.list.find("图像数据提前结束");
+    EXPECT_LT(early, alone.list.find("bad.tif: ")) << "in the reason of Damaged/D2: " << alone.list;
     for (const unsigned workers : {1U, 2U, 4U}) {
       SCOPED_TRACE(std::to_string(workers) + " workers");
       EXPECT_EQ(run(options, workers), alone);

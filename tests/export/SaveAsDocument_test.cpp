@@ -26,9 +26,9 @@ class SaveAsDocument : public testing::Test, protected ExportListener {
   bool save(bool isPageFile, const std::wstring& savePath, const std::wstring& stem = L"D1_",
             std::int16_t fileType = 0, const std::wstring& document = L"D1") {
     journal.clear();
-    return mdlDocumentHelper::SaveAsDocument(
-        {merge, *engine, pageCount, document, fileType, isPageFile, 0, 0, savePath, L"000", stem},
-        *this);
+    const mdlDocumentHelper::DocumentExport order{
+        merge, *engine, pageCount, document, fileType, isPageFile, 0, 0, savePath, L"000", stem};
+    return mdlDocumentHelper::SaveAsDocument(order, *this).ok;
   }
 
   void beginPage(int page, int pages) override {

@@ -52,23 +52,6 @@ TEST(Log, ANamedFileIsAppendedToAndABoxShownWhateverHappensToTheFile) {
   EXPECT_EQ(window.takeBoxes(), "m | s | !\nmessage | source | !\nagain | source | !\n");
 }
 
-TEST(Log, TheLastMessagesAreCollectedForWhoeverTellsTheFailure) {
-  const TempStation station;
-  LogWrite(L"before", L"s");
-  const LogCapture outer;
-  for (const wchar_t* message : {L"1", L"2", L"3", L"4", L"5\r6", L"7", L"8"})
-    LogWrite(message, L"s");
-  {
-    const LogCapture inner;
-    EXPECT_EQ(inner.text(), L"");
-    station.shell("rm -r Log; touch Log");  // what cannot be written is collected too
-    LogWrite(L"inner", L"s");
-    EXPECT_EQ(inner.text(), L"inner");
-  }
-  LogWrite(L"9", L"s");
-  EXPECT_EQ(outer.text(), L"3\n4\n5 6\n7\n8\n9");
-}
-
 TEST(Log, TheEndOfTheDaysFileIsReadInWholeEntries) {
   const TempStation station;
   for (const wchar_t* message : {L"第一", L"第二", L"第三"}) LogWrite(message, L"s");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "foundation/Failure.h"
+#include "foundation/Outcome.h"
 #include "foundation/plain_text.h"
 #include "support/TempStation.h"
 
@@ -67,6 +68,21 @@ TEST(Numbers, AreReadAsFarAsTheyGoOrWhole) {
   for (const wchar_t* text : {L"TRUE", L" true ", L"-1", L"0.5"}) EXPECT_TRUE(toBoolean(text));
   for (const wchar_t* text : {L"fAlse", L"0.0"}) EXPECT_FALSE(toBoolean(text));
   for (const wchar_t* text : {L"", L"truely"}) EXPECT_THROW(toBoolean(text), Failure);
+}
+
+TEST(Outcome, KeepsTheLastMessagesAndTheResultOfTheLastStep) {
+  Outcome part, whole;
+  for (const wchar_t* message : {L"1", L"2", L"3", L"4", L"5\r6", L"7"}) part.add(message);
+  EXPECT_EQ(part.reason, L"1\n2\n3\n4\n5 6\n7");
+  whole.take({});
+  whole.add(L"0");
+  whole.take(part);
+  EXPECT_TRUE(whole.ok);
+  EXPECT_EQ(whole.reason, part.reason);
+  part.fail(L"\n");
+  whole.take(part);
+  EXPECT_FALSE(whole.ok);
+  EXPECT_EQ(whole.reason, L"2\n3\n4\n5 6\n7\n ");
 }
 
 }  // namespace

@@ -37,7 +37,7 @@ class Help : public Station {
 TEST_F(Help, EveryControlHasAToolTipANameAndAKey) {
   find<QPushButton>("btnStop").setEnabled(true);
   std::set<QString> keys;
-  for (const ControlRow& row : controlTable()) {
+  for (const ControlRow& row : kControls) {
     if (!takesFocus(row.kind)) continue;
     SCOPED_TRACE(row.name);
     QWidget& control = find(row.name);
