@@ -10,6 +10,7 @@
 
 #include "docstore/ScanTree.h"
 #include "foundation/Failure.h"
+#include "foundation/FileDescriptor.h"
 #include "foundation/paths.h"
 #include "foundation/plain_text.h"
 #include "foundation/text_encoding.h"
@@ -127,7 +128,7 @@ class Planner {
           continue;
         }
         images.push_back({file, source->pageCount()});
-        plan_.bytes += fs::file_size(nativePath(file));
+        plan_.bytes += FileDescriptor::openRegularFile(file).state().size;
         refusePages(*source, file);
       } catch (const std::exception& failure) {
         refuse(file, description(failure));

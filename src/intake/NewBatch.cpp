@@ -115,7 +115,7 @@ void writePages(const FileJob& job, const std::wstring& folder, Tally& tally) {
       throw Failure(page->file + L"，第 " + std::to_wstring(page->number) + L" 页：" +
                     description(failure));
     }
-    tally.add(job.document, fs::file_size(nativePath(target)));
+    tally.add(job.document, FileDescriptor::openRegularFile(target).state().size);
   }
 }
 
@@ -129,9 +129,12 @@ void writePageList(const PlannedDocument& document, const std::wstring& folder) 
 
 void syncTree(const std::wstring& folder) {
   if (!syncsFilesOnly(folder)) return syncDiskOf(folder);
-  for (const auto& entry : fs::recursive_directory_iterator(nativePath(folder))) {
-    syncEntry(pathText(entry.path()));
+  std::error_code error;
+  for (fs::recursive_directory_iterator entry(nativePath(folder), error), end;
+       !error && entry != end; entry.increment(error)) {
+    syncEntry(pathText(entry->path()));
   }
+  if (error) throw systemFailure(error.value(), folder);
   syncEntry(folder);
 }
 
@@ -256,7 +259,7 @@ IntakeProgress registerFolder(BatchStore& store, const IntakePlan& plan,
         const std::wstring file = existingPath(jobs[i].first->file);
         checkPage(LoadedPage(file, 1), file);
         for (std::size_t k = 0; k < jobs[i].pages; ++k) {  // a list may name a page twice
-          tally.add(jobs[i].document, fs::file_size(nativePath(file)));
+          tally.add(jobs[i].document, FileDescriptor::openRegularFile(file).state().size);
         }
       },
       [&] { observe(tally.progress()); });
