@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <cstdint>
 #include <ctime>
 #include <sys/stat.h>
@@ -22,7 +21,11 @@ inline FileIdentity identityOf(const struct stat& status) {
 struct FileTime {
   std::time_t seconds = 0;
   long nanoseconds = 0;
-  auto operator<=>(const FileTime&) const = default;
+  bool operator==(const FileTime&) const = default;
+
+  bool isAfter(const FileTime& other) const {
+    return seconds != other.seconds ? seconds > other.seconds : nanoseconds > other.nanoseconds;
+  }
 };
 
 inline FileTime fileTime(const timespec& time) {

@@ -35,7 +35,7 @@ class OutputFile final : public ByteSource {
 
   OutputFile(OutputFile&& other) noexcept;
   OutputFile& operator=(OutputFile&&) = delete;
-  ~OutputFile();
+  ~OutputFile() override;
 
   const std::wstring& path() const { return file_.path(); }
   /// The current identity and state.

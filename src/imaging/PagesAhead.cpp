@@ -30,7 +30,7 @@ FileState stateOfFile(const std::wstring& path) {
 bool isTooYoung(const FileState& file) {
   timespec now{};
   clock_gettime(CLOCK_REALTIME, &now);
-  return file.modified > FileTime{now.tv_sec - 2, now.tv_nsec};
+  return file.modified.isAfter({now.tv_sec - 2, now.tv_nsec});
 }
 
 std::uint64_t heldBytes(const PagesAhead::Page& page) {

@@ -37,7 +37,7 @@ bool isFolder(const QString& path) {
 
 QString nearestFolder(std::wstring path) {
   for (;;) {
-    const QString folder = QDir::cleanPath(toQtPath(path));
+    QString folder = QDir::cleanPath(toQtPath(path));
     if (isFolder(folder)) return folder;
     const std::size_t end = path.find_last_of(L"\\/");
     if (end == path.npos || end == 0) return QDir::homePath();

@@ -51,7 +51,7 @@ void requireChangeable(QPDF& pdf, const std::wstring& path) {
   }
   pdf.getAllObjects();
   const std::vector<QPDFExc> warnings = pdf.getWarnings();
-  if (!warnings.empty()) throw warnings.front();
+  if (!warnings.empty()) throw QPDFExc(warnings.front());
 }
 
 /// Passes what libqpdf writes on to a file, in larger pieces. libqpdf also writes in destructors,
@@ -120,7 +120,7 @@ void copyForeignPdfWithout(const std::wstring& path, std::int32_t page, OutputFi
     requireChangeable(pdf, path);
     const std::vector<QPDFObjectHandle> pages = pdf.getAllPages();
     requireDeletablePage(path, page, pages.size());
-    const QPDFObjectHandle removed = pages[static_cast<std::size_t>(page) - 1];
+    const QPDFObjectHandle& removed = pages[static_cast<std::size_t>(page) - 1];
     pdf.removePage(removed);
     // A bookmark may still refer to it, and would keep it.
     pdf.replaceObject(removed.getObjGen(), QPDFObjectHandle::newNull());
