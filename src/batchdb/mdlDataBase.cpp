@@ -39,9 +39,7 @@ void makeConnectionIfAbsent() {
 Outcome failInLog(const std::wstring& prefix, const std::exception& failure, bool bShowBox) {
   const std::wstring message = prefix + description(failure);
   mdlFolderAndFile::LogWrite(message, std::wstring(kApplicationTitle) + L"[mdlDataBase]", bShowBox);
-  Outcome failed;
-  failed.fail(message);
-  return failed;
+  return Outcome::failed(message);
 }
 
 Outcome openConnection() {

@@ -50,15 +50,14 @@ bool Document::LoadDocument(const std::wstring& sDocName) {
 Outcome Document::load(const std::wstring& sDocName) {
   sDocFolder_ = GetDocumentPath(sDocName);
   sDocName_ = sDocName;
-  Outcome outcome;
   try {
     readPageList(sDocName_, pages_);
+    return {};
   } catch (const std::exception& failure) {
     const std::wstring message = L"InitDocument-" + description(failure);
     failInLog(message);
-    outcome.fail(message);
+    return Outcome::failed(message);
   }
-  return outcome;
 }
 
 bool Document::CreateDocument(const std::wstring& sDocName) {

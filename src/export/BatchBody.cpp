@@ -18,15 +18,14 @@ namespace {
 // Runs `step` and logs a failure.
 template <typename Step>
 Outcome outcomeOf(Step step) {
-  Outcome outcome;
   try {
     step();
+    return {};
   } catch (const std::exception& failure) {
     const std::wstring message = L"RunOutPutBatch-" + description(failure);
     mdlFolderAndFile::LogWrite(message, kApplicationTitle);
-    outcome.fail(message);
+    return Outcome::failed(message);
   }
-  return outcome;
 }
 
 bool scanFolderExists(const std::wstring& BatchID) {

@@ -87,18 +87,15 @@ std::size_t FileDescriptor::readAt(std::uint64_t offset, std::span<std::uint8_t>
 
 std::size_t FileDescriptor::tryToReadAt(std::uint64_t offset, std::span<std::uint8_t> into,
                                         int& error) const noexcept {
+  error = 0;
   std::size_t done = 0;
-  while (done < into.size()) {
+  while (done < into.size() && error == 0) {
     const ssize_t count =
         pread(number_, into.data() + done, into.size() - done, static_cast<off_t>(offset + done));
-    if (count > 0) {
-      done += static_cast<std::size_t>(count);
-    } else if (count == 0 || errno != EINTR) {
-      error = count == 0 ? 0 : errno;
-      return done;
-    }
+    if (count == 0) break;
+    if (count > 0) done += static_cast<std::size_t>(count);
+    if (count < 0 && errno != EINTR) error = errno;
   }
-  error = 0;
   return done;
 }
 

@@ -46,7 +46,7 @@ class FileDescriptor {
   /// `into.size()` only at the end of the file.
   std::size_t readAt(std::uint64_t offset, std::span<std::uint8_t> into) const;
 
-  /// The same. If a read fails, `error` gets the errno, and the bytes before count.
+  /// The same. `error` gets 0, or the errno of a read that failed; the bytes before it count.
   std::size_t tryToReadAt(std::uint64_t offset, std::span<std::uint8_t> into,
                           int& error) const noexcept;
 

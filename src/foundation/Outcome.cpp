@@ -11,6 +11,12 @@ constexpr int kLinesKept = 6;
 
 }  // namespace
 
+Outcome Outcome::failed(const std::wstring& message) {
+  Outcome outcome;
+  outcome.fail(message);
+  return outcome;
+}
+
 void Outcome::add(const std::wstring& message) {
   addLines(inOneLine(message));
 }

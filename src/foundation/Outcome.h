@@ -11,6 +11,9 @@ struct Outcome {
   /// succeeded can have some.
   std::wstring reason{};
 
+  /// The result of a step that failed with one message, which has been logged.
+  static Outcome failed(const std::wstring& message);
+
   /// Adds a message that has been logged.
   void add(const std::wstring& message);
 

@@ -1,11 +1,10 @@
 #include "foundation/log_files.h"
 
 #include <algorithm>
-#include <cerrno>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string_view>
-#include <unistd.h>
 #include <utility>
 
 #include "foundation/Failure.h"
@@ -52,15 +51,12 @@ std::vector<std::wstring> filesNamed(bool (*isName)(std::wstring_view),
   return names;
 }
 
-std::string lastBytes(const FileDescriptor& file, off_t start, std::size_t most) {
-  std::string bytes(most, '\0');
-  std::size_t length = 0;
-  while (length < most) {
-    const std::size_t count = file.read(bytes.data() + length, most - length);
-    if (count == 0) break;
-    length += count;
-  }
-  bytes.resize(length);
+// Without the rest of a line that begins before them.
+std::string lastBytes(const FileDescriptor& file, std::size_t most) {
+  const std::uint64_t size = file.state().size;
+  std::string bytes(static_cast<std::size_t>(std::min<std::uint64_t>(size, most)), '\0');
+  const std::uint64_t start = size - bytes.size();
+  bytes.resize(file.readAt(start, {reinterpret_cast<std::uint8_t*>(bytes.data()), bytes.size()}));
   if (start > 0) bytes.erase(0, bytes.find('\n') + 1);
   return bytes;
 }
@@ -87,10 +83,7 @@ std::vector<std::wstring> runReports() {
 // always a line end.
 std::wstring readLogFile(const std::wstring& file, std::size_t most) {
   const FileDescriptor opened = FileDescriptor::openRegularFile(file);
-  const off_t size = lseek(opened.number(), 0, SEEK_END);
-  const off_t start = std::max<off_t>(0, size - static_cast<off_t>(most));
-  if (size < 0 || lseek(opened.number(), start, SEEK_SET) < 0) throw systemFailure(errno, file);
-  const std::string bytes = lastBytes(opened, start, most);
+  const std::string bytes = lastBytes(opened, most);
 
   std::wstring text;
   for (const wchar_t c : file.ends_with(L".txt") ? fromUtf8(bytes) : fromAnsi(bytes)) {

@@ -124,11 +124,7 @@ namespace orvane::mdlImageProcess {
 namespace {
 
 bool isJpgName(const std::wstring& sSaveFilePath) {
-  std::wstring extension = mdlFolderAndFile::FileExtension(sSaveFilePath);
-  for (wchar_t& letter : extension) {
-    if (letter >= L'a' && letter <= L'z') letter = static_cast<wchar_t>(letter - L'a' + L'A');
-  }
-  return extension == L"JPG";
+  return asciiLowerCase(mdlFolderAndFile::FileExtension(sSaveFilePath)) == L"jpg";
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <string_view>
 
 #include "foundation/Failure.h"
@@ -24,11 +25,7 @@ constexpr std::size_t kFrontBytes = 1024;
 std::string frontOf(const std::wstring& path) {
   const FileDescriptor file = FileDescriptor::openRegularFile(path);
   std::string front(kFrontBytes + "%PDF-"sv.size() - 1, '\0');
-  std::size_t size = 0;
-  while (const std::size_t count = file.read(front.data() + size, front.size() - size)) {
-    size += count;
-  }
-  front.resize(size);
+  front.resize(file.readAt(0, {reinterpret_cast<std::uint8_t*>(front.data()), front.size()}));
   return front;
 }
 

@@ -20,16 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class RecordsOfRun : public testing::Test {
+class RecordsOfRun : public test::WholeRun {
  protected:
-  RecordsOfRun() {
-    host.options.SavePath = station.outputText();
-    host.options.ReNameFormat = kNameOfDocument;
-    host.options.IsCreateBatchFolder = true;
-  }
-
-  test::ExportStation station;
-  test::JournalHost host;
+  RecordsOfRun() { host.options.ReNameFormat = kNameOfDocument; }
 };
 
 class ReportOfRun : public test::WholeRun {};

@@ -21,7 +21,7 @@ namespace orvane {
 
 struct PdfFile::State {
   std::wstring path;
-  FileState stamp;
+  FileState file;
   PdfLayout layout;
 };
 
@@ -118,9 +118,9 @@ FileState overwriteTail(OutputFile& file, const PdfLayout& before, std::uint64_t
   try {
     file.write(size, afterEnd);
     file.write(before.end, overTail);
-    const FileState stamp = file.state();
+    const FileState state = file.state();
     file.close();
-    return stamp;
+    return state;
   } catch (...) {
     try {
       const std::string tail = before.tail();
@@ -254,9 +254,9 @@ void PdfFile::createWith(OutputFile (*creation)(const std::wstring&), const std:
   parts.insert(parts.begin(), bytesOf(pdfHead().text));
   OutputFile file = creation(path);
   file.write(0, parts);
-  const FileState stamp = file.state();
+  const FileState state = file.state();
   file.close();
-  *state_ = {path, stamp, std::move(layout)};
+  *state_ = {path, state, std::move(layout)};
 }
 
 void PdfFile::append(const std::wstring& path, const EncodedImage& image) {
@@ -265,8 +265,8 @@ void PdfFile::append(const std::wstring& path, const EncodedImage& image) {
     createWith(OutputFile::createExclusively, path, image);
     return;
   }
-  const FileState stamp = file->state();
-  const bool isRemembered = state_->path == path && state_->stamp == stamp;
+  const FileState state = file->state();
+  const bool isRemembered = state_->path == path && state_->file == state;
   const PdfLayout before = isRemembered ? state_->layout : readPdfLayoutToAppend(*file);
   if (before.pages() == PdfLayout::kMostPages) {
     throw fileFailure(path, "the PDF file has no room for another page");
@@ -275,7 +275,7 @@ void PdfFile::append(const std::wstring& path, const EncodedImage& image) {
   PdfLayout after = before;
   const PagePlan plan(path, after, image);
   *state_ = {};
-  const FileState written = overwriteTail(*file, before, stamp.size, plan);
+  const FileState written = overwriteTail(*file, before, state.size, plan);
   *state_ = {path, written, std::move(after)};
 }
 

@@ -269,9 +269,9 @@ FileState writeAfterEnd(OutputFile& file, const PagePlan& page, TiffVariant vari
   try {
     file.write(size, page.parts);
     file.write(lastLink, link(variant, page.directoryOffset));
-    const FileState stamp = file.state();
+    const FileState state = file.state();
     file.close();
-    return stamp;
+    return state;
   } catch (...) {
     try {
       file.write(lastLink, link(variant, 0));
@@ -296,9 +296,9 @@ void TiffFile::createWith(OutputFile (*creation)(const std::wstring&), const std
   page.parts.insert(page.parts.begin(), front);
   OutputFile file = creation(path);
   file.write(0, page.parts);
-  const FileState stamp = file.state();
+  const FileState state = file.state();
   file.close();
-  end_ = {path, stamp, kOwnVariant, page.nextLink, 1};
+  end_ = {path, state, kOwnVariant, page.nextLink, 1};
 }
 
 void TiffFile::append(const std::wstring& path,
@@ -321,17 +321,17 @@ void TiffFile::appendTo(OutputFile& file, const EncodedImage& image) {
   const PagePlan page =
       planPage(file.path(), end.variant, before.size, image, TiffSubfile::PageOfMany, end.pages);
   end_ = {};
-  const FileState stamp = writeAfterEnd(file, page, end.variant, before.size, end.nextLink);
-  end_ = {file.path(), stamp, end.variant, page.nextLink, end.pages + 1};
+  const FileState state = writeAfterEnd(file, page, end.variant, before.size, end.nextLink);
+  end_ = {file.path(), state, end.variant, page.nextLink, end.pages + 1};
 }
 
-TiffFile::End TiffFile::endOf(const OutputFile& file, const FileState& stamp) const {
-  if (end_.path == file.path() && end_.stamp == stamp) return end_;
+TiffFile::End TiffFile::endOf(const OutputFile& file, const FileState& state) const {
+  if (end_.path == file.path() && end_.file == state) return end_;
   const TiffStructure structure(file, file.path(), readTiffVariant(file, file.path()));
   const std::vector<TiffDirectoryPlace> pages = structure.pages();
   const std::uint64_t nextLink =
       pages.empty() ? structure.variant().firstLink() : pages.back().nextLink;
-  return {file.path(), stamp, structure.variant(), nextLink,
+  return {file.path(), state, structure.variant(), nextLink,
           static_cast<std::uint32_t>(pages.size())};
 }
 

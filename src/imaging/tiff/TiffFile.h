@@ -40,12 +40,12 @@ class TiffFile {
  private:
   struct End {  ///< the remembered end of a growing file
     std::wstring path;
-    FileState stamp;
+    FileState file;
     TiffVariant variant;
     std::uint64_t nextLink = 0;  ///< offset of the field that links to the next directory
     std::uint32_t pages = 0;
   };
-  End endOf(const OutputFile& file, const FileState& stamp) const;
+  End endOf(const OutputFile& file, const FileState& state) const;
   void appendTo(OutputFile& file, const EncodedImage& image);
   void createWith(OutputFile (*creation)(const std::wstring&), const std::wstring& path,
                   const EncodedImage& image, TiffSubfile subfile);
